@@ -1,0 +1,25 @@
+# Warnings and sanitizers as interface targets, so that a target takes them by linking.
+
+add_library(glymark_warnings INTERFACE)
+target_compile_options(glymark_warnings INTERFACE
+    -ffp-contract=off # the same last bit on every machine
+    -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Woverloaded-virtual
+    $<$<BOOL:${GLYMARK_WERROR}>:-Werror>)
+
+add_library(glymark_sanitizers INTERFACE)
+if(GLYMARK_SANITIZE)
+    set(sanitize -fsanitize=address,undefined -fno-sanitize-recover=undefined
+        -fno-omit-frame-pointer)
+    if(GLYMARK_BUILD_FUZZERS)
+        list(APPEND sanitize -fsanitize=fuzzer-no-link)
+    endif()
+    target_compile_options(glymark_sanitizers INTERFACE ${sanitize})
+    target_link_options(glymark_sanitizers INTERFACE ${sanitize})
+endif()
+
+# What every target of ours is compiled with.
+add_library(glymark_options INTERFACE)
+target_link_libraries(glymark_options INTERFACE glymark_warnings glymark_sanitizers)
+target_compile_definitions(glymark_options INTERFACE
+    QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING QT_NO_KEYWORDS
+    QT_DEPRECATED_WARNINGS QT_DISABLE_DEPRECATED_BEFORE=0x050F00)

@@ -1,0 +1,84 @@
+#include "modalanswers.h"
+
+#include <QApplication>
+#include <QLineEdit>
+#include <QPushButton>
+
+ModalAnswers::ModalAnswers()
+{
+    timer.setInterval(1);
+    connect(&timer, &QTimer::timeout, this, &ModalAnswers::answerActive);
+    timer.start();
+}
+
+void ModalAnswers::expectMessage()
+{
+    expect<QMessageBox>([this](QMessageBox &box) {
+        shownMessages << box.windowTitle() + QLatin1Char('|') + box.text();
+        box.button(QMessageBox::Ok)->click();
+    });
+}
+
+void ModalAnswers::expectFile(const QString &path)
+{
+    expect<QFileDialog>([path](QFileDialog &dialog) {
+        dialog.findChild<QLineEdit *>(QStringLiteral("fileNameEdit"))->setText(path);
+        // From the event loop, so that a question about replacing the file gets its own answer.
+        QTimer::singleShot(0, &dialog, [&dialog] {
+            QMetaObject::invokeMethod(&dialog, "accept");
+            // A dialog that still refuses the name would wait for the user for ever.
+            if (dialog.isVisible()) {
+                dialog.reject();
+            }
+        });
+    });
+}
+
+void ModalAnswers::expectAndCancel()
+{
+    expect<QDialog>([](QDialog &dialog) { dialog.reject(); });
+}
+
+QStringList ModalAnswers::unexpected() const
+{
+    QStringList all = problems;
+    if (!answers.empty()) {
+        all << QStringLiteral("%1 dialogs did not come").arg(answers.size());
+    }
+    return all;
+}
+
+void ModalAnswers::answerActive()
+{
+    QWidget *active = QApplication::activeModalWidget();
+    if (active && active == answered && active->isVisible()) {
+        giveUpOn(*active);
+        return;
+    }
+    answered = active;
+    patience = longestPatience;
+    if (!active || !active->isVisible()) {
+        answered = nullptr;
+        return;
+    }
+    if (answers.empty()) {
+        problems << QStringLiteral("unexpected: %1").arg(active->windowTitle());
+        active->close();
+        return;
+    }
+    const auto answer = answers.front();
+    answers.pop_front();
+    const QString title = active->windowTitle();
+    if (!answer(*active)) {
+        problems << QStringLiteral("another kind: %1").arg(title);
+        active->close();
+    }
+}
+
+void ModalAnswers::giveUpOn(QWidget &dialog)
+{
+    if (--patience == 0) {
+        problems << QStringLiteral("left open: %1").arg(dialog.windowTitle());
+        dialog.close();
+    }
+}

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <deque>
+#include <functional>
+
+#include <QFileDialog>
+#include <QMessageBox>
+#include <QObject>
+#include <QPointer>
+#include <QStringList>
+#include <QTimer>
+
+/// Answers modal dialogs while a command that opens them runs.
+///
+/// Queue one answer a dialog before the command; each is called once, with the dialog as soon as it
+/// is shown, and must close it. A dialog of another kind than expected, one that nobody expected
+/// and one that its answer leaves open are closed and noted in unexpected().
+class ModalAnswers : public QObject
+{
+    Q_OBJECT
+
+public:
+    ModalAnswers();
+
+    /// The next dialog is a \p Dialog, to be handed to \p answer.
+    template<typename Dialog>
+    void expect(std::function<void(Dialog &)> answer)
+    {
+        answers.push_back([answer = std::move(answer)](QWidget &widget) {
+            auto *dialog = qobject_cast<Dialog *>(&widget);
+            if (dialog) {
+                answer(*dialog);
+            }
+            return dialog != nullptr;
+        });
+    }
+
+    /// The next dialog is a message box; its title and text are noted in messages().
+    void expectMessage();
+    /// The next dialog asks for a file, and gets \p path typed in.
+    void expectFile(const QString &path);
+    /// The next dialog is cancelled, whatever it is.
+    void expectAndCancel();
+
+    /// "title|text" of each answered message box.
+    QStringList messages() const { return shownMessages; }
+    /// What went wrong: empty when each dialog came as expected and every answer was used.
+    QStringList unexpected() const;
+
+private:
+    void answerActive();
+    void giveUpOn(QWidget &dialog);
+
+    // How many looks at a dialog that its answer has left open: that answer has failed.
+    static constexpr int longestPatience = 3000;
+
+    QTimer timer;
+    std::deque<std::function<bool(QWidget &)>> answers;
+    QStringList shownMessages;
+    QStringList problems;
+    // Forgets a dialog that is gone: the next one may stand at its address.
+    QPointer<QWidget> answered;
+    int patience = longestPatience;
+};

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cmath>
+#include <limits>
+
+#include <QString>
+
+/// Comparisons of doubles for the tests, to be checked with QCOMPARE(difference(...), QString()).
+namespace Numbers
+{
+
+inline constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
+inline constexpr double infinity = std::numeric_limits<double>::infinity();
+
+/// Empty when \p actual lies within \p relative times the magnitude of \p expected, otherwise a
+/// text that tells both and how far they are apart. Not a number and the infinities equal
+/// themselves only. A tolerance of 0 asks for the very same number.
+inline QString difference(double actual, double expected, double relative)
+{
+    const double distance = std::abs(actual - expected);
+    if (actual == expected || (std::isnan(actual) && std::isnan(expected))
+        || (std::isfinite(expected) && distance <= relative * std::abs(expected))) {
+        return {};
+    }
+    return QStringLiteral("%1 instead of %2, apart by %3 (%4 relative)")
+        .arg(actual, 0, 'g', 17)
+        .arg(expected, 0, 'g', 17)
+        .arg(distance)
+        .arg(distance / std::abs(expected));
+}
+
+/// The same with the tolerance \p absolute, for results that are 0 up to rounding.
+inline QString differenceFromZero(double actual, double absolute)
+{
+    return std::abs(actual) <= absolute
+        ? QString()
+        : QStringLiteral("%1 is not 0 within %2").arg(actual, 0, 'g', 17).arg(absolute);
+}
+
+} // namespace Numbers
