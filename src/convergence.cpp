@@ -1,0 +1,78 @@
+#include "convergence.h"
+
+#include <cmath>
+#include <limits>
+
+#include <Eigen/Dense>
+
+#include "median.h"
+#include "patientrecord.h"
+
+namespace
+{
+
+constexpr double undefined = std::numeric_limits<double>::quiet_NaN();
+
+} // namespace
+
+QVector<double> convergenceValues(const PatientRecord &patient)
+{
+    return {medianDifference(patient.values), linearLeastSquares(patient.values),
+            exponentialFit(patient.values)};
+}
+
+double medianDifference(const QVector<double> &values)
+{
+    QVector<double> steps;
+    steps.reserve(values.size());
+    for (int i = 0; i + 1 < values.size(); ++i) {
+        steps.append(values.at(i + 1) - values.at(i));
+    }
+    return median(std::move(steps));
+}
+
+double linearLeastSquares(const QVector<double> &values)
+{
+    if (values.size() < fewestValues) {
+        return undefined;
+    }
+    Eigen::MatrixXd a(values.size(), 2);
+    Eigen::VectorXd b(values.size());
+    for (int i = 0; i < values.size(); ++i) {
+        a(i, 0) = i;
+        a(i, 1) = 1.0;
+        b(i) = values.at(i);
+    }
+    const Eigen::VectorXd c =
+        Eigen::JacobiSVD<Eigen::MatrixXd>(a, Eigen::ComputeThinU | Eigen::ComputeThinV).solve(b);
+    return c(0);
+}
+
+double exponentialFit(const QVector<double> &values)
+{
+    if (values.size() < fewestValues) {
+        return undefined;
+    }
+    double s0 = 0.0;
+    double s1 = 0.0;
+    double s2 = 0.0;
+    double s3 = 0.0;
+    double s4 = 0.0;
+    for (int i = 0; i < values.size(); ++i) {
+        const double x = i;
+        const double y = values.at(i);
+        const double p = x * y;
+        const double logarithm = std::log(y);
+        s0 += y;
+        s1 += p;
+        s2 += (y * y) * x;
+        s3 += logarithm * y;
+        s4 += logarithm * p;
+    }
+    Eigen::MatrixXd m(2, 2);
+    m << s0, s1, s1, s2;
+    Eigen::VectorXd r(2);
+    r << s3, s4;
+    const Eigen::VectorXd c = Eigen::ColPivHouseholderQR<Eigen::MatrixXd>(m).solve(r);
+    return c(1);
+}

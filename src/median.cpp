@@ -1,0 +1,25 @@
+#include "median.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+void sortAscending(QVector<double> &values)
+{
+    // operator< alone is no strict weak order on a list that holds not a number.
+    std::sort(values.begin(), values.end(),
+              [](double a, double b) { return std::isnan(b) ? !std::isnan(a) : a < b; });
+}
+
+double median(QVector<double> values)
+{
+    if (values.isEmpty()) {
+        return std::numeric_limits<double>::quiet_NaN();
+    }
+    sortAscending(values);
+    const int count = values.size();
+    if (count % 2 == 1) {
+        return values.at((count - 1) / 2);
+    }
+    return (values.at(count / 2 - 1) + values.at(count / 2)) * 0.5;
+}

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QString>
+#include <QVector>
+
+/// The results of one patient, or the center of each result over all patients.
+///
+/// Both lists hold one value a method, at the index that the settings use for it
+/// (ConvergenceMethod, VariabilityMethod). A center has no identifier.
+struct PatientScoreRecord {
+    QString id;
+    QVector<double> convergence;
+    QVector<double> variability;
+};
+Q_DECLARE_TYPEINFO(PatientScoreRecord, Q_MOVABLE_TYPE);
+
+/// How many methods each of the two lists has.
+inline constexpr int methodCount = 3;
