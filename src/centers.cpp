@@ -1,0 +1,62 @@
+#include "centers.h"
+
+#include "cconfig.h"
+#include "median.h"
+
+namespace
+{
+
+using Family = QVector<double> PatientScoreRecord::*;
+using Center = double (*)(QVector<double>);
+
+// In patient order, which decides the last bits of the sum.
+double average(QVector<double> values) // NOLINT(performance-unnecessary-value-param)
+{
+    double sum = 0.0;
+    for (const double value : qAsConst(values)) {
+        sum += value;
+    }
+    return sum / values.size();
+}
+
+QVector<double> centersOf(const QVector<PatientScoreRecord> &scores, Family family, Center center)
+{
+    QVector<double> centers;
+    for (int method = 0; method < methodCount; ++method) {
+        QVector<double> column;
+        column.reserve(scores.size());
+        for (const PatientScoreRecord &score : scores) {
+            column.append((score.*family).at(method));
+        }
+        centers.append(center(std::move(column)));
+    }
+    return centers;
+}
+
+} // namespace
+
+QVector<double> convergenceMedians(const QVector<PatientScoreRecord> &scores)
+{
+    return centersOf(scores, &PatientScoreRecord::convergence, &median);
+}
+
+QVector<double> variabilityMedians(const QVector<PatientScoreRecord> &scores)
+{
+    return centersOf(scores, &PatientScoreRecord::variability, &median);
+}
+
+QVector<double> convergenceAverages(const QVector<PatientScoreRecord> &scores)
+{
+    return centersOf(scores, &PatientScoreRecord::convergence, &average);
+}
+
+QVector<double> variabilityAverages(const QVector<PatientScoreRecord> &scores)
+{
+    return centersOf(scores, &PatientScoreRecord::variability, &average);
+}
+
+const PatientScoreRecord &chosenCenter(const PatientScoreRecord &average,
+                                       const PatientScoreRecord &median)
+{
+    return CConfig::instance().resultMethod() == 1 ? median : average;
+}

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QVector>
+
+#include "patientscorerecord.h"
+
+/// The medians of the three convergence columns over all patients, each column sorted on its own
+/// (not a number behind all numbers). Not a number without patients.
+QVector<double> convergenceMedians(const QVector<PatientScoreRecord> &scores);
+/// The same for the three variability columns.
+QVector<double> variabilityMedians(const QVector<PatientScoreRecord> &scores);
+
+/// The arithmetic means of the three convergence columns, added in patient order. A column that
+/// holds not a number has a mean that is not a number, as every column has without patients.
+QVector<double> convergenceAverages(const QVector<PatientScoreRecord> &scores);
+/// The same for the three variability columns.
+QVector<double> variabilityAverages(const QVector<PatientScoreRecord> &scores);
+
+/// The center that counts: \p median when the setting "Median" is 1, otherwise \p average.
+const PatientScoreRecord &chosenCenter(const PatientScoreRecord &average,
+                                       const PatientScoreRecord &median);
