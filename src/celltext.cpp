@@ -1,0 +1,233 @@
+#include "celltext.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "workbooklimits.h"
+
+namespace CellText
+{
+
+namespace
+{
+
+constexpr QChar replacement = QChar::ReplacementCharacter;
+constexpr QChar ellipsis(0x2026);
+// Length of _xHHHH_.
+constexpr int escapeLength = 7;
+// More than any number in full has: 309 digits before and 1,074 after the point.
+constexpr int longestNumber = 1500;
+
+int hexDigit(QChar character)
+{
+    const ushort code = character.unicode();
+    if (code >= '0' && code <= '9') {
+        return code - '0';
+    }
+    const int letter = code | 0x20;
+    return letter >= 'a' && letter <= 'f' ? letter - 'a' + 10 : -1;
+}
+
+// The code unit that the escape at the position stands for, or -1 if none begins there.
+int escapedUnit(const QString &text, int position)
+{
+    if (position + escapeLength > text.size() || text.at(position + 1) != QLatin1Char('x')
+        || text.at(position + escapeLength - 1) != QLatin1Char('_')) {
+        return -1;
+    }
+    int unit = 0;
+    for (int i = position + 2; i < position + escapeLength - 1; ++i) {
+        const int digit = hexDigit(text.at(i));
+        if (digit < 0) {
+            return -1;
+        }
+        unit = unit * 16 + digit;
+    }
+    return unit;
+}
+
+void decodeEscapes(QString *text)
+{
+    int from = text->indexOf(QLatin1String("_x"));
+    if (from < 0) {
+        return;
+    }
+    QString decoded = text->left(from);
+    while (from < text->size()) {
+        const int unit = text->at(from) == QLatin1Char('_') ? escapedUnit(*text, from) : -1;
+        decoded += unit < 0 ? text->at(from) : QChar(unit);
+        from += unit < 0 ? 1 : escapeLength;
+    }
+    *text = decoded;
+}
+
+// Whether the unit may be a control character, half of a pair or no character at all. Texts of
+// which none of these is true, nearly all, need no second look.
+bool isSuspect(ushort unit)
+{
+    return unit < 0x20 || (unit >= 0x7f && unit < 0xa0) || unit >= 0xd800;
+}
+
+QChar printable(QChar character)
+{
+    constexpr ushort nextLine = 0x85;
+    const ushort unit = character.unicode();
+    if ((unit >= '\t' && unit <= '\r') || unit == nextLine) {
+        return QLatin1Char(' ');
+    }
+    const bool control = unit < 0x20 || (unit >= 0x7f && unit < 0xa0);
+    return control || character.isSurrogate() || character.isNonCharacter() ? replacement
+                                                                            : character;
+}
+
+bool isPairAt(const QString &text, int position)
+{
+    return position + 1 < text.size() && text.at(position).isHighSurrogate()
+        && text.at(position + 1).isLowSurrogate();
+}
+
+void replaceControls(QString *text)
+{
+    const ushort *const first = text->utf16();
+    const ushort *const last = first + text->size();
+    const ushort *const suspect = std::find_if(first, last, isSuspect);
+    for (int i = static_cast<int>(suspect - first); i < text->size(); ++i) {
+        if (isPairAt(*text, i)) {
+            ++i;
+        } else if (const QChar character = printable(text->at(i)); character != text->at(i)) {
+            (*text)[i] = character;
+        }
+    }
+}
+
+void cut(QString *text)
+{
+    if (text->size() <= workbookLimits.textLength) {
+        return;
+    }
+    int end = workbookLimits.textLength - 1;
+    if (isPairAt(*text, end - 1)) {
+        --end;
+    }
+    text->truncate(end);
+    text->append(ellipsis);
+}
+
+bool isBlank(char character)
+{
+    return character == ' ' || character == '\t' || character == '\n' || character == '\r';
+}
+
+bool isDigit(char character)
+{
+    return character >= '0' && character <= '9';
+}
+
+const char *skipDigits(const char *from)
+{
+    while (isDigit(*from)) {
+        ++from;
+    }
+    return from;
+}
+
+// [+-] digits [. digits] [e [+-] digits], with digits on one side of the point at least.
+bool isDecimal(const QByteArray &text)
+{
+    const char *at = text.constData();
+    at += *at == '+' || *at == '-' ? 1 : 0;
+    const char *const whole = at;
+    at = skipDigits(at);
+    auto digits = at - whole;
+    if (*at == '.') {
+        const char *const fraction = ++at;
+        at = skipDigits(at);
+        digits += at - fraction;
+    }
+    if (digits == 0) {
+        return false;
+    }
+    if (*at == 'e' || *at == 'E') {
+        ++at;
+        at += *at == '+' || *at == '-' ? 1 : 0;
+        const char *const exponent = at;
+        at = skipDigits(at);
+        if (at == exponent) {
+            return false;
+        }
+    }
+    return at == text.constData() + text.size();
+}
+
+QByteArray withoutBlanks(const QByteArray &text)
+{
+    const bool blanks = !text.isEmpty() && (isBlank(text.front()) || isBlank(text.back()));
+    return blanks ? text.trimmed() : text;
+}
+
+QByteArray withoutLeadingZeros(const QByteArray &digits)
+{
+    int zeros = 0;
+    while (zeros < digits.size() - 1 && digits.at(zeros) == '0') {
+        ++zeros;
+    }
+    return digits.mid(zeros);
+}
+
+} // namespace
+
+QString decode(const QByteArray &utf8)
+{
+    QString text = QString::fromUtf8(utf8);
+    decodeEscapes(&text);
+    replaceControls(&text);
+    cut(&text);
+    return text;
+}
+
+bool toNumber(const QByteArray &text, double *value)
+{
+    const QByteArray number = withoutBlanks(text);
+    if (number.isEmpty() || number.size() > longestNumber || !isDecimal(number)) {
+        return false;
+    }
+    // Below the smallest number the conversion reports a failure and gives 0, which is right.
+    *value = number.toDouble();
+    return std::isfinite(*value);
+}
+
+QString plainDigits(const QByteArray &number)
+{
+    QByteArray mantissa = withoutBlanks(number);
+    const int mark = qMax(mantissa.indexOf('e'), mantissa.indexOf('E'));
+    if (mark < 0) {
+        return QString::fromLatin1(mantissa);
+    }
+    bool known = false;
+    const int exponent = mantissa.mid(mark + 1).toInt(&known);
+    mantissa.truncate(mark);
+    // An exponent beyond any number belongs to a 0, or to something that is next to it.
+    if (!known || exponent < -longestNumber || exponent > longestNumber) {
+        return QStringLiteral("0");
+    }
+    const QByteArray sign = mantissa.startsWith('-') ? "-" : "";
+    if (mantissa.startsWith('-') || mantissa.startsWith('+')) {
+        mantissa.remove(0, 1);
+    }
+    const int point = mantissa.indexOf('.') < 0 ? mantissa.size() : mantissa.indexOf('.');
+    QByteArray digits = mantissa.left(point) + mantissa.mid(point + 1);
+    int wholeDigits = point + exponent;
+    if (wholeDigits < 1) {
+        digits.prepend(QByteArray(1 - wholeDigits, '0'));
+        wholeDigits = 1;
+    }
+    digits.append(QByteArray(qMax(0, wholeDigits - digits.size()), '0'));
+    QByteArray fraction = digits.mid(wholeDigits);
+    while (fraction.endsWith('0')) {
+        fraction.chop(1);
+    }
+    const QByteArray whole = withoutLeadingZeros(digits.left(wholeDigits));
+    return QString::fromLatin1(sign + whole + (fraction.isEmpty() ? "" : '.' + fraction));
+}
+
+} // namespace CellText

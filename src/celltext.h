@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+/// Texts and numbers as they stand in the XML of a workbook.
+namespace CellText
+{
+
+/// The text of \p utf8, with escapes such as _x000D_ decoded, and free of control characters: a
+/// blank stands for tabs and ends of lines, U+FFFD for other control characters, for halves of
+/// surrogate pairs and for code points that are no characters. A text longer than the format allows
+/// is cut and ends with an ellipsis, so that what is left of it never reads as a number.
+QString decode(const QByteArray &utf8);
+
+/// Sets \p value to the finite number that \p text is, blanks around it allowed, and returns true;
+/// false if it is none. The notation is that of XML Schema, without its names for infinity and not
+/// a number.
+bool toNumber(const QByteArray &text, double *value);
+
+/// The digits of \p number, for which toNumber holds, as they stand there without blanks around
+/// them; written out in full where an exponent shortens them: "1E+06" gives "1000000".
+QString plainDigits(const QByteArray &number);
+
+} // namespace CellText

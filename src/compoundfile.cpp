@@ -1,0 +1,56 @@
+#include "compoundfile.h"
+
+#include <array>
+#include <cstring>
+
+#include <QString>
+
+namespace CompoundFile
+{
+
+namespace
+{
+
+// A directory entry begins with a name of up to 32 UTF-16 units; entries begin at multiples of
+// their size.
+constexpr int entrySize = 128;
+constexpr int nameSize = 64;
+
+QByteArray entryName(const QString &name)
+{
+    QByteArray units;
+    for (const QChar character : name) {
+        units.append(static_cast<char>(character.unicode()));
+        units.append('\0');
+    }
+    return units.append(QByteArray(nameSize - units.size(), '\0'));
+}
+
+} // namespace
+
+QByteArray mark()
+{
+    return QByteArrayLiteral("\xd0\xcf\x11\xe0\xa1\xb1\x1a\xe1");
+}
+
+bool isEncryptedPackage(QFile *file)
+{
+    const std::array<QByteArray, 2> names = {entryName(QStringLiteral("EncryptionInfo")),
+                                             entryName(QStringLiteral("EncryptedPackage"))};
+    constexpr int pieceSize = 8192 * entrySize;
+    file->seek(0);
+    QByteArray piece = file->read(pieceSize);
+    while (!piece.isEmpty()) {
+        for (int at = 0; at + entrySize <= piece.size(); at += entrySize) {
+            for (const QByteArray &entry : names) {
+                if (std::memcmp(piece.constData() + at, entry.constData(), nameSize) == 0) {
+                    return true;
+                }
+            }
+        }
+        piece = file->read(pieceSize);
+    }
+    return false;
+}
+
+} // namespace CompoundFile

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QString>
+
+#include "workbooklimits.h"
+
+/// What cells and texts may still take of WorkbookLimits::memory.
+class MemoryBudget
+{
+public:
+    /// Takes the share of a cell, in a row of its own or behind another one; false when there is
+    /// not enough left.
+    bool takeCell(bool newRow)
+    {
+        return take(workbookLimits.cellCost + (newRow ? workbookLimits.rowCost : 0));
+    }
+
+    /// Takes the share of \p text; false when there is not enough left.
+    bool takeText(const QString &text)
+    {
+        return take(workbookLimits.textCost + text.size() * static_cast<qint64>(sizeof(QChar)));
+    }
+
+private:
+    bool take(qint64 bytes)
+    {
+        m_left -= bytes;
+        return m_left >= 0;
+    }
+
+    qint64 m_left = workbookLimits.memory;
+};

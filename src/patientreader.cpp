@@ -1,0 +1,62 @@
+#include "patientreader.h"
+
+#include <QVariant>
+
+namespace
+{
+
+constexpr int firstPatientRow = 2;
+constexpr int identifierColumn = 1;
+constexpr int firstValueColumn = 2;
+// Far more measurements than a patient has: one allocation a row as a rule.
+constexpr int expectedValues = 1000;
+
+} // namespace
+
+int readPatientCount(const QXlsx::Document &document)
+{
+    int row = firstPatientRow;
+    while (!document.read(row, identifierColumn).toString().trimmed().isEmpty()) {
+        ++row;
+    }
+    return row - firstPatientRow;
+}
+
+QVector<double> readPatientValues(const QXlsx::Document &document, int patient)
+{
+    QVector<double> values;
+    values.reserve(expectedValues);
+    const int row = workbookRow(patient);
+    // The end is a comparison with 0, which not a number passes.
+    for (;;) {
+        const double value = document.read(row, firstValueColumn + values.size()).toDouble();
+        if (value == 0.0) {
+            break;
+        }
+        values.append(value);
+    }
+    values.squeeze();
+    return values;
+}
+
+QString readPatientId(const QXlsx::Document &document, int row)
+{
+    return document.read(row, identifierColumn).toString();
+}
+
+QVector<PatientRecord> readPatients(const QXlsx::Document &document)
+{
+    const int count = readPatientCount(document);
+    QVector<PatientRecord> patients;
+    patients.reserve(count);
+    for (int i = 0; i < count; ++i) {
+        patients.append({readPatientId(document, workbookRow(i)), readPatientValues(document, i),
+                         PatientRecord::noIdealKvadrant});
+    }
+    return patients;
+}
+
+int workbookRow(int patient)
+{
+    return patient + firstPatientRow;
+}

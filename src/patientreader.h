@@ -1,0 +1,26 @@
+#pragma once
+
+#include <QString>
+#include <QVector>
+#include <xlsxdocument.h>
+
+#include "patientrecord.h"
+
+/// Number of patient rows of the current sheet of \p document: from row 2 down to the first row
+/// whose column 1 is blank or holds only white space. Rows below that one are never read.
+int readPatientCount(const QXlsx::Document &document);
+
+/// The values of the patient with the index \p patient, counted from 0 (workbook row
+/// \p patient + 2), from column 2 on up to the first cell that converts to 0: a blank cell, text
+/// that is no number and a measured 0 all end the row. Negative numbers, and text that says "nan",
+/// are values.
+QVector<double> readPatientValues(const QXlsx::Document &document, int patient);
+
+/// The text of column 1 of the workbook row \p row, counted from 1, with its blanks.
+QString readPatientId(const QXlsx::Document &document, int row);
+
+/// All patients of the current sheet in row order, none of them marked.
+QVector<PatientRecord> readPatients(const QXlsx::Document &document);
+
+/// Workbook row, counted from 1, of the patient with the index \p patient, counted from 0.
+int workbookRow(int patient);

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QByteArray>
+#include <QHash>
+#include <QVector>
+
+#include "xmlstream.h"
+
+/// What one part of a package, or the package itself, refers to.
+class Relationships : public XmlReader
+{
+public:
+    /// Kinds of parts that matter here.
+    enum class Kind { Workbook, Worksheet, OtherSheet, Styles, SharedStrings, Other };
+
+    struct Target {
+        Kind kind = Kind::Other;
+        /// Name of the part in the package, without a slash in front.
+        QByteArray part;
+    };
+
+    /// For the relationships of the part \p source; of the package itself when it is empty.
+    explicit Relationships(QByteArray source);
+
+    /// Name of the part that holds the relationships of \p source.
+    static QByteArray partFor(const QByteArray &source);
+
+    /// The target with the identifier \p id, or null.
+    const Target *target(const QByteArray &id) const;
+    /// The targets of the kind \p kind.
+    QVector<Target> targets(Kind kind) const;
+
+private:
+    void enter(int place, const XmlAttributes &attributes) override;
+
+    QByteArray m_source;
+    QHash<QByteArray, Target> m_targets;
+};

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QString>
+#include <QVector>
+
+#include "memorybudget.h"
+#include "textcollector.h"
+#include "xmlstream.h"
+
+/// The texts that cells refer to by position.
+class SharedStrings : public XmlReader
+{
+public:
+    /// Takes the memory of the texts from \p budget.
+    explicit SharedStrings(MemoryBudget *budget);
+
+    const QVector<QString> &texts() const { return m_texts; }
+
+private:
+    void enter(int place, const XmlAttributes &attributes) override;
+    void leave(int place) override;
+    void text(int place, const char *data, int size) override;
+
+    MemoryBudget *m_budget;
+    QVector<QString> m_texts;
+    TextCollector m_text;
+};

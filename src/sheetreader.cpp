@@ -1,0 +1,366 @@
+#include "sheetreader.h"
+
+#include <array>
+#include <cstring>
+
+#include <QDateTime>
+#include <xlsxcell.h>
+#include <xlsxworkbook.h>
+
+#include "celltext.h"
+#include "workbooklimits.h"
+
+namespace
+{
+
+enum Place {
+    SheetPlace = 1,
+    DataPlace,
+    RowPlace,
+    CellPlace,
+    ValuePlace,
+    InlinePlace,
+    RunPlace,
+    TextPlace
+};
+
+// Phonetic runs hold texts too, which repeat what the others say.
+constexpr std::array<XmlStep, 15> steps = {{
+    {"worksheet", XmlReader::outside, SheetPlace},
+    {"sheetData", SheetPlace, DataPlace},
+    {"row", DataPlace, RowPlace},
+    {"c", RowPlace, CellPlace},
+    {"extLst", RowPlace, XmlReader::ignored},
+    {"v", CellPlace, ValuePlace},
+    {"is", CellPlace, InlinePlace},
+    {"f", CellPlace, XmlReader::ignored},
+    {"extLst", CellPlace, XmlReader::ignored},
+    {"t", InlinePlace, TextPlace},
+    {"r", InlinePlace, RunPlace},
+    {"rPh", InlinePlace, XmlReader::ignored},
+    {"phoneticPr", InlinePlace, XmlReader::ignored},
+    {"t", RunPlace, TextPlace},
+    {"rPr", RunPlace, XmlReader::ignored},
+}};
+
+// Rows, cells and contents by other names would be missing, and what follows them shifted.
+constexpr int firstStrict = DataPlace;
+// Another name for the type or the format would change what the content means.
+constexpr std::array<const char *, 7> cellAttributes = {"r", "s", "t", "cm", "vm", "ph", nullptr};
+
+struct TypeName {
+    const char *name;
+    SheetReader::Type type;
+};
+
+constexpr std::array<TypeName, 7> typeNames = {{
+    {"n", SheetReader::Type::Number},
+    {"b", SheetReader::Type::Boolean},
+    {"e", SheetReader::Type::Error},
+    {"s", SheetReader::Type::SharedString},
+    {"str", SheetReader::Type::FormulaString},
+    {"inlineStr", SheetReader::Type::InlineString},
+    {"d", SheetReader::Type::Date},
+}};
+
+constexpr int identifierColumn = 1;
+// Days from 1900 on through the year 9999, the last one that has a date; from 1904 on somewhat
+// less.
+constexpr double firstDayWithoutDate = 2'958'466.0;
+
+// What spreadsheets show for a number that no date belongs to.
+QString noDate()
+{
+    return QStringLiteral("########");
+}
+
+bool toIndex(const QByteArray &text, int count, int *index)
+{
+    bool known = false;
+    *index = text.trimmed().toInt(&known);
+    return known && *index >= 0 && *index < count;
+}
+
+// The letters of a column and the digits of a row; 0 for one that is missing or out of all bounds.
+struct Reference {
+    int row = 0;
+    int column = 0;
+    bool complete = false;
+};
+
+Reference parseReference(const char *text)
+{
+    constexpr int letters = 26;
+    constexpr int bound = 10'000'000;
+    Reference reference;
+    for (; (*text | 0x20) >= 'a' && (*text | 0x20) <= 'z'; ++text) {
+        reference.column = qMin(bound, reference.column * letters + ((*text | 0x20) - 'a' + 1));
+    }
+    for (; *text >= '0' && *text <= '9'; ++text) {
+        reference.row = qMin(bound, reference.row * 10 + (*text - '0'));
+    }
+    reference.complete = *text == '\0' && reference.row > 0 && reference.column > 0;
+    return reference;
+}
+
+} // namespace
+
+SheetReader::SheetReader(const SheetContext &context)
+    : XmlReader(Vocabulary::Spreadsheet, steps, firstStrict), m_context(context)
+{
+    constexpr int builtinDateAndTime = 22;
+    m_dateFormat.setNumberFormatIndex(builtinDateAndTime);
+}
+
+void SheetReader::enter(int place, const XmlAttributes &attributes)
+{
+    switch (place) {
+    case DataPlace:
+        meetOnce(&m_hasData);
+        break;
+    case RowPlace:
+        enterRow(attributes);
+        break;
+    case CellPlace:
+        enterCell(attributes);
+        break;
+    case ValuePlace:
+    case InlinePlace:
+        ++m_contents;
+        break;
+    case RunPlace:
+        m_text.beginRun();
+        break;
+    case TextPlace:
+        if (!m_text.begin()) {
+            // Joined they would read as another number.
+            refuse(LoadError::Damaged);
+        }
+        break;
+    default:
+        break;
+    }
+}
+
+void SheetReader::leave(int place)
+{
+    if (place == CellPlace) {
+        if (const LoadError error = store(); error != LoadError::None) {
+            refuse(error);
+        }
+    } else if (place == SheetPlace && !m_hasData) {
+        refuse(LoadError::Damaged);
+    }
+}
+
+void SheetReader::text(int place, const char *data, int size)
+{
+    if (place == ValuePlace || place == TextPlace) {
+        m_text.append(data, size);
+    }
+}
+
+void SheetReader::enterRow(const XmlAttributes &attributes)
+{
+    m_column = 0;
+    ++m_row;
+    if (const char *const number = attributes.value("r"); number != nullptr) {
+        bool known = false;
+        const qlonglong row = QByteArray(number).toLongLong(&known);
+        if (!known || row < 1) {
+            refuse(LoadError::Damaged);
+            return;
+        }
+        m_row = static_cast<int>(qMin<qlonglong>(row, workbookLimits.rows + 1));
+    }
+    if (m_row > workbookLimits.rows) {
+        refuse(LoadError::TooLarge);
+    }
+}
+
+void SheetReader::enterCell(const XmlAttributes &attributes)
+{
+    m_text.clear();
+    m_contents = 0;
+    if (!attributes.areAmong(cellAttributes.data()) || !place(attributes.value("r"))
+        || !setType(attributes.value("t")) || !setFormat(attributes.value("s"))) {
+        refuse(LoadError::Damaged);
+    } else if (m_column > workbookLimits.columns) {
+        refuse(LoadError::TooLarge);
+    }
+}
+
+bool SheetReader::place(const char *reference)
+{
+    if (reference == nullptr) {
+        ++m_column;
+        return true;
+    }
+    const Reference parsed = parseReference(reference);
+    m_column = parsed.column;
+    return parsed.complete && parsed.row == m_row;
+}
+
+bool SheetReader::setType(const char *name)
+{
+    if (name == nullptr) {
+        m_type = Type::Number;
+        return true;
+    }
+    for (const TypeName &known : typeNames) {
+        if (std::strcmp(known.name, name) == 0) {
+            m_type = known.type;
+            return true;
+        }
+    }
+    return false;
+}
+
+bool SheetReader::setFormat(const char *index)
+{
+    m_format = 0;
+    return index == nullptr || toIndex(index, m_context.styles->count(), &m_format);
+}
+
+LoadError SheetReader::store()
+{
+    if (m_contents > 1) {
+        return LoadError::Damaged;
+    }
+    const QByteArray &text = m_text.utf8();
+    if (text.isEmpty()) {
+        return LoadError::None;
+    }
+    switch (m_type) {
+    case Type::Number:
+        return storeNumber(text);
+    case Type::Boolean:
+        return storeBoolean(text);
+    case Type::Error:
+        return storeError(CellText::decode(text));
+    case Type::SharedString:
+        return storeSharedString(text);
+    case Type::Date:
+        return storeIsoDate(text);
+    default:
+        return storeText(CellText::decode(text));
+    }
+}
+
+// A number that is none is not passed over: the row would end there, or go on with another value,
+// and nobody would know.
+LoadError SheetReader::storeNumber(const QByteArray &text)
+{
+    if (text.trimmed().isEmpty()) {
+        return LoadError::None;
+    }
+    double value = 0.0;
+    const NumberFormats::Kind kind = m_context.styles->kind(m_format);
+    if (kind == NumberFormats::Kind::Unknown || !CellText::toNumber(text, &value)) {
+        return LoadError::Damaged;
+    }
+    if (kind == NumberFormats::Kind::Date) {
+        return storeDate(value);
+    }
+    if (m_column == identifierColumn) {
+        return storeText(CellText::plainDigits(text));
+    }
+    const LoadError error = claimPlace();
+    if (error == LoadError::None) {
+        m_context.target->writeNumeric(m_row, m_column, value);
+    }
+    return error;
+}
+
+LoadError SheetReader::storeDate(double days)
+{
+    if (!(days >= 0.0 && days < firstDayWithoutDate)) {
+        return storeText(noDate());
+    }
+    const LoadError error = claimPlace();
+    if (error == LoadError::None) {
+        m_context.target->writeNumeric(m_row, m_column, days, m_dateFormat);
+    }
+    return error;
+}
+
+LoadError SheetReader::storeIsoDate(const QByteArray &text)
+{
+    const QString iso = QString::fromUtf8(text.trimmed());
+    const QDateTime moment = QDateTime::fromString(iso, Qt::ISODateWithMs);
+    const QTime time = QTime::fromString(iso, Qt::ISODateWithMs);
+    constexpr double millisecondsOfDay = 86'400'000.0;
+    if (!moment.isValid()) {
+        return time.isValid() ? storeDate(time.msecsSinceStartOfDay() / millisecondsOfDay)
+                              : storeText(noDate());
+    }
+    // The days of the workbook count from here on, but for the first two months of 1900.
+    const QDate start =
+        m_context.target->workbook()->isDate1904() ? QDate(1904, 1, 1) : QDate(1899, 12, 30);
+    return storeDate(static_cast<double>(start.daysTo(moment.date()))
+                     + moment.time().msecsSinceStartOfDay() / millisecondsOfDay);
+}
+
+LoadError SheetReader::storeBoolean(const QByteArray &text)
+{
+    const QByteArray name = text.trimmed();
+    const bool isTrue = name == "1" || name == "true";
+    if (!isTrue && name != "0" && name != "false") {
+        return LoadError::Damaged;
+    }
+    const LoadError error = claimPlace();
+    if (error == LoadError::None) {
+        m_context.target->writeBool(m_row, m_column, isTrue);
+    }
+    return error;
+}
+
+// An error ends the row, which a number would not do.
+LoadError SheetReader::storeError(const QString &text)
+{
+    bool isNumber = false;
+    text.toDouble(&isNumber);
+    return isNumber ? LoadError::Damaged : storeText(text);
+}
+
+LoadError SheetReader::storeSharedString(const QByteArray &index)
+{
+    int position = 0;
+    if (!toIndex(index, m_context.sharedStrings->size(), &position)) {
+        return LoadError::Damaged;
+    }
+    return writeText(m_context.sharedStrings->at(position));
+}
+
+LoadError SheetReader::storeText(const QString &text)
+{
+    return m_context.budget->takeText(text) ? writeText(text) : LoadError::TooLarge;
+}
+
+// Written as it stands: the general write would take some texts for formulas or addresses.
+LoadError SheetReader::writeText(const QString &text)
+{
+    if (text.isEmpty()) {
+        return LoadError::None;
+    }
+    const LoadError error = claimPlace();
+    if (error == LoadError::None) {
+        m_context.target->writeInlineString(m_row, m_column, text);
+    }
+    return error;
+}
+
+// Takes the current place for a cell with contents. Only places out of order are looked up.
+LoadError SheetReader::claimPlace()
+{
+    const bool newRow = m_row != m_lastRow;
+    if (m_row < m_lastRow || (m_row == m_lastRow && m_column <= m_lastColumn)) {
+        if (m_context.target->cellAt(m_row, m_column) != nullptr) {
+            return LoadError::Damaged;
+        }
+    } else {
+        m_lastRow = m_row;
+        m_lastColumn = m_column;
+    }
+    return m_context.budget->takeCell(newRow) ? LoadError::None : LoadError::TooLarge;
+}

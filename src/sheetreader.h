@@ -1,0 +1,72 @@
+#pragma once
+
+#include <xlsxformat.h>
+#include <xlsxworksheet.h>
+
+#include "memorybudget.h"
+#include "sharedstrings.h"
+#include "stylesreader.h"
+#include "textcollector.h"
+#include "xmlstream.h"
+
+/// What the cells of a sheet refer to.
+struct SheetContext {
+    const QVector<QString> *sharedStrings;
+    const StylesReader *styles;
+    /// Takes the cells; it counts days as the workbook that is read does.
+    QXlsx::Worksheet *target;
+    MemoryBudget *budget;
+};
+
+/// Reads the cells of a worksheet into another one that is empty.
+///
+/// Formulas give the values stored with them. Numbers of column 1 become texts with the digits that
+/// stand in the file. A cell or a row without a reference stands behind the one before it; one with
+/// a reference stands where that says. Refused as damaged are references that contradict their row,
+/// two cells with contents in one place, types and formats that are not known, and contents that
+/// their type does not allow.
+class SheetReader : public XmlReader
+{
+public:
+    /// The types of cells that a file names.
+    enum class Type { Number, Boolean, Error, SharedString, FormulaString, InlineString, Date };
+
+    explicit SheetReader(const SheetContext &context);
+
+private:
+    void enter(int place, const XmlAttributes &attributes) override;
+    void leave(int place) override;
+    void text(int place, const char *data, int size) override;
+
+    void enterRow(const XmlAttributes &attributes);
+    void enterCell(const XmlAttributes &attributes);
+    bool place(const char *reference);
+    bool setType(const char *name);
+    bool setFormat(const char *index);
+
+    LoadError store();
+    LoadError storeNumber(const QByteArray &text);
+    LoadError storeDate(double days);
+    LoadError storeIsoDate(const QByteArray &text);
+    LoadError storeBoolean(const QByteArray &text);
+    LoadError storeError(const QString &text);
+    LoadError storeSharedString(const QByteArray &index);
+    LoadError storeText(const QString &text);
+    LoadError writeText(const QString &text);
+    LoadError claimPlace();
+
+    SheetContext m_context;
+    QXlsx::Format m_dateFormat;
+    bool m_hasData = false;
+
+    int m_row = 0;
+    int m_column = 0;
+    Type m_type = Type::Number;
+    int m_format = 0;
+    TextCollector m_text;
+    int m_contents = 0;
+
+    // The last place in reading order that holds something, behind which all places are free.
+    int m_lastRow = 0;
+    int m_lastColumn = 0;
+};

@@ -1,0 +1,79 @@
+#include "stylesreader.h"
+
+#include "workbooklimits.h"
+#include <array>
+
+namespace
+{
+
+enum Place {
+    SheetPlace = 1,
+    NumberFormatPlace,
+    CellFormatPlace,
+    NumberFormatsPlace,
+    CellFormatsPlace
+};
+
+constexpr std::array<XmlStep, 5> steps = {{
+    {"styleSheet", XmlReader::outside, SheetPlace},
+    {"numFmts", SheetPlace, NumberFormatsPlace},
+    {"numFmt", NumberFormatsPlace, NumberFormatPlace},
+    {"cellXfs", SheetPlace, CellFormatsPlace},
+    {"xf", CellFormatsPlace, CellFormatPlace},
+}};
+
+// A format by another name would shift all that follow.
+constexpr int firstStrict = NumberFormatsPlace;
+
+} // namespace
+
+StylesReader::StylesReader() : XmlReader(Vocabulary::Spreadsheet, steps, firstStrict) { }
+
+NumberFormats::Kind StylesReader::kind(int index) const
+{
+    const int number = m_formats.value(index, 0);
+    const auto custom = m_custom.constFind(number);
+    return custom == m_custom.constEnd() ? NumberFormats::builtinKind(number) : *custom;
+}
+
+void StylesReader::enter(int place, const XmlAttributes &attributes)
+{
+    if (place == NumberFormatPlace) {
+        addNumberFormat(attributes);
+    } else if (place == CellFormatPlace) {
+        addCellFormat(attributes);
+    } else if (place == CellFormatsPlace) {
+        meetOnce(&m_hasFormats);
+    }
+}
+
+void StylesReader::addNumberFormat(const XmlAttributes &attributes)
+{
+    bool known = false;
+    const int number = QByteArray(attributes.value("numFmtId")).toInt(&known);
+    const char *const code = attributes.value("formatCode");
+    if (!known || number < 0 || code == nullptr) {
+        refuse(LoadError::Damaged);
+    } else if (m_custom.size() >= workbookLimits.listEntries) {
+        refuse(LoadError::TooLarge);
+    } else {
+        m_custom.insert(number,
+                        NumberFormats::isDateCode(QString::fromUtf8(code))
+                            ? NumberFormats::Kind::Date
+                            : NumberFormats::Kind::Number);
+    }
+}
+
+void StylesReader::addCellFormat(const XmlAttributes &attributes)
+{
+    bool known = true;
+    const char *const text = attributes.value("numFmtId");
+    const int number = text == nullptr ? 0 : QByteArray(text).toInt(&known);
+    if (!known || number < 0) {
+        refuse(LoadError::Damaged);
+    } else if (m_formats.size() >= workbookLimits.cellFormats) {
+        refuse(LoadError::TooLarge);
+    } else {
+        m_formats.append(number);
+    }
+}

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QHash>
+#include <QVector>
+
+#include "numberformats.h"
+#include "xmlstream.h"
+
+/// Which cell formats of a workbook are dates.
+class StylesReader : public XmlReader
+{
+public:
+    StylesReader();
+
+    /// Number of cell formats; at least one, since cells without a format have the first.
+    int count() const { return qMax(1, m_formats.size()); }
+    /// The kind of the cell format \p index, from 0 to count() - 1.
+    NumberFormats::Kind kind(int index) const;
+
+private:
+    void enter(int place, const XmlAttributes &attributes) override;
+    void addNumberFormat(const XmlAttributes &attributes);
+    void addCellFormat(const XmlAttributes &attributes);
+
+    QHash<int, NumberFormats::Kind> m_custom;
+    QVector<int> m_formats;
+    bool m_hasFormats = false;
+};

@@ -1,0 +1,181 @@
+#include "workbookloader.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <xlsxworkbook.h>
+#include <xlsxworksheet.h>
+
+#include "compoundfile.h"
+#include "relationships.h"
+#include "sheetlist.h"
+#include "sheetreader.h"
+#include "workbooklimits.h"
+#include "zippackage.h"
+
+namespace
+{
+
+// The way from a file to a document. Each step needs those before it.
+class Loader
+{
+public:
+    LoadError load(const QString &path);
+    std::unique_ptr<QXlsx::Document> takeDocument() { return std::move(m_document); }
+
+private:
+    LoadError openFile(const QString &path);
+    LoadError openPackage();
+    LoadError findWorkbook();
+    LoadError readWorkbook();
+    LoadError readStyles();
+    LoadError readSharedStrings();
+    LoadError chooseSheet();
+    LoadError readSheet();
+
+    LoadError readOptional(Relationships::Kind kind, XmlReader *reader);
+
+    QFile m_file;
+    ZipPackage m_package;
+    XmlCount m_count;
+    MemoryBudget m_budget;
+    QByteArray m_workbookPart;
+    SheetList m_sheets;
+    std::unique_ptr<Relationships> m_relationships;
+    StylesReader m_styles;
+    SharedStrings m_strings = SharedStrings(&m_budget);
+    QByteArray m_sheetPart;
+    std::unique_ptr<QXlsx::Document> m_document;
+};
+
+LoadError Loader::load(const QString &path)
+{
+    LoadError error = openFile(path);
+    for (const auto step :
+         {&Loader::openPackage, &Loader::findWorkbook, &Loader::readWorkbook, &Loader::chooseSheet,
+          &Loader::readStyles, &Loader::readSharedStrings, &Loader::readSheet}) {
+        if (error == LoadError::None) {
+            error = (this->*step)();
+        }
+    }
+    if (error != LoadError::None) {
+        m_document.reset();
+    }
+    return error;
+}
+
+// A pipe would wait for its other end, and a device may never end: only a plain file will do.
+LoadError Loader::openFile(const QString &path)
+{
+    m_file.setFileName(path);
+    if (!QFileInfo(path).isFile() || !m_file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+        return LoadError::CannotBeRead;
+    }
+    return m_file.size() > workbookLimits.fileSize ? LoadError::TooLarge : LoadError::None;
+}
+
+LoadError Loader::openPackage()
+{
+    const QByteArray archiveMark = QByteArrayLiteral("PK");
+    const QByteArray start = m_file.size() > 0 ? m_file.read(CompoundFile::mark().size()) : "";
+    if (m_file.error() != QFileDevice::NoError) {
+        return LoadError::CannotBeRead;
+    }
+    if (start == CompoundFile::mark()) {
+        return CompoundFile::isEncryptedPackage(&m_file) ? LoadError::PasswordProtected
+                                                         : LoadError::OldFormat;
+    }
+    return start.startsWith(archiveMark) ? m_package.open(&m_file) : LoadError::NotAWorkbook;
+}
+
+LoadError Loader::findWorkbook()
+{
+    const QByteArray part = Relationships::partFor({});
+    if (!m_package.contains(part)) {
+        return LoadError::NotAWorkbook;
+    }
+    Relationships relationships({});
+    const LoadError error =
+        relationships.readPart(&m_package, part, &m_count, workbookLimits.listSize);
+    if (error != LoadError::None) {
+        return error;
+    }
+    const auto targets = relationships.targets(Relationships::Kind::Workbook);
+    if (targets.size() > 1) {
+        return LoadError::Damaged;
+    }
+    m_workbookPart = targets.isEmpty() ? QByteArray() : targets.constFirst().part;
+    return targets.isEmpty() ? LoadError::NotAWorkbook : LoadError::None;
+}
+
+LoadError Loader::readWorkbook()
+{
+    const LoadError error =
+        m_sheets.readPart(&m_package, m_workbookPart, &m_count, workbookLimits.listSize);
+    if (error == LoadError::Damaged && m_sheets.isOther()) {
+        return LoadError::NotAWorkbook;
+    }
+    if (error != LoadError::None) {
+        return error;
+    }
+    m_relationships = std::make_unique<Relationships>(m_workbookPart);
+    return m_relationships->readPart(&m_package, Relationships::partFor(m_workbookPart), &m_count,
+                                     workbookLimits.listSize);
+}
+
+LoadError Loader::readOptional(Relationships::Kind kind, XmlReader *reader)
+{
+    const auto targets = m_relationships->targets(kind);
+    if (targets.size() > 1) {
+        return LoadError::Damaged;
+    }
+    return targets.isEmpty() ? LoadError::None
+                             : reader->readPart(&m_package, targets.constFirst().part, &m_count,
+                                                workbookLimits.partSize);
+}
+
+LoadError Loader::readStyles()
+{
+    return readOptional(Relationships::Kind::Styles, &m_styles);
+}
+
+LoadError Loader::readSharedStrings()
+{
+    return readOptional(Relationships::Kind::SharedStrings, &m_strings);
+}
+
+LoadError Loader::chooseSheet()
+{
+    bool visible = false;
+    for (const SheetList::Sheet &sheet : m_sheets.sheets()) {
+        const Relationships::Target *const target = m_relationships->target(sheet.relationship);
+        const bool isSheet = target != nullptr
+            && (target->kind == Relationships::Kind::Worksheet
+                || target->kind == Relationships::Kind::OtherSheet);
+        if (!isSheet) {
+            return LoadError::Damaged;
+        }
+        const bool better = m_sheetPart.isEmpty() || (sheet.visible && !visible);
+        if (target->kind == Relationships::Kind::Worksheet && better) {
+            m_sheetPart = target->part;
+            visible = sheet.visible;
+        }
+    }
+    return m_sheetPart.isEmpty() ? LoadError::NoWorksheet : LoadError::None;
+}
+
+LoadError Loader::readSheet()
+{
+    m_document = std::make_unique<QXlsx::Document>();
+    m_document->workbook()->setDate1904(m_sheets.is1904());
+    SheetReader reader({&m_strings.texts(), &m_styles, m_document->currentWorksheet(), &m_budget});
+    return reader.readPart(&m_package, m_sheetPart, &m_count, workbookLimits.partSize);
+}
+
+} // namespace
+
+LoadedWorkbook loadWorkbook(const QString &path)
+{
+    Loader loader;
+    const LoadError error = loader.load(path);
+    return {loader.takeDocument(), error};
+}

@@ -1,0 +1,349 @@
+#include "xmlstream.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+
+#include <expat.h>
+
+#include "workbooklimits.h"
+#include "zippackage.h"
+
+namespace
+{
+
+// Between the namespace and the name; it stands in no namespace.
+constexpr char separator = '\n';
+
+// The place of an element that must not stand where it does.
+constexpr int forbidden = -2;
+
+struct Namespaces {
+    const char *transitional;
+    const char *strict;
+};
+
+constexpr Namespaces spreadsheet = {"http://schemas.openxmlformats.org/spreadsheetml/2006/main\n",
+                                    "http://purl.oclc.org/ooxml/spreadsheetml/main\n"};
+constexpr Namespaces packageRelationships = {
+    "http://schemas.openxmlformats.org/package/2006/relationships\n", nullptr};
+constexpr Namespaces documentRelationships = {
+    "http://schemas.openxmlformats.org/officeDocument/2006/relationships\n",
+    "http://purl.oclc.org/ooxml/officeDocument/relationships\n"};
+
+// Set in the place of an element that stands for what it holds: its children stand where it does.
+constexpr int transparent = 1 << 16;
+
+constexpr const char *compatibility =
+    "http://schemas.openxmlformats.org/markup-compatibility/2006\n";
+
+// What follows the prefix in the name, or null.
+const char *behind(const char *prefix, const char *name)
+{
+    if (prefix == nullptr) {
+        return nullptr;
+    }
+    const std::size_t length = std::strlen(prefix);
+    return std::strncmp(name, prefix, length) == 0 ? name + length : nullptr;
+}
+
+const char *localName(const Namespaces &spaces, const char *name)
+{
+    const char *const local = behind(spaces.transitional, name);
+    return local != nullptr ? local : behind(spaces.strict, name);
+}
+
+bool isOneOf(const char *name, const char *const *names)
+{
+    while (*names != nullptr && std::strcmp(*names, name) != 0) {
+        ++names;
+    }
+    return *names != nullptr;
+}
+
+} // namespace
+
+const char *XmlAttributes::value(const char *name) const
+{
+    for (const char *const *pair = m_pairs; *pair != nullptr; pair += 2) {
+        if (std::strcmp(pair[0], name) == 0) {
+            return pair[1];
+        }
+    }
+    return nullptr;
+}
+
+const char *XmlAttributes::relationship(const char *name) const
+{
+    for (const char *const *pair = m_pairs; *pair != nullptr; pair += 2) {
+        const char *const local = localName(documentRelationships, pair[0]);
+        if (local != nullptr && std::strcmp(local, name) == 0) {
+            return pair[1];
+        }
+    }
+    return nullptr;
+}
+
+bool XmlAttributes::areAmong(const char *const *names) const
+{
+    for (const char *const *pair = m_pairs; *pair != nullptr; pair += 2) {
+        if (std::strchr(pair[0], separator) == nullptr && !isOneOf(pair[0], names)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+int XmlAttributes::count() const
+{
+    int pairs = 0;
+    for (const char *const *pair = m_pairs; *pair != nullptr; pair += 2) {
+        ++pairs;
+    }
+    return pairs;
+}
+
+namespace
+{
+
+// The memory of one parser. Its functions know no object, so the count is one for each thread.
+struct ParserMemory {
+    // Before each block stands its size, in a place that keeps the block aligned.
+    static constexpr std::size_t head = alignof(std::max_align_t);
+    static thread_local qint64 taken;
+
+    static void *allocate(std::size_t size) { return reallocate(nullptr, size); }
+
+    static void *reallocate(void *block, std::size_t size)
+    {
+        char *const start = block == nullptr ? nullptr : static_cast<char *>(block) - head;
+        const qint64 before = sizeOf(start);
+        const auto after = static_cast<qint64>(size);
+        if (taken - before + after > workbookLimits.parserMemory) {
+            return nullptr;
+        }
+        auto *const moved = static_cast<char *>(std::realloc(start, size + head));
+        if (moved == nullptr) {
+            return nullptr;
+        }
+        std::memcpy(moved, &after, sizeof after);
+        taken += after - before;
+        return moved + head;
+    }
+
+    static void free(void *block)
+    {
+        if (block != nullptr) {
+            char *const start = static_cast<char *>(block) - head;
+            taken -= sizeOf(start);
+            std::free(start);
+        }
+    }
+
+private:
+    static qint64 sizeOf(const char *start)
+    {
+        qint64 size = 0;
+        if (start != nullptr) {
+            std::memcpy(&size, start, sizeof size);
+        }
+        return size;
+    }
+};
+
+thread_local qint64 ParserMemory::taken = 0;
+
+constexpr XML_Memory_Handling_Suite parserMemory = {&ParserMemory::allocate,
+                                                    &ParserMemory::reallocate, &ParserMemory::free};
+
+XML_Parser newParser()
+{
+    constexpr std::array<char, 2> between = {separator, '\0'};
+    return XML_ParserCreate_MM(nullptr, &parserMemory, between.data());
+}
+
+} // namespace
+
+struct XmlReader::Parser {
+    std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> expat = {newParser(),
+                                                                          &XML_ParserFree};
+};
+
+struct XmlReader::Callbacks {
+    static XmlReader *reader(void *self) { return static_cast<XmlReader *>(self); }
+
+    static void start(void *self, const char *name, const char **attributes)
+    {
+        reader(self)->startElement(name, attributes);
+    }
+
+    static void end(void *self, const char * /*name*/) { reader(self)->endElement(); }
+
+    static void text(void *self, const char *data, int size)
+    {
+        reader(self)->countItems(1);
+        if (!reader(self)->isRefused()) {
+            reader(self)->text(reader(self)->m_places.constLast(), data, size);
+        }
+    }
+
+    // Whatever has no function of its own, such as comments: a sign of progress.
+    static void other(void *self, const char * /*data*/, int /*size*/)
+    {
+        reader(self)->countItems(1);
+    }
+
+    static void nameSpace(void *self, const char * /*prefix*/, const char * /*uri*/)
+    {
+        reader(self)->countItems(1);
+    }
+
+    // Entities are declared in document types only.
+    static void documentType(void *self, const char * /*name*/, const char * /*systemId*/,
+                             const char * /*publicId*/, int /*hasInternalSubset*/)
+    {
+        reader(self)->refuse(LoadError::Damaged);
+    }
+};
+
+XmlReader::XmlReader(Vocabulary vocabulary, XmlSteps steps, int firstStrict)
+    : m_vocabulary(vocabulary), m_steps(steps), m_firstStrict(firstStrict)
+{
+}
+
+XmlReader::~XmlReader() = default;
+
+LoadError XmlReader::readPart(ZipPackage *package, const QByteArray &name, XmlCount *count,
+                              qint64 largest)
+{
+    m_count = count;
+    m_error = LoadError::None;
+    m_hasRoot = false;
+    m_isOther = false;
+    m_pending = 0;
+    m_places = {outside};
+    m_parser = std::make_unique<Parser>();
+    XML_Parser expat = m_parser->expat.get();
+    if (expat == nullptr) {
+        return LoadError::TooLarge;
+    }
+    XML_SetUserData(expat, this);
+    XML_SetElementHandler(expat, &Callbacks::start, &Callbacks::end);
+    XML_SetCharacterDataHandler(expat, &Callbacks::text);
+    XML_SetStartDoctypeDeclHandler(expat, &Callbacks::documentType);
+    XML_SetDefaultHandler(expat, &Callbacks::other);
+    XML_SetStartNamespaceDeclHandler(expat, &Callbacks::nameSpace);
+
+    const LoadError read = package->read(
+        name, largest, [this](const char *data, int size) { return feed(data, size, false); });
+    const bool complete = read == LoadError::None && feed(nullptr, 0, true);
+    m_parser.reset();
+    if (isRefused()) {
+        return m_error;
+    }
+    return read != LoadError::None || complete ? read : LoadError::Damaged;
+}
+
+bool XmlReader::feed(const char *data, int size, bool last)
+{
+    m_pending += size;
+    const bool parsed = XML_Parse(m_parser->expat.get(), data, size, last ? 1 : 0) == XML_STATUS_OK;
+    if (!parsed && XML_GetErrorCode(m_parser->expat.get()) == XML_ERROR_NO_MEMORY) {
+        refuse(LoadError::TooLarge);
+    }
+    m_isOther = m_isOther || (!parsed && !isRefused() && !m_hasRoot);
+    if (parsed && m_pending > workbookLimits.tokenSize) {
+        refuse(LoadError::TooLarge);
+    }
+    return parsed && !isRefused();
+}
+
+void XmlReader::refuse(LoadError error)
+{
+    if (!isRefused()) {
+        m_error = error;
+        XML_StopParser(m_parser->expat.get(), XML_FALSE);
+    }
+}
+
+void XmlReader::meetOnce(bool *met)
+{
+    if (*met) {
+        refuse(LoadError::Damaged);
+    }
+    *met = true;
+}
+
+int XmlReader::next(int place, const char *expatName) const
+{
+    if (place < outside) {
+        return ignored;
+    }
+    if (place > outside) {
+        // No choice is understood that needs more than the format itself: the fallback holds.
+        if (const char *const wrapper = behind(compatibility, expatName); wrapper != nullptr) {
+            return std::strcmp(wrapper, "Choice") == 0 ? ignored : place | transparent;
+        }
+        place &= ~transparent;
+    }
+    const char *const name = localName(
+        m_vocabulary == Vocabulary::Spreadsheet ? spreadsheet : packageRelationships, expatName);
+    if (name == nullptr) {
+        return place == outside ? forbidden : ignored;
+    }
+    for (const XmlStep *step = m_steps.first; step != m_steps.last; ++step) {
+        if (step->from == place && std::strcmp(step->name, name) == 0) {
+            return step->to;
+        }
+    }
+    return place == outside || place >= m_firstStrict ? forbidden : ignored;
+}
+
+// Items are a sign of progress, too.
+void XmlReader::countItems(int items)
+{
+    m_pending = 0;
+    m_count->items += items;
+    if (m_count->items > workbookLimits.xmlItems) {
+        refuse(LoadError::TooLarge);
+    }
+}
+
+void XmlReader::startElement(const char *expatName, const char *const *attributes)
+{
+    const XmlAttributes given(attributes);
+    countItems(1 + given.count());
+    if (isRefused()) {
+        return;
+    }
+    if (m_places.size() > workbookLimits.depth || given.count() > workbookLimits.attributes) {
+        refuse(LoadError::TooLarge);
+        return;
+    }
+    const int place = next(m_places.constLast(), expatName);
+    m_isOther = !m_hasRoot && place == forbidden;
+    m_hasRoot = true;
+    m_places.append(place);
+    if (place == forbidden) {
+        refuse(LoadError::Damaged);
+    } else if (place != ignored && (place & transparent) == 0) {
+        enter(place, given);
+    }
+}
+
+void XmlReader::endElement()
+{
+    countItems(1);
+    if (isRefused()) {
+        return;
+    }
+    const int place = m_places.takeLast();
+    if (place > outside && (place & transparent) == 0) {
+        leave(place);
+    }
+}
+
+void XmlReader::leave(int /*place*/) { }
+
+void XmlReader::text(int /*place*/, const char * /*data*/, int /*size*/) { }
