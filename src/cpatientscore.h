@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QAbstractTableModel>
+#include <QVector>
+
+#include "patientscorerecord.h"
+
+/// The score table: one row a method, one column a patient, coloured by the side of the center on
+/// which the value lies.
+///
+/// Every row is judged against the center of its own method; of the settings only the choice of
+/// center counts, and it is read on every call. The model refers to lists that its owner keeps, and
+/// it announces no change of theirs.
+class CPatientScore : public QAbstractTableModel
+{
+    Q_OBJECT
+
+public:
+    /// All three must outlive the model.
+    CPatientScore(PatientScoreRecord &average, QVector<PatientScoreRecord> &scoreList,
+                  PatientScoreRecord &median);
+
+    /// Always 6: the convergence methods, then the variability methods.
+    int rowCount(const QModelIndex &parent = {}) const override;
+    int columnCount(const QModelIndex &parent = {}) const override;
+    /// Display role: the value with six significant digits. Background role: red above the center
+    /// (worse), green below it, blue on it or where either is not a number.
+    QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
+    /// Display role only: identifiers across, methods down.
+    QVariant headerData(int section, Qt::Orientation orientation,
+                        int role = Qt::DisplayRole) const override;
+
+    /// Assigns to the lists behind the model. Emits nothing: a view shows it on its next repaint.
+    void update(const QVector<PatientScoreRecord> &scoreList, const PatientScoreRecord &median,
+                const PatientScoreRecord &average);
+
+private:
+    PatientScoreRecord &averageCenter;
+    QVector<PatientScoreRecord> &scores;
+    PatientScoreRecord &medianCenter;
+};

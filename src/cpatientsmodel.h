@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QAbstractTableModel>
+#include <QVector>
+
+#include "patientrecord.h"
+#include "patientscorerecord.h"
+
+/// The patient table: one row a patient, with identifier and mark.
+///
+/// The mark ("B/B", "B/W", "W/B", "W/W": better or worse, convergence first) is worked out on every
+/// read, for the methods and the center that the settings name at that moment. The model refers to
+/// lists that its owner keeps, and it announces no change of theirs.
+class CPatientsModel : public QAbstractTableModel
+{
+    Q_OBJECT
+
+public:
+    /// All four must outlive the model; \p patientList and \p scoreList go together by position.
+    CPatientsModel(QVector<PatientRecord> &patientList, QVector<PatientScoreRecord> &scoreList,
+                   PatientScoreRecord &average, PatientScoreRecord &median);
+
+    int rowCount(const QModelIndex &parent = {}) const override;
+    /// Always 2: identifier and mark.
+    int columnCount(const QModelIndex &parent = {}) const override;
+    /// Display role only. Every column above 0 gives the mark.
+    QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
+    /// Display role of the horizontal header only: the rows have neither labels nor numbers.
+    QVariant headerData(int section, Qt::Orientation orientation,
+                        int role = Qt::DisplayRole) const override;
+
+    /// Assigns to the lists behind the model. Emits nothing: a view shows it on its next repaint.
+    void update(const QVector<PatientScoreRecord> &scoreList, const PatientScoreRecord &median,
+                const PatientScoreRecord &average);
+
+    /// The lists behind the model, one entry a row.
+    QVector<PatientRecord> &patients;
+    QVector<PatientScoreRecord> &scores;
+
+private:
+    QString mark(const PatientScoreRecord &score) const;
+
+    PatientScoreRecord &averageCenter;
+    PatientScoreRecord &medianCenter;
+};

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QModelIndex>
+#include <QTranslator>
+
+/// Shows what was asked for in which context: "<context:source>".
+class EchoTranslator : public QTranslator
+{
+public:
+    QString translate(const char *context, const char *source, const char * /*hint*/,
+                      int /*n*/) const override
+    {
+        return QLatin1Char('<') + QLatin1String(context) + QLatin1Char(':') + QLatin1String(source)
+            + QLatin1Char('>');
+    }
+    bool isEmpty() const override { return false; }
+};
+
+/// A table model that answers for the rows below an index, too: there are none. The models leave
+/// that out, which QAbstractItemModelTester does not accept.
+template<typename Model>
+class ChildlessModel : public Model
+{
+public:
+    using Model::Model;
+    int rowCount(const QModelIndex &parent) const override
+    {
+        return parent.isValid() ? 0 : Model::rowCount(parent);
+    }
+};
