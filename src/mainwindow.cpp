@@ -1,0 +1,396 @@
+#include "mainwindow.h"
+
+#include <algorithm>
+#include <array>
+
+#include <QAction>
+#include <QCoreApplication>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QHeaderView>
+#include <QLabel>
+#include <QMdiArea>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTableView>
+#include <QVBoxLayout>
+
+#include "analysis.h"
+#include "cconfig.h"
+#include "centers.h"
+#include "cpatientscore.h"
+#include "cpatientsmodel.h"
+#include "patientreader.h"
+
+namespace
+{
+
+using MethodNames = std::array<const char *, methodCount>;
+constexpr MethodNames convergenceNames = {
+    QT_TRANSLATE_NOOP("MainWindow", "Median difference"),
+    QT_TRANSLATE_NOOP("MainWindow", "Linear least squares"),
+    QT_TRANSLATE_NOOP("MainWindow", "C*e^(k*x)"),
+};
+constexpr MethodNames varianceNames = {
+    QT_TRANSLATE_NOOP("MainWindow", "Standard deviation"),
+    QT_TRANSLATE_NOOP("MainWindow", "Difference standard deviation offset"),
+    QT_TRANSLATE_NOOP("MainWindow", "Interquartile range"),
+};
+
+const char *methodName(const MethodNames &names, quint64 method)
+{
+    return names.at(std::min<size_t>(method, names.size() - 1));
+}
+
+constexpr int bottomStripHeight = 200;
+constexpr int rightPanelWidth = 275;
+
+// Longer lists and identifiers would push the button of a message off the screen.
+constexpr int mostNamedPatients = 10;
+constexpr int longestNamedId = 60;
+
+QString shortened(const QString &id)
+{
+    const QString line = id.simplified();
+    return line.size() > longestNamedId ? line.left(longestNamedId) + QChar(0x2026) : line;
+}
+
+} // namespace
+
+MainWindow::MainWindow()
+{
+    setWindowTitle(tr("Glymark"));
+    settleConfig();
+    createActions();
+    createMenus();
+    createWidgets();
+    showSettings();
+}
+
+MainWindow::~MainWindow() = default;
+
+void MainWindow::settleConfig()
+{
+    CConfig &config = CConfig::instance();
+    if (config.status() != CConfig::LoadFailed) {
+        return;
+    }
+    showInformation(tr("Wrong Config"),
+                    tr("Config file doesn't exist or has invalid format. Default config will be "
+                       "created"));
+    config.createDefaultConfig();
+}
+
+void MainWindow::createActions()
+{
+    const auto create = [this](const QString &text, const QObject *receiver, const char *slot) {
+        auto *action = new QAction(text, this);
+        connect(action, SIGNAL(triggered()), receiver, slot);
+        return action;
+    };
+    openAction = create(tr("Open File"), this, SLOT(open()));
+    openAction->setShortcut(QKeySequence(QStringLiteral("ctrl+o")));
+    openAction->setStatusTip(tr("Open xlsx file with data"));
+
+    saveAction = create(tr("Save file"), this, SLOT(save()));
+    saveAction->setShortcut(QKeySequence(QStringLiteral("ctrl+s")));
+
+    exitAction = create(tr("Exit"), QCoreApplication::instance(), SLOT(quit()));
+    exitAction->setShortcut(QKeySequence(QStringLiteral("ctrl+q")));
+
+    exportGraphAction = create(tr("Export graph"), this, SLOT(saveSvg()));
+    exportGraphAction->setShortcuts(QKeySequence::Print);
+    exportGraphAction->setStatusTip(tr("Export currently selected graph to svg"));
+
+    settingsAction = create(tr("Settings"), this, SLOT(editConfig()));
+    settingsAction->setShortcut(QKeySequence(QStringLiteral("ctrl+t")));
+
+    saveAnalysisAction = create(tr("Save data analysis"), this, SLOT(savePrepareAnova()));
+    saveAnalysisAction->setShortcut(QKeySequence(QStringLiteral("ctrl+d")));
+
+    groupsGraphAction = create(tr("Groups graph"), this, SLOT(split()));
+    groupsGraphAction->setShortcut(QKeySequence(QStringLiteral("ctrl+l")));
+
+    closeFileAction = create(tr("Close file"), this, SLOT(closeFile()));
+    closeFileAction->setShortcut(QKeySequence(QStringLiteral("ctrl+h")));
+}
+
+void MainWindow::createMenus()
+{
+    fileMenu = menuBar()->addMenu(tr("File"));
+    fileMenu->addActions({openAction, saveAction, exportGraphAction, settingsAction,
+                          groupsGraphAction, saveAnalysisAction, closeFileAction, exitAction});
+    closeFileAction->setDisabled(true);
+}
+
+void MainWindow::createWidgets()
+{
+    mdiArea = new QMdiArea;
+    auto *bottomStrip = new QWidget;
+    bottomStrip->setMinimumHeight(bottomStripHeight);
+    bottomStrip->setLayout(createScoreStrip());
+
+    auto *leftColumn = new QVBoxLayout;
+    leftColumn->addWidget(mdiArea);
+    leftColumn->addWidget(bottomStrip);
+
+    auto *central = new QWidget;
+    auto *columns = new QHBoxLayout(central);
+    columns->addLayout(leftColumn);
+    columns->addWidget(createRightPanel());
+    setCentralWidget(central);
+}
+
+QBoxLayout *MainWindow::createScoreStrip()
+{
+    scoreTable = new QTableView;
+    scoreTable->setObjectName(QStringLiteral("scoreTable"));
+    auto *strip = new QHBoxLayout;
+    strip->addWidget(scoreTable);
+    strip->addLayout(createLegend());
+    return strip;
+}
+
+QBoxLayout *MainWindow::createLegend()
+{
+    auto *legend = new QVBoxLayout;
+    legend->setAlignment(Qt::AlignTop);
+    legend->addWidget(new QLabel(tr("Legend")));
+    legend->addWidget(new QLabel(tr("Better value color: Green")));
+    legend->addWidget(new QLabel(tr("Worse value color: Red")));
+    legend->addWidget(new QLabel(tr("Center value color: Blue")));
+    auto *axes = new QLabel(tr("Additional info: In brackets is on which axis that specific method "
+                               "will be displayed."));
+    axes->setWordWrap(true);
+    legend->addWidget(axes);
+    return legend;
+}
+
+QWidget *MainWindow::createRightPanel()
+{
+    auto *panel = new QWidget;
+    panel->setFixedWidth(rightPanelWidth);
+    rightPanelLayout = new QVBoxLayout(panel);
+    rightPanelLayout->addLayout(createInformation());
+    createPatientTable();
+    rightPanelLayout->addWidget(patientTable);
+    rightPanelLayout->addLayout(createButtons());
+    return panel;
+}
+
+QBoxLayout *MainWindow::createInformation()
+{
+    auto *information = new QVBoxLayout;
+    information->addWidget(new QLabel(tr("Information")));
+    information->addWidget(new QLabel(tr("Method Results: Convergence/Variability")));
+    information->addWidget(new QLabel(tr("Convergence: B - Better, W - Worse")));
+    information->addWidget(new QLabel(tr("Variability: B - Better, W - Worse ")));
+
+    convergenceLabel = new QLabel;
+    varianceLabel = new QLabel;
+    centerLabel = new QLabel;
+    offsetLabel = new QLabel;
+    information->addLayout(createValueRow(tr("Convergence:"), convergenceLabel));
+    information->addLayout(createValueRow(tr("Variability:"), varianceLabel));
+    information->addLayout(createValueRow(tr("Center method:"), centerLabel));
+    information->addLayout(createValueRow(tr("Offset:"), offsetLabel));
+    return information;
+}
+
+QBoxLayout *MainWindow::createValueRow(const QString &caption, QLabel *value)
+{
+    auto *row = new QHBoxLayout;
+    row->setAlignment(Qt::AlignLeft);
+    row->addWidget(new QLabel(caption));
+    row->addWidget(value);
+    return row;
+}
+
+void MainWindow::createPatientTable()
+{
+    patientTable = new QTableView;
+    patientTable->setObjectName(QStringLiteral("patientTable"));
+    patientTable->setSelectionBehavior(QAbstractItemView::SelectRows);
+    patientTable->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
+    patientTable->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(patientTable, SIGNAL(customContextMenuRequested(QPoint)), this,
+            SLOT(customMenuRequested(QPoint)));
+}
+
+QBoxLayout *MainWindow::createButtons()
+{
+    const auto create = [this](const QString &text, const char *slot) {
+        auto *button = new QPushButton(text);
+        button->setDisabled(true);
+        connect(button, SIGNAL(clicked()), this, slot);
+        return button;
+    };
+    showGraphButton = create(tr("Show graph"), SLOT(selectItems()));
+    resetSelectionButton = create(tr("Reset selection"), SLOT(resetSelect()));
+
+    auto *buttons = new QHBoxLayout;
+    buttons->addWidget(showGraphButton);
+    buttons->addWidget(resetSelectionButton);
+    return buttons;
+}
+
+void MainWindow::showSettings()
+{
+    const CConfig &config = CConfig::instance();
+    convergenceLabel->setText(tr(methodName(convergenceNames, config.convergenceMethod())));
+    varianceLabel->setText(tr(methodName(varianceNames, config.varianceMethod())));
+    centerLabel->setText(config.resultMethod() == 1 ? tr("Median") : tr("Average"));
+    offsetLabel->setText(QString::number(config.skip()));
+}
+
+void MainWindow::showInformation(const QString &title, const QString &text)
+{
+    QMessageBox::information(this, title, text, QMessageBox::Ok, QMessageBox::NoButton);
+}
+
+void MainWindow::open()
+{
+    const QString path = QFileDialog::getOpenFileName(this, tr("Open file"), QString(),
+                                                      tr("Xlsx document (*.xlsx)"));
+    if (path.isEmpty()) {
+        return;
+    }
+    const LoadedWorkbook workbook = loadWorkbook(path);
+    if (!workbook.document) {
+        refuse(path, refusalText(workbook.error));
+        return;
+    }
+    const QVector<PatientRecord> read = readPatients(*workbook.document);
+    if (read.isEmpty()) {
+        refuse(path,
+               tr("This workbook has no patients: column 1 of row 2 is empty. Nothing was "
+                  "opened."));
+        return;
+    }
+    const QVector<int> tooShort = patientsWithTooFewValues(read);
+    if (!tooShort.isEmpty()) {
+        refuse(path, tooFewValuesText(read, tooShort));
+        return;
+    }
+
+    patients = read;
+    scores = scoresOf(patients);
+    computeCenters();
+
+    auto model = std::make_unique<CPatientsModel>(patients, scores, averageCenter, medianCenter);
+    patientTable->setModel(model.get());
+    patientsModel = std::move(model);
+    patientTable->show();
+    createScoreModel();
+    setFileLoaded(true);
+}
+
+QString MainWindow::refusalText(LoadError error)
+{
+    struct Refusal {
+        LoadError error;
+        const char *text;
+    };
+    static constexpr std::array<Refusal, 7> refusals = {{
+        {LoadError::CannotBeRead, QT_TR_NOOP("This file cannot be read. Nothing was opened.")},
+        {LoadError::NotAWorkbook, QT_TR_NOOP("This file is not a workbook. Nothing was opened.")},
+        {LoadError::OldFormat,
+         QT_TR_NOOP("This is a workbook of the old kind (.xls). Save it as .xlsx with a "
+                    "spreadsheet program and open that file. Nothing was opened.")},
+        {LoadError::PasswordProtected,
+         QT_TR_NOOP("This workbook is protected by a password. Save it without one and open that "
+                    "file. Nothing was opened.")},
+        {LoadError::Damaged, QT_TR_NOOP("This workbook is damaged. Nothing was opened.")},
+        {LoadError::NoWorksheet, QT_TR_NOOP("This workbook has no worksheet. Nothing was opened.")},
+        {LoadError::TooLarge, QT_TR_NOOP("This workbook is too large. Nothing was opened.")},
+    }};
+    const auto *refusal =
+        std::find_if(refusals.begin(), refusals.end(),
+                     [error](const Refusal &candidate) { return candidate.error == error; });
+    return tr(refusal->text);
+}
+
+QString MainWindow::tooFewValuesText(const QVector<PatientRecord> &read,
+                                     const QVector<int> &positions)
+{
+    QString text =
+        tr("Every patient needs at least two values. Nothing was opened. These rows have "
+           "fewer:");
+    const int named = std::min(positions.size(), mostNamedPatients);
+    for (int i = 0; i < named; ++i) {
+        const int position = positions.at(i);
+        text += QLatin1Char('\n')
+            + tr("Row %1: %2").arg(workbookRow(position)).arg(shortened(read.at(position).id));
+    }
+    if (positions.size() > named) {
+        text += QLatin1Char('\n') + tr("and %1 more").arg(positions.size() - named);
+    }
+    return text;
+}
+
+void MainWindow::refuse(const QString &path, const QString &text)
+{
+    // The sentence first: a name that looks like markup would make the whole box rich text.
+    showInformation(tr("Open file"), text + QStringLiteral("\n\n") + QFileInfo(path).fileName());
+}
+
+void MainWindow::computeCenters()
+{
+    medianCenter.convergence = convergenceMedians(scores);
+    medianCenter.variability = variabilityMedians(scores);
+    averageCenter.convergence = convergenceAverages(scores);
+    averageCenter.variability = variabilityAverages(scores);
+}
+
+void MainWindow::createScoreModel()
+{
+    auto model = std::make_unique<CPatientScore>(averageCenter, scores, medianCenter);
+    scoreTable->setModel(model.get());
+    patientScoreModel = std::move(model);
+    scoreTable->show();
+}
+
+void MainWindow::setFileLoaded(bool loaded)
+{
+    closeFileAction->setEnabled(loaded);
+    showGraphButton->setEnabled(loaded);
+    resetSelectionButton->setEnabled(loaded);
+}
+
+void MainWindow::closeFile()
+{
+    setFileLoaded(false);
+    patientsModel.reset();
+    patientScoreModel.reset();
+    patients.clear();
+    scores.clear();
+    mdiArea->closeAllSubWindows();
+}
+
+void MainWindow::save() { }
+
+void MainWindow::savePrepareAnova() { }
+
+void MainWindow::selectItems() { }
+
+void MainWindow::resetSelect() { }
+
+void MainWindow::split() { }
+
+void MainWindow::customMenuRequested(QPoint /*pos*/) { }
+
+void MainWindow::setKvad1() { }
+
+void MainWindow::setKvad2() { }
+
+void MainWindow::setKvad3() { }
+
+void MainWindow::setKvad4() { }
+
+void MainWindow::setNoIdeal() { }
+
+void MainWindow::editConfig() { }
+
+void MainWindow::saveSvg() { }

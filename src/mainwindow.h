@@ -1,0 +1,105 @@
+#pragma once
+
+#include <memory>
+
+#include <QMainWindow>
+#include <QVector>
+
+#include "patientrecord.h"
+#include "patientscorerecord.h"
+#include "workbookloader.h"
+
+class CPatientScore;
+class CPatientsModel;
+class QAction;
+class QBoxLayout;
+class QLabel;
+class QMdiArea;
+class QMenu;
+class QPushButton;
+class QTableView;
+class QVBoxLayout;
+
+/// The one window: owns the patients of the open workbook and their results, shows them in two
+/// tables and in graph sub-windows, and offers the commands on them.
+class MainWindow : public QMainWindow
+{
+    Q_OBJECT
+
+public:
+    /// Reads the settings; when there is no readable file, says so and creates the defaults.
+    MainWindow();
+    ~MainWindow() override;
+    Q_DISABLE_COPY_MOVE(MainWindow)
+
+private Q_SLOTS:
+    void open();
+    void save();
+    void saveSvg();
+    void savePrepareAnova();
+    void split();
+    void editConfig();
+    void resetSelect();
+    void selectItems();
+    void closeFile();
+    void customMenuRequested(QPoint pos);
+    void setKvad1();
+    void setKvad2();
+    void setKvad3();
+    void setKvad4();
+    void setNoIdeal();
+
+private:
+    void createActions();
+    void createMenus();
+    void createScoreModel();
+
+    void createWidgets();
+    QBoxLayout *createScoreStrip();
+    QBoxLayout *createLegend();
+    QWidget *createRightPanel();
+    QBoxLayout *createInformation();
+    QBoxLayout *createValueRow(const QString &caption, QLabel *value);
+    void createPatientTable();
+    QBoxLayout *createButtons();
+
+    void settleConfig();
+    void showSettings();
+    void showInformation(const QString &title, const QString &text);
+
+    static QString refusalText(LoadError error);
+    static QString tooFewValuesText(const QVector<PatientRecord> &read,
+                                    const QVector<int> &positions);
+    void refuse(const QString &path, const QString &text);
+    void computeCenters();
+    void setFileLoaded(bool loaded);
+
+    // Row of patientTable under the last right click that hit one.
+    int contextRow = -1;
+    QVector<PatientRecord> patients;
+    QVector<PatientScoreRecord> scores;
+    PatientScoreRecord medianCenter;
+    PatientScoreRecord averageCenter;
+    QAction *openAction = nullptr;
+    QAction *saveAction = nullptr;
+    QAction *exportGraphAction = nullptr;
+    QAction *saveAnalysisAction = nullptr;
+    QAction *groupsGraphAction = nullptr;
+    QAction *settingsAction = nullptr;
+    QAction *exitAction = nullptr;
+    // Enabled exactly while a file is loaded.
+    QAction *closeFileAction = nullptr;
+    QMenu *fileMenu = nullptr;
+    QMdiArea *mdiArea = nullptr;
+    QTableView *patientTable = nullptr;
+    QTableView *scoreTable = nullptr;
+    QVBoxLayout *rightPanelLayout = nullptr;
+    QPushButton *showGraphButton = nullptr;
+    QPushButton *resetSelectionButton = nullptr;
+    std::unique_ptr<CPatientsModel> patientsModel;
+    std::unique_ptr<CPatientScore> patientScoreModel;
+    QLabel *convergenceLabel = nullptr;
+    QLabel *varianceLabel = nullptr;
+    QLabel *centerLabel = nullptr;
+    QLabel *offsetLabel = nullptr;
+};
