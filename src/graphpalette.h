@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QColor>
+#include <QVector>
+
+/// The colours of the patient graph, shared by all its windows: neighbours are easy to tell apart.
+class GraphPalette
+{
+public:
+    /// The one palette of the process, made by the first caller.
+    static const GraphPalette &instance();
+
+    /// How many colours there are: 63.
+    int size() const { return colors.size(); }
+    /// The colour of the patient at \p position, from 0 on; after the last colour comes the first.
+    QColor color(int position) const { return colors.at(position % colors.size()); }
+
+private:
+    GraphPalette();
+
+    QVector<QColor> colors;
+};

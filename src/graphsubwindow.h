@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QVector>
+#include <QWidget>
+
+#include "patientgraphgeometry.h"
+#include "patientrecord.h"
+
+class QPainter;
+
+/// The line chart of a group: measurement number across, value in mmol/mol up, one coloured
+/// polyline a patient, and a legend of identifiers below.
+///
+/// The patients are fixed when the widget is made.
+class GraphSubWindow : public QWidget
+{
+    Q_OBJECT
+
+public:
+    /// \p name becomes the window title.
+    GraphSubWindow(QString name, QVector<PatientRecord> shownPatients);
+
+    /// Draws the chart from (0, 0) to (\p width, \p height) in the painter's coordinates. Legend
+    /// lines for which there is no room fall below that rectangle. Leaves the painter with a black
+    /// pen and antialiasing.
+    void drawGraph(QPainter *painter, double width, double height) const;
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    QVector<PatientRecord> patients;
+    PatientGraphBounds bounds;
+};

@@ -1,0 +1,32 @@
+#include "xmltext.h"
+
+namespace
+{
+
+bool fitsXml(QChar character)
+{
+    const ushort code = character.unicode();
+    return !character.isSurrogate() && code <= 0xFFFD
+        && (code >= ' ' || code == '\t' || code == '\n' || code == '\r');
+}
+
+bool isPairAt(const QString &text, int position)
+{
+    return position + 1 < text.size() && text.at(position).isHighSurrogate()
+        && text.at(position + 1).isLowSurrogate();
+}
+
+} // namespace
+
+QString xmlText(const QString &text)
+{
+    QString result = text;
+    for (int i = 0; i < result.size(); ++i) {
+        if (isPairAt(result, i)) {
+            ++i;
+        } else if (!fitsXml(result.at(i))) {
+            result[i] = QChar::ReplacementCharacter;
+        }
+    }
+    return result;
+}
