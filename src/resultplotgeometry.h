@@ -1,0 +1,105 @@
+#pragma once
+
+#include <limits>
+
+#include <QPainterPath>
+#include <QPointF>
+#include <QString>
+#include <QVector>
+
+#include "graphplacement.h"
+#include "patientscorerecord.h"
+
+/// One axis of the result plot: its center and the bounds of the values shown.
+struct ResultPlotAxis {
+    /// Takes \p value into the bounds; not a number changes nothing.
+    void include(double value);
+    /// Whether no value has set the bounds.
+    bool isEmpty() const { return lowest > highest; }
+    /// The larger of the distances from the center to the two bounds.
+    double span() const;
+
+    double center = 0.0;
+    double lowest = std::numeric_limits<double>::max();
+    double highest = std::numeric_limits<double>::lowest();
+};
+
+/// What a result plot shows, whatever its size.
+struct ResultPlotData {
+    struct Patient {
+        QString id;
+        double convergence;
+        double variability;
+    };
+
+    /// Takes from each of \p scores the values of the two methods. An index that is none of a
+    /// method gives values that are not numbers.
+    ResultPlotData(const QVector<PatientScoreRecord> &scores, int variabilityIndex,
+                   int convergenceIndex, double centerY, double centerX);
+
+    QVector<Patient> patients;
+    ResultPlotAxis convergence;
+    ResultPlotAxis variability;
+};
+
+/// The translated texts of a result plot.
+struct ResultPlotTexts {
+    /// The four kvadrants: convergence first, better or worse.
+    QString betterWorse, worseWorse, betterBetter, worseBetter;
+    /// The axis names.
+    QString convergence, variability;
+    /// The lines that tell the methods.
+    QString convergenceMethod, variabilityMethod;
+};
+
+/// Where everything of the result plot lies on a rectangle from (0, 0) to (width, height), in
+/// pixels. What is not placeable is in none of the lists.
+///
+/// The axes cross in the middle, at the center; the farthest value of an axis lies 30 pixels from
+/// the left or right edge, 40 pixels from the upper or lower one. An axis without spread has no
+/// scale: nothing can be placed along it, only the center's own label stands there. Neither has an
+/// axis on which every value is not a number.
+struct ResultPlotGeometry {
+    struct Dot {
+        QPointF center;
+        GraphText name;
+    };
+
+    /// \p textWidth measures the labels that end at an axis or at the right edge.
+    ResultPlotGeometry(const ResultPlotData &data, const ResultPlotTexts &texts, double plotWidth,
+                       double plotHeight, const TextWidth &textWidth);
+
+    /// Pixels a unit of convergence; not finite without spread.
+    double xScale;
+    /// Pixels a unit of variability; not finite without spread.
+    double yScale;
+
+    QVector<GraphText> kvadrantLabels;
+    /// The cross and the ticks, horizontal ones first.
+    QPainterPath axesPath;
+    /// Labels of the horizontal ticks, then of the vertical ones.
+    QVector<GraphText> tickLabels;
+    QVector<GraphText> centerLabels;
+    /// The patients in order.
+    QVector<Dot> dots;
+    QVector<GraphText> axisNames;
+    QVector<GraphText> methodLines;
+
+private:
+    double xAt(double distance) const { return distance * xScale + halfWidth; }
+    double yAt(double distance) const { return halfHeight - distance * yScale; }
+
+    void buildKvadrantLabels(const ResultPlotTexts &texts);
+    void buildCross();
+    void buildHorizontalTicks(const ResultPlotAxis &axis);
+    void buildVerticalTicks(const ResultPlotAxis &axis, const TextWidth &textWidth);
+    void buildCenterLabels(const ResultPlotData &data, const TextWidth &textWidth);
+    void buildDots(const ResultPlotData &data);
+    void buildAxisNames(const ResultPlotTexts &texts, const TextWidth &textWidth);
+    void buildMethodLines(const ResultPlotTexts &texts);
+
+    double width;
+    double height;
+    double halfWidth;
+    double halfHeight;
+};
