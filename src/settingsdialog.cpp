@@ -1,0 +1,139 @@
+#include "settingsdialog.h"
+
+#include <QButtonGroup>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QSpinBox>
+#include <QVBoxLayout>
+
+#include "cconfig.h"
+
+namespace
+{
+
+// Gives the widget a name, by which tests and style sheets find it.
+template<typename Widget>
+Widget *named(Widget *widget, const char *name)
+{
+    widget->setObjectName(QLatin1String(name));
+    return widget;
+}
+
+QHBoxLayout *labelledRow(const QString &text, QWidget *widget)
+{
+    auto *row = new QHBoxLayout;
+    row->setAlignment(Qt::AlignLeft);
+    row->addWidget(new QLabel(text));
+    row->addWidget(widget);
+    return row;
+}
+
+// A value beyond the spin box's range goes to its nearer end. From 2^63 on a number counts as
+// negative, one that has wrapped, and goes to 0.
+int offsetIn(const QSpinBox *spin, quint64 skip)
+{
+    return int(qBound(qint64(spin->minimum()), qint64(skip), qint64(spin->maximum())));
+}
+
+} // namespace
+
+SettingsDialog::SettingsDialog()
+    : okButton(named(new QPushButton(tr("Ok"), this), "okButton")),
+      cancelButton(named(new QPushButton(tr("Cancel"), this), "cancelButton")),
+      convergenceCombo(named(new QComboBox, "convergenceCombo")),
+      varianceCombo(named(new QComboBox, "varianceCombo")),
+      averageCheck(named(new QCheckBox(tr("Average")), "averageCheck")),
+      medianCheck(named(new QCheckBox(tr("Median")), "medianCheck")),
+      showInfoCheck(named(new QCheckBox(tr("Show info (above right table)")), "showInfoCheck")),
+      offsetSpin(named(new QSpinBox, "offsetSpin"))
+{
+    setWindowTitle(tr("Settings"));
+
+    auto *buttons = new QHBoxLayout;
+    buttons->setAlignment(Qt::AlignRight);
+    buttons->addWidget(okButton);
+    buttons->addWidget(cancelButton);
+
+    auto *outer = new QVBoxLayout(this);
+    outer->addWidget(methodGroup());
+    showInfoGroup()->hide();
+    outer->addWidget(centerGroup());
+    outer->addWidget(offsetGroup());
+    outer->addLayout(buttons);
+    outer->setSizeConstraint(QLayout::SetFixedSize);
+
+    readSettings();
+
+    connect(okButton, SIGNAL(clicked()), this, SLOT(okButtonClicked()));
+    connect(cancelButton, SIGNAL(clicked()), this, SLOT(reject()));
+}
+
+QGroupBox *SettingsDialog::methodGroup()
+{
+    // The position of an item is the index of its method.
+    convergenceCombo->addItems(
+        {tr("Median difference"), tr("Linear least squares"), tr("C*e^(k*x)")});
+    varianceCombo->addItems({tr("Standard deviation"), tr("Difference standard deviation offset"),
+                             tr("Interquartile range")});
+    auto *group = new QGroupBox(tr("Method"), this);
+    auto *rows = new QVBoxLayout(group);
+    rows->addLayout(labelledRow(tr("Convergence"), convergenceCombo));
+    rows->addLayout(labelledRow(tr("Variability"), varianceCombo));
+    return group;
+}
+
+// In no layout and never shown: its check box carries the flag through the dialog and back.
+QGroupBox *SettingsDialog::showInfoGroup()
+{
+    auto *group = new QGroupBox(tr("Show information"), this);
+    auto *row = new QHBoxLayout(group);
+    row->addWidget(showInfoCheck);
+    return group;
+}
+
+QGroupBox *SettingsDialog::centerGroup()
+{
+    auto *choice = new QButtonGroup(this);
+    choice->addButton(medianCheck);
+    choice->addButton(averageCheck);
+    auto *group = new QGroupBox(tr("Center method"), this);
+    auto *row = new QHBoxLayout(group);
+    row->addWidget(averageCheck);
+    row->addWidget(medianCheck);
+    return group;
+}
+
+QGroupBox *SettingsDialog::offsetGroup()
+{
+    offsetSpin->setMinimum(0);
+    auto *group = new QGroupBox(tr("Offset"), this);
+    auto *row = new QHBoxLayout(group);
+    row->addWidget(new QLabel(tr("Offset count")));
+    row->addWidget(offsetSpin);
+    return group;
+}
+
+void SettingsDialog::readSettings()
+{
+    const CConfig &config = CConfig::instance();
+    convergenceCombo->setCurrentIndex(int(config.convergenceMethod()));
+    varianceCombo->setCurrentIndex(int(config.varianceMethod()));
+    QCheckBox *center = config.resultMethod() == 1 ? medianCheck : averageCheck;
+    center->setChecked(true);
+    offsetSpin->setValue(offsetIn(offsetSpin, config.skip()));
+    showInfoCheck->setChecked(config.showInfo() == 1);
+}
+
+void SettingsDialog::okButtonClicked()
+{
+    CConfig::instance().saveConfig(convergenceCombo->currentIndex(), varianceCombo->currentIndex(),
+                                   medianCheck->isChecked(), offsetSpin->value(),
+                                   showInfoCheck->isChecked());
+    // Closing rejects the dialog, so the result comes after it.
+    close();
+    setResult(Accepted);
+}

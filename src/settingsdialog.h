@@ -1,0 +1,38 @@
+#pragma once
+
+#include <QDialog>
+
+class QCheckBox;
+class QComboBox;
+class QGroupBox;
+class QPushButton;
+class QSpinBox;
+
+/// The dialog that edits the settings. It fills itself from the store when it is made, and writes
+/// all settings back when "Ok" is pressed.
+class SettingsDialog : public QDialog
+{
+    Q_OBJECT
+
+public:
+    SettingsDialog();
+
+private Q_SLOTS:
+    void okButtonClicked();
+
+private: // NOLINT(readability-redundant-access-specifiers)
+    QGroupBox *methodGroup();
+    QGroupBox *showInfoGroup();
+    QGroupBox *centerGroup();
+    QGroupBox *offsetGroup();
+    void readSettings();
+
+    QPushButton *okButton;
+    QPushButton *cancelButton;
+    QComboBox *convergenceCombo;
+    QComboBox *varianceCombo;
+    QCheckBox *averageCheck;
+    QCheckBox *medianCheck;
+    QCheckBox *showInfoCheck;
+    QSpinBox *offsetSpin;
+};
