@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QString>
+#include <QVector>
+
+#include "patientrecord.h"
+#include "patientscorerecord.h"
+
+/// Patients with everything that the workbooks are written from.
+struct TestGroup {
+    QVector<PatientRecord> patients;
+    QVector<PatientScoreRecord> scores;
+    PatientScoreRecord averageCenter;
+    PatientScoreRecord medianCenter;
+
+    /// \p count patients with 2 to 20 values each, all marks among them, and their results.
+    static TestGroup ofSize(int count);
+    /// The patients with these values, unmarked and named "A", "B" and so on, and their results.
+    static TestGroup ofValues(const QVector<QVector<double>> &values);
+    /// Patients named the same way, with these results.
+    static TestGroup ofScores(const QVector<QVector<double>> &convergence,
+                              const QVector<QVector<double>> &variability);
+
+    /// Computes the results from the values, with the settings as they are.
+    void analyse();
+    /// Computes the centers from the results.
+    void center();
+};
+
+/// Makes "config.ini" in the working directory say this offset and nothing else.
+void useSkip(const QString &text);
