@@ -1,0 +1,120 @@
+#include "dataworkbook.h"
+
+#include <algorithm>
+#include <array>
+
+#include <xlsxcellrange.h>
+
+#include "cconfig.h"
+#include "workbookcells.h"
+
+namespace
+{
+
+using Patients = QVector<PatientRecord>;
+using Scores = QVector<PatientScoreRecord>;
+
+const QString dataSheet = QStringLiteral("Data");
+const QString resultSheet = QStringLiteral("Method result");
+const QString graphSheet = QStringLiteral("Graph");
+
+// Patients start in this row of "Data" and in this column of "Method result".
+constexpr int firstPatient = 2;
+constexpr int firstValueColumn = 2;
+
+/// One row of "Method result": a label, and where its values come from.
+struct ResultRow {
+    const char *label;
+    QVector<double> PatientScoreRecord::*family;
+    int method;
+    bool clipped;
+};
+
+constexpr size_t resultCount = 6;
+constexpr std::array<ResultRow, resultCount> resultRows = {{
+    {"Median difference", &PatientScoreRecord::convergence, 0, false},
+    {"Linear least squares", &PatientScoreRecord::convergence, 1, false},
+    {"C*e^(k*x)", &PatientScoreRecord::convergence, 2, false},
+    {"Standard deviation", &PatientScoreRecord::variability, 0, false},
+    {"Standard deviation difference offset", &PatientScoreRecord::variability, 1, true},
+    {"Interquartile range", &PatientScoreRecord::variability, 2, false},
+}};
+
+// The offset takes that many characters off the front of its label, rather than standing in it.
+QString labelOf(const ResultRow &row)
+{
+    const auto label = QLatin1String(row.label);
+    const quint64 clipped = row.clipped ? CConfig::instance().skip() : 0;
+    return label.mid(int(std::min(clipped, quint64(label.size()))));
+}
+
+int largestValueCount(const Patients &patients)
+{
+    int count = 0;
+    for (const PatientRecord &patient : patients) {
+        count = std::max(count, patient.values.size());
+    }
+    return count;
+}
+
+void writeData(WorkbookCells &cells, const Patients &patients)
+{
+    cells.addSheet(dataSheet);
+    const int count = largestValueCount(patients);
+    for (int i = 0; i < count; ++i) {
+        cells.writeNumber(1, firstValueColumn + i, i + 1);
+    }
+    for (int k = 0; k < patients.size(); ++k) {
+        const PatientRecord &patient = patients.at(k);
+        cells.writeText(firstPatient + k, 1, patient.id);
+        for (int i = 0; i < patient.values.size(); ++i) {
+            cells.writeNumber(firstPatient + k, firstValueColumn + i, patient.values.at(i));
+        }
+    }
+}
+
+void writeResults(WorkbookCells &cells, const Patients &patients, const Scores &scores)
+{
+    cells.addSheet(resultSheet);
+    for (int k = 0; k < patients.size(); ++k) {
+        cells.writeText(1, firstPatient + k, patients.at(k).id);
+    }
+    int row = 2;
+    for (const ResultRow &result : resultRows) {
+        cells.writeText(row, 1, labelOf(result));
+        for (int k = 0; k < scores.size(); ++k) {
+            cells.writeNumber(row, firstPatient + k,
+                              (scores.at(k).*result.family).at(result.method));
+        }
+        ++row;
+    }
+}
+
+void writeGraph(WorkbookCells &cells, const Patients &patients)
+{
+    cells.addSheet(graphSheet);
+    QXlsx::Chart *chart = cells.insertChart(2, 2, {1400, 500});
+    chart->setChartType(QXlsx::Chart::CT_ScatterChart);
+    // Spreadsheet programs call a workbook with a larger chart damaged.
+    const int count = std::min(patients.size(), WorkbookCells::largestSeriesCount);
+    for (int k = 0; k < count; ++k) {
+        const int row = firstPatient + k;
+        const int lastColumn = firstValueColumn - 1 + patients.at(k).values.size();
+        chart->addSeries(
+            {row, firstValueColumn, row, std::min(lastColumn, WorkbookCells::largestColumn)},
+            cells.sheet(dataSheet));
+    }
+}
+
+} // namespace
+
+bool writeDataWorkbook(const QString &fileName, const QVector<PatientRecord> &patients,
+                       const QVector<PatientScoreRecord> &scores)
+{
+    WorkbookCells cells;
+    writeData(cells, patients);
+    writeResults(cells, patients, scores);
+    writeGraph(cells, patients);
+    cells.save(fileName);
+    return true;
+}
