@@ -8,13 +8,16 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QHeaderView>
+#include <QInputDialog>
 #include <QLabel>
 #include <QMdiArea>
+#include <QMdiSubWindow>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTableView>
+#include <QTabWidget>
 #include <QVBoxLayout>
 
 #include "analysis.h"
@@ -22,7 +25,12 @@
 #include "centers.h"
 #include "cpatientscore.h"
 #include "cpatientsmodel.h"
+#include "graphexport.h"
+#include "graphsubwindow.h"
 #include "patientreader.h"
+#include "resultsubwindow.h"
+#include "settingsdialog.h"
+#include "variability.h"
 
 namespace
 {
@@ -44,6 +52,8 @@ const char *methodName(const MethodNames &names, quint64 method)
     return names.at(std::min<size_t>(method, names.size() - 1));
 }
 
+constexpr QSize tabbedGraphSize(715, 415);
+constexpr QSize groupGraphSize(700, 400);
 constexpr int bottomStripHeight = 200;
 constexpr int rightPanelWidth = 275;
 
@@ -373,24 +383,187 @@ void MainWindow::save() { }
 
 void MainWindow::savePrepareAnova() { }
 
-void MainWindow::selectItems() { }
+void MainWindow::selectItems()
+{
+    if (!patientsModel) {
+        return;
+    }
+    const QModelIndexList rows = patientTable->selectionModel()->selectedRows(0);
+    if (rows.isEmpty()) {
+        showInformation(tr("0 selected"),
+                        tr("Please select rows from table above to display as graph"));
+        return;
+    }
+    bool accepted = false;
+    QString name = QInputDialog::getText(this, tr("Graph name"), tr("Name"), QLineEdit::Normal,
+                                         defaultGraphName(), &accepted);
+    if (!accepted) {
+        return;
+    }
+    if (name.isEmpty()) {
+        name = defaultGraphName();
+    }
+    QVector<PatientRecord> shownPatients;
+    QVector<PatientScoreRecord> shownScores;
+    for (const QModelIndex &row : rows) {
+        shownPatients.append(patientsModel->patients.at(row.row()));
+        shownScores.append(patientsModel->scores.at(row.row()));
+    }
+    auto *subWindow = createSubWindow();
+    subWindow->setWindowTitle(name);
+    auto *tabs = new QTabWidget;
+    tabs->addTab(new GraphSubWindow(name, shownPatients), tr("Glymark value graph"));
+    tabs->addTab(createResultPlot(shownScores), tr("Patient result graph"));
+    mdiArea->addSubWindow(subWindow);
+    subWindow->setMinimumSize(tabbedGraphSize);
+    subWindow->setWidget(tabs);
+    subWindow->show();
+    patientTable->clearSelection();
+}
 
-void MainWindow::resetSelect() { }
+QString MainWindow::defaultGraphName() const
+{
+    return tr("Graph ") + QString::number(mdiArea->subWindowList().size() + 1);
+}
 
-void MainWindow::split() { }
+ResultSubWindow *MainWindow::createResultPlot(const QVector<PatientScoreRecord> &shown) const
+{
+    const CConfig &config = CConfig::instance();
+    const auto variability = int(config.varianceMethod());
+    const auto convergence = int(config.convergenceMethod());
+    const PatientScoreRecord &center = chosenCenter(averageCenter, medianCenter);
+    return new ResultSubWindow(shown, variability, convergence, center.variability.at(variability),
+                               center.convergence.at(convergence));
+}
 
-void MainWindow::customMenuRequested(QPoint /*pos*/) { }
+QMdiSubWindow *MainWindow::createSubWindow()
+{
+    auto *subWindow = new QMdiSubWindow;
+    subWindow->setAttribute(Qt::WA_DeleteOnClose);
+    return subWindow;
+}
 
-void MainWindow::setKvad1() { }
+void MainWindow::resetSelect()
+{
+    if (patientsModel) {
+        patientTable->clearSelection();
+    }
+}
 
-void MainWindow::setKvad2() { }
+void MainWindow::split()
+{
+    if (patients.isEmpty()) {
+        showInformation(tr("No data"), tr("No data to visualize"));
+        return;
+    }
+    auto *subWindow = createSubWindow();
+    // Before the area gets it, which places a sub-window by its size.
+    subWindow->setMinimumSize(groupGraphSize);
+    mdiArea->addSubWindow(subWindow);
+    subWindow->setWidget(createResultPlot(scores));
+    subWindow->show();
+}
 
-void MainWindow::setKvad3() { }
+void MainWindow::customMenuRequested(QPoint pos)
+{
+    struct Entry {
+        const char *text;
+        const char *slot;
+        int kvadrant;
+    };
+    static const std::array<Entry, 5> entries = {{
+        {QT_TR_NOOP("Kvadrant 1 (W/W)"), SLOT(setKvad1()), 1},
+        {QT_TR_NOOP("Kvadrant 2 (B/W)"), SLOT(setKvad2()), 2},
+        {QT_TR_NOOP("Kvadrant 3 (B/B)"), SLOT(setKvad3()), 3},
+        {QT_TR_NOOP("Kvadrant 4 (W/B)"), SLOT(setKvad4()), 4},
+        {QT_TR_NOOP("No ideal"), SLOT(setNoIdeal()), PatientRecord::noIdealKvadrant},
+    }};
 
-void MainWindow::setKvad4() { }
+    const QModelIndex index = patientTable->indexAt(pos);
+    if (!index.isValid()) {
+        return;
+    }
+    contextRow = index.row();
+    auto *menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    menu->addAction(tr("Select ideal kvadrant"));
+    menu->addSeparator();
+    for (const Entry &entry : entries) {
+        if (entry.kvadrant == PatientRecord::noIdealKvadrant) {
+            menu->addSeparator();
+        }
+        QAction *action = menu->addAction(tr(entry.text), this, entry.slot);
+        action->setCheckable(true);
+        action->setChecked(patients.at(contextRow).idealKvadrant == entry.kvadrant);
+    }
+    menu->popup(patientTable->viewport()->mapToGlobal(pos));
+}
 
-void MainWindow::setNoIdeal() { }
+void MainWindow::setIdealKvadrant(int kvadrant)
+{
+    if (contextRow >= 0 && contextRow < patients.size()) {
+        patients[contextRow].idealKvadrant = kvadrant;
+    }
+}
 
-void MainWindow::editConfig() { }
+void MainWindow::setKvad1()
+{
+    setIdealKvadrant(1);
+}
 
-void MainWindow::saveSvg() { }
+void MainWindow::setKvad2()
+{
+    setIdealKvadrant(2);
+}
+
+void MainWindow::setKvad3()
+{
+    setIdealKvadrant(3);
+}
+
+void MainWindow::setKvad4()
+{
+    setIdealKvadrant(4);
+}
+
+void MainWindow::setNoIdeal()
+{
+    setIdealKvadrant(PatientRecord::noIdealKvadrant);
+}
+
+void MainWindow::editConfig()
+{
+    SettingsDialog dialog;
+    if (dialog.exec() != QDialog::Accepted) {
+        return;
+    }
+    showSettings();
+    if (!closeFileAction->isEnabled()) {
+        return;
+    }
+    // Of the six results this one alone depends on a setting.
+    for (int i = 0; i < patients.size(); ++i) {
+        scores[i].variability[DifferenceStandardDeviationOffset] =
+            differenceStandardDeviationOffset(patients.at(i).values);
+    }
+    computeCenters();
+    patientScoreModel->update(scores, medianCenter, averageCenter);
+    patientsModel->update(scores, medianCenter, averageCenter);
+}
+
+void MainWindow::saveSvg()
+{
+    QMdiSubWindow *subWindow = mdiArea->currentSubWindow();
+    auto *tabs = subWindow ? qobject_cast<QTabWidget *>(subWindow->widget()) : nullptr;
+    if (!tabs) {
+        showInformation(tr("Svg export"), tr("No graphs selected for export"));
+        return;
+    }
+    const QString fileName =
+        QFileDialog::getSaveFileName(this, tr("Save SVG"), QString(), tr("SVG files (*.svg)"));
+    if (fileName.isEmpty()) {
+        return;
+    }
+    exportGraphs(*tabs, fileName);
+    showInformation(tr("Graphs export"), tr("Graph successfully exported"));
+}

@@ -15,10 +15,12 @@ class QAction;
 class QBoxLayout;
 class QLabel;
 class QMdiArea;
+class QMdiSubWindow;
 class QMenu;
 class QPushButton;
 class QTableView;
 class QVBoxLayout;
+class ResultSubWindow;
 
 /// The one window: owns the patients of the open workbook and their results, shows them in two
 /// tables and in graph sub-windows, and offers the commands on them.
@@ -72,6 +74,10 @@ private:
                                     const QVector<int> &positions);
     void refuse(const QString &path, const QString &text);
     void computeCenters();
+    QString defaultGraphName() const;
+    ResultSubWindow *createResultPlot(const QVector<PatientScoreRecord> &shown) const;
+    static QMdiSubWindow *createSubWindow();
+    void setIdealKvadrant(int kvadrant);
     void setFileLoaded(bool loaded);
 
     // Row of patientTable under the last right click that hit one.
