@@ -21,10 +21,12 @@
 #include <QVBoxLayout>
 
 #include "analysis.h"
+#include "analysisworkbook.h"
 #include "cconfig.h"
 #include "centers.h"
 #include "cpatientscore.h"
 #include "cpatientsmodel.h"
+#include "dataworkbook.h"
 #include "graphexport.h"
 #include "graphsubwindow.h"
 #include "patientreader.h"
@@ -379,9 +381,30 @@ void MainWindow::closeFile()
     mdiArea->closeAllSubWindows();
 }
 
-void MainWindow::save() { }
+void MainWindow::save()
+{
+    const QString fileName = askWhereToSave(tr("Save file"));
+    if (!fileName.isEmpty()) {
+        writeDataWorkbook(fileName, patients, scores);
+    }
+}
 
-void MainWindow::savePrepareAnova() { }
+void MainWindow::savePrepareAnova()
+{
+    const QString fileName = askWhereToSave(tr("Save analysis"));
+    if (!fileName.isEmpty()) {
+        writeAnalysisWorkbook(fileName, patients, scores, averageCenter, medianCenter);
+    }
+}
+
+QString MainWindow::askWhereToSave(const QString &caption)
+{
+    if (patients.isEmpty()) {
+        showInformation(tr("No data"), tr("No data to save"));
+        return {};
+    }
+    return QFileDialog::getSaveFileName(this, caption, QString(), tr("Xlsx document (*.xlsx)"));
+}
 
 void MainWindow::selectItems()
 {

@@ -74,6 +74,7 @@ private:
                                     const QVector<int> &positions);
     void refuse(const QString &path, const QString &text);
     void computeCenters();
+    QString askWhereToSave(const QString &caption);
     QString defaultGraphName() const;
     ResultSubWindow *createResultPlot(const QVector<PatientScoreRecord> &shown) const;
     static QMdiSubWindow *createSubWindow();
