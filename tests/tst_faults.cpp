@@ -1,0 +1,282 @@
+#include <csignal>
+
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <QComboBox>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSpinBox>
+#include <QTest>
+
+#include "cconfig.h"
+#include "mainwindowtester.h"
+#include "settingsdialog.h"
+#include "testworkbooks.h"
+
+namespace
+{
+
+QString text(const char *latin1)
+{
+    return QString::fromLatin1(latin1);
+}
+
+/// Runs as an ordinary user as long as it lives, where the tests run as root.
+class OrdinaryUser
+{
+public:
+    OrdinaryUser() : failed(geteuid() == 0 && seteuid(nobody) != 0) { }
+    ~OrdinaryUser()
+    {
+        if (getuid() == 0 && seteuid(0) != 0) {
+            qFatal("cannot become root again");
+        }
+    }
+    Q_DISABLE_COPY_MOVE(OrdinaryUser)
+
+    const bool failed;
+
+private:
+    static constexpr uid_t nobody = 65534;
+};
+
+/// No file can grow as long as it lives, as on a full disk.
+class FullDisk
+{
+public:
+    FullDisk() : previousHandler(std::signal(SIGXFSZ, SIG_IGN))
+    {
+        getrlimit(RLIMIT_FSIZE, &previous);
+        const rlimit none = {0, previous.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &none);
+    }
+    ~FullDisk()
+    {
+        setrlimit(RLIMIT_FSIZE, &previous);
+        std::signal(SIGXFSZ, previousHandler);
+    }
+    Q_DISABLE_COPY_MOVE(FullDisk)
+
+private:
+    void (*previousHandler)(int);
+    rlimit previous = {};
+};
+
+void expectOffset(MainWindowTester &tester, int offset)
+{
+    tester.answers.expect<SettingsDialog>([offset](SettingsDialog &dialog) {
+        dialog.findChild<QSpinBox *>()->setValue(offset);
+        dialog.findChild<QPushButton *>(text("okButton"))->click();
+    });
+}
+
+/// The window starts with the message about the settings file, and works with the defaults.
+void startsWithDefaults(MainWindowTester &tester)
+{
+    tester.answers.expectMessage();
+    tester.start();
+    QCOMPARE(tester.answers.unexpected(), QStringList());
+    QCOMPARE(tester.answers.messages().size(), 1);
+    QVERIFY(tester.answers.messages().constFirst().startsWith(text("Wrong Config|")));
+    const QStringList labels = tester.labelTexts();
+    for (const char *value : {"Median difference", "Standard deviation", "Median", "3"}) {
+        QCOMPARE(labels.count(text(value)), 1);
+    }
+    expectOffset(tester, 7);
+    tester.trigger(text("Settings"));
+    QCOMPARE(tester.labelTexts().count(text("7")), 1);
+    QCOMPARE(tester.answers.unexpected(), QStringList());
+}
+
+void savePatients(const MainWindowTester &tester, const char *name, const char *id)
+{
+    TestWorkbooks::save(tester.path(text(name)), {{text(id), 50.0, 60.0, 55.0, 70.0}});
+}
+
+/// Answers the next file dialog with \p name and calls \p then before the dialog's caller goes on.
+void expectFileAnd(MainWindowTester &tester, const QString &name, const std::function<void()> &then)
+{
+    tester.answers.expect<QFileDialog>([path = tester.path(name), then](QFileDialog &dialog) {
+        dialog.findChild<QLineEdit *>(text("fileNameEdit"))->setText(path);
+        QMetaObject::invokeMethod(&dialog, "accept");
+        then();
+    });
+}
+
+} // namespace
+
+class TestFaults : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void settingsFileIsADirectory();
+    void settingsFileIsAPipe();
+    void settingsFileCannotBeRead();
+    void settingsFileOnAFullDisk();
+    void workingDirectoryIsGone();
+    void workbookIsDeletedBeforeItIsRead();
+    void workbookIsReplacedBeforeItIsRead();
+    void pipeOrDeviceAsWorkbook_data();
+    void pipeOrDeviceAsWorkbook();
+    void saveOnAFullDiskKeepsTheOldFile();
+};
+
+void TestFaults::settingsFileIsADirectory()
+{
+    MainWindowTester tester{QByteArray()};
+    QVERIFY(QDir(tester.folder.path()).mkdir(text("config.ini")));
+    startsWithDefaults(tester);
+    QVERIFY(QFileInfo(tester.path(text("config.ini"))).isDir());
+}
+
+void TestFaults::settingsFileIsAPipe()
+{
+    MainWindowTester tester{QByteArray()};
+    QCOMPARE(mkfifo(qPrintable(tester.path(text("config.ini"))), 0600), 0);
+    startsWithDefaults(tester);
+    QVERIFY(QFile::remove(tester.path(text("config.ini"))));
+}
+
+void TestFaults::settingsFileCannotBeRead()
+{
+    MainWindowTester tester("[Variable]\nSkip = 5\n");
+    const QString file = tester.path(text("config.ini"));
+    QVERIFY(QFile::setPermissions(file, QFile::Permissions()));
+    {
+        const OrdinaryUser user;
+        if (user.failed) {
+            QSKIP("root cannot become an ordinary user here");
+        }
+        startsWithDefaults(tester);
+    }
+    QVERIFY(QFile::setPermissions(file, QFile::ReadOwner | QFile::WriteOwner));
+    QCOMPARE(tester.readFile(text("config.ini")), QByteArray("[Variable]\nSkip = 5\n"));
+}
+
+void TestFaults::settingsFileOnAFullDisk()
+{
+    MainWindowTester tester{QByteArray()};
+    const FullDisk disk;
+    startsWithDefaults(tester);
+    QCOMPARE(QFileInfo(tester.path(text("config.ini"))).size(), qint64(0));
+}
+
+void TestFaults::workingDirectoryIsGone()
+{
+    MainWindowTester tester;
+    const QTemporaryDir elsewhere;
+    const QString workbook = elsewhere.filePath(text("one.xlsx"));
+    TestWorkbooks::save(workbook, {{text("a"), 50.0, 60.0, 55.0, 70.0}});
+    tester.start();
+    QVERIFY(tester.folder.remove());
+
+    expectOffset(tester, 0);
+    tester.trigger(text("Settings"));
+    QCOMPARE(tester.labelTexts().count(text("0")), 1);
+    tester.answers.expectFile(workbook);
+    tester.trigger(text("Open File"));
+    QCOMPARE(tester.patientsModel()->patients.size(), 1);
+    tester.answers.expectFile(elsewhere.filePath(text("out.xlsx")));
+    tester.trigger(text("Save file"));
+    QVERIFY(QFile::exists(elsewhere.filePath(text("out.xlsx"))));
+    QCOMPARE(tester.answers.unexpected(), QStringList());
+}
+
+void TestFaults::workbookIsDeletedBeforeItIsRead()
+{
+    MainWindowTester tester;
+    savePatients(tester, "first.xlsx", "first");
+    savePatients(tester, "second.xlsx", "second");
+    tester.start();
+    tester.open(text("first.xlsx"));
+    expectFileAnd(tester, text("second.xlsx"),
+                  [&tester] { QFile::remove(tester.path(text("second.xlsx"))); });
+    tester.answers.expectMessage();
+    tester.trigger(text("Open File"));
+    QCOMPARE(tester.answers.unexpected(), QStringList());
+    QCOMPARE(tester.answers.messages(),
+             QStringList(text("Open file|This file cannot be read. Nothing was opened.\n\n"
+                              "second.xlsx")));
+    QCOMPARE(tester.patientsModel()->patients.constFirst().id, text("first"));
+}
+
+void TestFaults::workbookIsReplacedBeforeItIsRead()
+{
+    MainWindowTester tester;
+    savePatients(tester, "first.xlsx", "first");
+    savePatients(tester, "second.xlsx", "second");
+    savePatients(tester, "third.xlsx", "third");
+    tester.start();
+    tester.open(text("first.xlsx"));
+    expectFileAnd(tester, text("second.xlsx"),
+                  [&tester] { tester.writeFile(text("second.xlsx"), "not a workbook"); });
+    tester.answers.expectMessage();
+    tester.trigger(text("Open File"));
+    QCOMPARE(tester.patientsModel()->patients.constFirst().id, text("first"));
+
+    expectFileAnd(tester, text("second.xlsx"), [&tester] {
+        QFile::remove(tester.path(text("second.xlsx")));
+        QFile::rename(tester.path(text("third.xlsx")), tester.path(text("second.xlsx")));
+    });
+    tester.trigger(text("Open File"));
+    QCOMPARE(tester.patientsModel()->patients.constFirst().id, text("third"));
+    QCOMPARE(tester.answers.unexpected(), QStringList());
+}
+
+void TestFaults::pipeOrDeviceAsWorkbook_data()
+{
+    QTest::addColumn<QString>("target");
+    QTest::newRow("pipe") << QString();
+    QTest::newRow("endless device") << text("/dev/zero");
+    QTest::newRow("empty device") << text("/dev/null");
+}
+
+void TestFaults::pipeOrDeviceAsWorkbook()
+{
+    QFETCH(QString, target);
+    MainWindowTester tester;
+    const QString chosen = tester.path(text("chosen.xlsx"));
+    if (target.isEmpty()) {
+        QCOMPARE(mkfifo(qPrintable(chosen), 0600), 0);
+    } else {
+        QVERIFY(QFile::link(target, chosen));
+    }
+    savePatients(tester, "first.xlsx", "first");
+    tester.start();
+    tester.open(text("first.xlsx"));
+    tester.answers.expectFile(chosen);
+    tester.answers.expectMessage();
+    tester.trigger(text("Open File"));
+    QCOMPARE(tester.answers.messages(),
+             QStringList(text("Open file|This file cannot be read. Nothing was opened.\n\n"
+                              "chosen.xlsx")));
+    QCOMPARE(tester.patientsModel()->patients.constFirst().id, text("first"));
+}
+
+void TestFaults::saveOnAFullDiskKeepsTheOldFile()
+{
+    MainWindowTester tester;
+    savePatients(tester, "first.xlsx", "first");
+    tester.start();
+    tester.open(text("first.xlsx"));
+    const QByteArray old = tester.readFile(text("first.xlsx"));
+    const QStringList files = QDir(tester.folder.path()).entryList(QDir::Files | QDir::Hidden);
+    for (const char *command : {"Save file", "Save data analysis"}) {
+        const FullDisk disk;
+        tester.answers.expectFile(tester.path(text("first.xlsx")));
+        // The dialog asks whether to replace the file.
+        tester.answers.expect<QMessageBox>(
+            [](QMessageBox &box) { box.button(QMessageBox::Yes)->click(); });
+        tester.trigger(text(command));
+    }
+    QCOMPARE(tester.answers.unexpected(), QStringList());
+    QCOMPARE(tester.readFile(text("first.xlsx")), old);
+    QCOMPARE(QDir(tester.folder.path()).entryList(QDir::Files | QDir::Hidden), files);
+    QCOMPARE(tester.patientsModel()->patients.size(), 1);
+}
+
+QTEST_MAIN(TestFaults)
+#include "tst_faults.moc"

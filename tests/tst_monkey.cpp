@@ -1,0 +1,541 @@
+// A user who does anything in any order. GLYMARK_MONKEY_STEPS and GLYMARK_MONKEY_SEED make the walk
+// longer or another one.
+
+#include <algorithm>
+#include <cmath>
+#include <random>
+
+#include <QAbstractButton>
+#include <QComboBox>
+#include <QInputDialog>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QMenu>
+#include <QPushButton>
+#include <QSpinBox>
+#include <QTabWidget>
+#include <QTest>
+
+#include "mainwindowtester.h"
+#include "settingsdialog.h"
+#include "testworkbooks.h"
+
+namespace
+{
+
+QString text(const char *latin1)
+{
+    return QString::fromLatin1(latin1);
+}
+
+struct Settings {
+    int convergence = 0;
+    int variance = 0;
+    bool median = true;
+    int skip = 3;
+};
+
+/// The six methods once more, in another way and with more digits.
+namespace Independent
+{
+
+long double deviation(const std::vector<long double> &values)
+{
+    long double sum = 0;
+    long double squares = 0;
+    for (const long double value : values) {
+        sum += value;
+    }
+    const long double mean = sum / values.size();
+    for (const long double value : values) {
+        squares += (value - mean) * (value - mean);
+    }
+    return std::sqrt(squares / values.size());
+}
+
+double middle(QVector<double> values)
+{
+    std::sort(values.begin(), values.end(),
+              [](double a, double b) { return std::isnan(a) ? false : std::isnan(b) || a < b; });
+    const int n = values.size();
+    return n % 2 ? values[n / 2] : (values[n / 2 - 1] + values[n / 2]) * 0.5;
+}
+
+double medianStep(const QVector<double> &values)
+{
+    QVector<double> steps;
+    for (int i = 1; i < values.size(); ++i) {
+        steps << values[i] - values[i - 1];
+    }
+    return middle(steps);
+}
+
+double slope(const QVector<double> &values)
+{
+    const long double n = values.size();
+    const long double meanX = (n - 1) / 2;
+    long double xy = 0;
+    long double xx = 0;
+    for (int i = 0; i < values.size(); ++i) {
+        xy += (i - meanX) * values[i];
+        xx += (i - meanX) * (i - meanX);
+    }
+    return double(xy / xx);
+}
+
+double growth(const QVector<double> &values)
+{
+    long double s0 = 0;
+    long double s1 = 0;
+    long double s2 = 0;
+    long double s3 = 0;
+    long double s4 = 0;
+    for (int i = 0; i < values.size(); ++i) {
+        const long double y = values[i];
+        const long double l = std::log(y);
+        s0 += y;
+        s1 += i * y;
+        s2 += y * y * i;
+        s3 += y * l;
+        s4 += i * y * l;
+    }
+    return double((s0 * s4 - s1 * s3) / (s0 * s2 - s1 * s1));
+}
+
+double spread(const QVector<double> &values)
+{
+    return double(deviation({values.begin(), values.end()}));
+}
+
+double stepSpread(const QVector<double> &values, int skip)
+{
+    std::vector<long double> steps;
+    for (int i = values.size() > skip ? skip : 0; i + 1 < values.size(); ++i) {
+        steps.push_back((long double)(values[i]) - values[i + 1]);
+    }
+    return steps.empty() ? std::nan("") : double(deviation(steps));
+}
+
+double quartiles(QVector<double> s)
+{
+    std::sort(s.begin(), s.end());
+    const int half = s.size() / 2;
+    const auto at = [&s](int i) { return s[std::min(i, s.size() - 1)]; };
+    if (half % 2) {
+        return at((half - 1) / 2 + half) - at((half - 1) / 2);
+    }
+    return (at(half / 2 + half) + at(half / 2 + half + 1)) / 2
+        - (at(half / 2 - 1) + at(half / 2)) / 2;
+}
+
+QVector<double> scores(const QVector<double> &values, int skip)
+{
+    return {medianStep(values),       slope(values),    growth(values), spread(values),
+            stepSpread(values, skip), quartiles(values)};
+}
+
+} // namespace Independent
+
+double scoreAt(const PatientScoreRecord &score, int row)
+{
+    return row < 3 ? score.convergence.at(row) : score.variability.at(row - 3);
+}
+
+class Monkey
+{
+public:
+    explicit Monkey(unsigned seed) : chance(seed)
+    {
+        writeFiles();
+        tester.start();
+        tester.window->resize(1000, 800);
+    }
+
+    QString step()
+    {
+        struct Action {
+            const char *name;
+            void (Monkey::*act)();
+        };
+        static const std::array<Action, 18> actions = {{
+            {"open", &Monkey::openGood},
+            {"open", &Monkey::openGood},
+            {"open a bad file", &Monkey::openBad},
+            {"cancel open", &Monkey::cancelOpen},
+            {"select", &Monkey::select},
+            {"select", &Monkey::select},
+            {"reset selection", &Monkey::resetSelection},
+            {"show graph", &Monkey::showGraph},
+            {"show graph", &Monkey::showGraph},
+            {"group graph", &Monkey::groupGraph},
+            {"handle a sub-window", &Monkey::handleSubWindow},
+            {"handle a sub-window", &Monkey::handleSubWindow},
+            {"mark", &Monkey::mark},
+            {"mark", &Monkey::mark},
+            {"settings", &Monkey::changeSettings},
+            {"save", &Monkey::save},
+            {"export", &Monkey::exportGraph},
+            {"close file", &Monkey::closeFile},
+        }};
+        const Action &action = actions.at(size_t(below(int(actions.size()))));
+        (this->*action.act)();
+        QCoreApplication::processEvents();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        return text(action.name);
+    }
+
+    /// What is not as it should be, or nothing.
+    QString complaint() const
+    {
+        if (!tester.answers.unexpected().isEmpty()) {
+            return tester.answers.unexpected().join(QLatin1Char(' '));
+        }
+        const bool loaded = !expected.isEmpty();
+        if (loaded != tester.action(text("Close file"))->isEnabled()
+            || loaded != tester.button(text("Show graph"))->isEnabled()
+            || loaded != (tester.patientsModel() != nullptr)) {
+            return text("controls do not follow the file");
+        }
+        return loaded ? listsComplaint() + tablesComplaint() : QString();
+    }
+
+private:
+    int below(int limit) { return int(chance() % unsigned(limit)); }
+    bool maybe(int oneIn) { return below(oneIn) == 0; }
+
+    void writeFiles()
+    {
+        good = {randomGroup(1, 12), randomGroup(5, 8), randomGroup(30, 25), randomGroup(80, 6)};
+        for (int i = 0; i < good.size(); ++i) {
+            saveGroup(text("good%1.xlsx").arg(i), good.at(i));
+        }
+        tester.writeFile(text("garbage.xlsx"), "garbage");
+        QFile whole(tester.path(text("good2.xlsx")));
+        if (whole.open(QFile::ReadOnly)) {
+            tester.writeFile(text("cut.xlsx"), whole.read(whole.size() / 2));
+        }
+        TestWorkbooks::save(tester.path(text("nobody.xlsx")), {});
+        TestWorkbooks::save(tester.path(text("short.xlsx")),
+                            {{text("a"), 50.0, 60.0}, {text("b"), 50.0}});
+    }
+
+    QVector<PatientRecord> randomGroup(int patients, int mostValues)
+    {
+        QVector<PatientRecord> group;
+        for (int i = 0; i < patients; ++i) {
+            PatientRecord patient{text("id %1 <&>").arg(i), {}, -1};
+            const int count = 2 + below(mostValues);
+            const bool level = maybe(6);
+            for (int v = 0; v < count; ++v) {
+                patient.values << (level ? 55.0 : 30 + below(900) / 10.0);
+            }
+            if (maybe(15)) {
+                patient.values[below(count)] *= -1;
+            }
+            group << patient;
+        }
+        return group;
+    }
+
+    void saveGroup(const QString &name, const QVector<PatientRecord> &group) const
+    {
+        QVector<TestWorkbooks::Row> rows;
+        for (const PatientRecord &patient : group) {
+            TestWorkbooks::Row row{patient.id};
+            for (const double value : patient.values) {
+                row << value;
+            }
+            rows << row;
+        }
+        TestWorkbooks::save(tester.path(name), rows);
+    }
+
+    void openGood()
+    {
+        const int which = below(good.size());
+        tester.open(text("good%1.xlsx").arg(which));
+        expected = good.at(which);
+    }
+
+    void openBad()
+    {
+        static const std::array<const char *, 4> names = {"garbage.xlsx", "cut.xlsx", "nobody.xlsx",
+                                                          "short.xlsx"};
+        tester.answers.expectFile(tester.path(text(names.at(size_t(below(4))))));
+        tester.answers.expectMessage();
+        tester.trigger(text("Open File"));
+    }
+
+    void cancelOpen()
+    {
+        tester.answers.expectAndCancel();
+        tester.trigger(text("Open File"));
+    }
+
+    void select()
+    {
+        for (int i = 0; i < 3 && !expected.isEmpty(); ++i) {
+            const QModelIndex index =
+                tester.patientTable()->model()->index(below(expected.size()), below(2));
+            tester.patientTable()->scrollTo(index);
+            QTest::mouseClick(tester.patientTable()->viewport(), Qt::LeftButton,
+                              maybe(2) ? Qt::ControlModifier : Qt::NoModifier,
+                              tester.patientTable()->visualRect(index).center());
+        }
+    }
+
+    void resetSelection()
+    {
+        QTest::mouseClick(tester.button(text("Reset selection")), Qt::LeftButton);
+    }
+
+    void showGraph()
+    {
+        if (expected.isEmpty()) {
+            return;
+        }
+        if (tester.patientTable()->selectionModel()->selectedRows().isEmpty()) {
+            tester.answers.expectMessage();
+        } else if (maybe(4)) {
+            tester.answers.expectAndCancel();
+        } else {
+            static const std::array<const char *, 4> names = {"", " ", "<b>&", "a graph"};
+            const QString name = text(names.at(size_t(below(4))));
+            tester.answers.expect<QInputDialog>([name](QInputDialog &dialog) {
+                dialog.setTextValue(name);
+                dialog.accept();
+            });
+        }
+        QTest::mouseClick(tester.button(text("Show graph")), Qt::LeftButton);
+    }
+
+    void groupGraph()
+    {
+        if (expected.isEmpty()) {
+            tester.answers.expectMessage();
+        }
+        tester.trigger(text("Groups graph"));
+    }
+
+    void handleSubWindow()
+    {
+        auto *area = tester.window->findChild<QMdiArea *>();
+        const QList<QMdiSubWindow *> open = area->subWindowList();
+        if (open.isEmpty()) {
+            return;
+        }
+        QMdiSubWindow *subWindow = open.at(below(open.size()));
+        area->setActiveSubWindow(subWindow);
+        if (open.size() > 8 || maybe(4)) {
+            subWindow->close();
+        } else if (auto *tabs = qobject_cast<QTabWidget *>(subWindow->widget()); tabs && maybe(2)) {
+            tabs->setCurrentIndex(below(2));
+        } else if (maybe(3)) {
+            subWindow->showMinimized();
+        } else if (maybe(3)) {
+            subWindow->showMaximized();
+        } else {
+            subWindow->showNormal();
+            subWindow->resize(300 + below(900), 200 + below(700));
+        }
+        tester.window->grab();
+    }
+
+    void mark()
+    {
+        if (expected.isEmpty()) {
+            return;
+        }
+        const int row = below(expected.size());
+        const QModelIndex index = tester.patientTable()->model()->index(row, below(2));
+        tester.patientTable()->scrollTo(index);
+        Q_EMIT tester.patientTable()->customContextMenuRequested(
+            tester.patientTable()->visualRect(index).center());
+        auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+        if (maybe(4)) {
+            menu->close();
+            return;
+        }
+        // Heading and separator, four kvadrants, separator, none.
+        static const std::array<std::pair<int, int>, 5> entries = {
+            {{2, 1}, {3, 2}, {4, 3}, {5, 4}, {7, -1}}};
+        const auto [place, kvadrant] = entries.at(size_t(below(5)));
+        QTest::mouseClick(menu, Qt::LeftButton, Qt::NoModifier,
+                          menu->actionGeometry(menu->actions().at(place)).center());
+        expected[row].idealKvadrant = kvadrant;
+    }
+
+    void changeSettings()
+    {
+        const Settings wanted{below(3), below(3), maybe(2), below(12)};
+        const bool accepted = !maybe(4);
+        tester.answers.expect<SettingsDialog>([wanted, accepted](SettingsDialog &dialog) {
+            dialog.findChild<QComboBox *>(text("convergenceCombo"))
+                ->setCurrentIndex(wanted.convergence);
+            dialog.findChild<QComboBox *>(text("varianceCombo"))->setCurrentIndex(wanted.variance);
+            dialog
+                .findChild<QAbstractButton *>(text(wanted.median ? "medianCheck" : "averageCheck"))
+                ->click();
+            dialog.findChild<QSpinBox *>(text("offsetSpin"))->setValue(wanted.skip);
+            dialog.findChild<QPushButton *>(text(accepted ? "okButton" : "cancelButton"))->click();
+        });
+        tester.trigger(text("Settings"));
+        if (accepted) {
+            settings = wanted;
+        }
+    }
+
+    void save()
+    {
+        if (expected.isEmpty()) {
+            tester.answers.expectMessage();
+        } else if (maybe(3)) {
+            tester.answers.expectAndCancel();
+        } else {
+            tester.answers.expectFile(
+                tester.path(text(maybe(4) ? "nowhere/out.xlsx" : "out of the monkey")));
+        }
+        tester.trigger(text(maybe(2) ? "Save file" : "Save data analysis"));
+        // The dialog asks before it replaces a file.
+        QFile::remove(tester.path(text("out of the monkey")));
+    }
+
+    void exportGraph()
+    {
+        auto *area = tester.window->findChild<QMdiArea *>();
+        const QMdiSubWindow *current = area->currentSubWindow();
+        if (!current || !qobject_cast<QTabWidget *>(current->widget())) {
+            tester.answers.expectMessage();
+        } else if (maybe(3)) {
+            tester.answers.expectAndCancel();
+        } else {
+            tester.answers.expectFile(tester.path(text("page.svg")));
+            tester.answers.expectMessage();
+        }
+        tester.trigger(text("Export graph"));
+        QFile::remove(tester.path(text("page.svg")));
+    }
+
+    void closeFile()
+    {
+        if (maybe(3)) {
+            tester.trigger(text("Close file"));
+            expected.clear();
+        }
+    }
+
+    QString listsComplaint() const
+    {
+        const auto &patients = tester.patientsModel()->patients;
+        const auto &scores = tester.patientsModel()->scores;
+        if (patients.size() != expected.size() || scores.size() != expected.size()) {
+            return text("lists of another length");
+        }
+        for (int i = 0; i < expected.size(); ++i) {
+            if (patients.at(i).idealKvadrant != expected.at(i).idealKvadrant) {
+                return text("mark of patient %1").arg(i);
+            }
+            if (patients.at(i).id != expected.at(i).id || scores.at(i).id != expected.at(i).id
+                || patients.at(i).values != expected.at(i).values) {
+                return text("values of patient %1").arg(i);
+            }
+            if (scores.at(i).convergence.size() != 3 || scores.at(i).variability.size() != 3) {
+                return text("results of patient %1").arg(i);
+            }
+        }
+        return {};
+    }
+
+    double centerOf(int row) const
+    {
+        QVector<double> column;
+        for (const PatientScoreRecord &score : tester.patientsModel()->scores) {
+            column << scoreAt(score, row);
+        }
+        if (settings.median) {
+            return Independent::middle(column);
+        }
+        double sum = 0;
+        for (const double value : qAsConst(column)) {
+            sum += value;
+        }
+        return sum / column.size();
+    }
+
+    QString tablesComplaint() const
+    {
+        std::array<double, 6> centers = {};
+        for (int row = 0; row < 6; ++row) {
+            centers.at(size_t(row)) = centerOf(row);
+        }
+        const auto center = [&centers](int row) { return centers.at(size_t(row)); };
+        for (int i = 0; i < expected.size(); ++i) {
+            const PatientScoreRecord &score = tester.patientsModel()->scores.at(i);
+            const QVector<double> wanted =
+                Independent::scores(expected.at(i).values, settings.skip);
+            for (int row = 0; row < 6; ++row) {
+                const double value = scoreAt(score, row);
+                const double wantedValue = wanted.at(row);
+                const bool same = std::isnan(value)
+                    ? std::isnan(wantedValue)
+                    : std::abs(value - wantedValue) <= 1e-9 * std::max(1.0, std::abs(wantedValue));
+                const QModelIndex cell = tester.scoreModel()->index(row, i);
+                const QString color = text(value > center(row)       ? "#e79292"
+                                               : center(row) > value ? "#aad083"
+                                                                     : "#647b98");
+                if (!same || cell.data().toString() != QString::number(value)
+                    || cell.data(Qt::BackgroundRole).value<QColor>().name() != color) {
+                    return text("cell %1, %2: %3 for %4")
+                        .arg(row)
+                        .arg(i)
+                        .arg(value, 0, 'g', 17)
+                        .arg(wantedValue, 0, 'g', 17);
+                }
+            }
+            const int v = 3 + settings.variance;
+            const QString mark =
+                text(score.convergence.at(settings.convergence) < center(settings.convergence)
+                         ? "B/"
+                         : "W/")
+                + text(scoreAt(score, v) >= center(v) ? "W" : "B");
+            if (tester.patientsModel()->index(i, 1).data().toString() != mark) {
+                return text("mark in the table for patient %1").arg(i);
+            }
+        }
+        return {};
+    }
+
+    MainWindowTester tester;
+    std::mt19937 chance;
+    QVector<QVector<PatientRecord>> good;
+    QVector<PatientRecord> expected;
+    Settings settings;
+};
+
+} // namespace
+
+class TestMonkey : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void everythingHoldsAfterEachStep();
+};
+
+void TestMonkey::everythingHoldsAfterEachStep()
+{
+    const int steps = qEnvironmentVariableIsSet("GLYMARK_MONKEY_STEPS")
+        ? qEnvironmentVariableIntValue("GLYMARK_MONKEY_STEPS")
+        : 300;
+    const auto seed = unsigned(qEnvironmentVariableIntValue("GLYMARK_MONKEY_SEED"));
+    Monkey monkey(seed);
+    for (int i = 0; i < steps; ++i) {
+        const QString action = monkey.step();
+        const QString complaint = monkey.complaint();
+        QVERIFY2(complaint.isEmpty(),
+                 qPrintable(text("step %1, %2: %3").arg(i).arg(action, complaint)));
+    }
+}
+
+QTEST_MAIN(TestMonkey)
+#include "tst_monkey.moc"
