@@ -1,0 +1,491 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="cs_CZ" sourcelanguage="en">
+<context>
+    <name>CPatientScore</name>
+    <message>
+        <source>Median difference (x)</source>
+        <translation>Medián rozdílů (x)</translation>
+    </message>
+    <message>
+        <source>Linear least squares (x)</source>
+        <translation>Lineární regrese (x)</translation>
+    </message>
+    <message>
+        <source>C*e^(k*x) (x)</source>
+        <translation>C*e^(k*x) (x)</translation>
+    </message>
+    <message>
+        <source>Standard deviation (y)</source>
+        <translation>Směrodatná odchylka (y)</translation>
+    </message>
+    <message>
+        <source>Difference standard deviation offset (y)</source>
+        <translation>Směrodatná odchylka rozdílů s posunem (y)</translation>
+    </message>
+    <message>
+        <source>Interquartile range (y)</source>
+        <translation>Mezikvartilové rozpětí (y)</translation>
+    </message>
+</context>
+<context>
+    <name>CPatientsModel</name>
+    <message>
+        <source>B/</source>
+        <translation>L/</translation>
+    </message>
+    <message>
+        <source>W/</source>
+        <translation>H/</translation>
+    </message>
+    <message>
+        <source>W</source>
+        <translation>H</translation>
+    </message>
+    <message>
+        <source>B</source>
+        <translation>L</translation>
+    </message>
+    <message>
+        <source>Id patient</source>
+        <translation>ID pacienta</translation>
+    </message>
+    <message>
+        <source>Method results</source>
+        <translation>Výsledky metod</translation>
+    </message>
+</context>
+<context>
+    <name>MainWindow</name>
+    <message>
+        <source>Median difference</source>
+        <translation>Medián rozdílů</translation>
+    </message>
+    <message>
+        <source>Linear least squares</source>
+        <translation>Lineární regrese</translation>
+    </message>
+    <message>
+        <source>C*e^(k*x)</source>
+        <translation>C*e^(k*x)</translation>
+    </message>
+    <message>
+        <source>Standard deviation</source>
+        <translation>Směrodatná odchylka</translation>
+    </message>
+    <message>
+        <source>Difference standard deviation offset</source>
+        <translation>SD rozdílů s posunem</translation>
+    </message>
+    <message>
+        <source>Interquartile range</source>
+        <translation>Mezikvartilové rozpětí</translation>
+    </message>
+    <message>
+        <source>Glymark</source>
+        <translation>Glymark</translation>
+    </message>
+    <message>
+        <source>Wrong Config</source>
+        <translation>Chybné nastavení</translation>
+    </message>
+    <message>
+        <source>Config file doesn&apos;t exist or has invalid format. Default config will be created</source>
+        <translation>Soubor s nastavením neexistuje nebo má neplatný formát. Vytvoří se výchozí nastavení</translation>
+    </message>
+    <message>
+        <source>Open File</source>
+        <translation>Otevřít soubor</translation>
+    </message>
+    <message>
+        <source>Open xlsx file with data</source>
+        <translation>Otevřít soubor xlsx s daty</translation>
+    </message>
+    <message>
+        <source>Save file</source>
+        <translation>Uložit soubor</translation>
+    </message>
+    <message>
+        <source>Exit</source>
+        <translation>Ukončit</translation>
+    </message>
+    <message>
+        <source>Export graph</source>
+        <translation>Exportovat graf</translation>
+    </message>
+    <message>
+        <source>Export currently selected graph to svg</source>
+        <translation>Exportovat právě vybraný graf do svg</translation>
+    </message>
+    <message>
+        <source>Settings</source>
+        <translation>Nastavení</translation>
+    </message>
+    <message>
+        <source>Save data analysis</source>
+        <translation>Uložit analýzu dat</translation>
+    </message>
+    <message>
+        <source>Groups graph</source>
+        <translation>Graf skupin</translation>
+    </message>
+    <message>
+        <source>Close file</source>
+        <translation>Zavřít soubor</translation>
+    </message>
+    <message>
+        <source>File</source>
+        <translation>Soubor</translation>
+    </message>
+    <message>
+        <source>Legend</source>
+        <translation>Legenda</translation>
+    </message>
+    <message>
+        <source>Better value color: Green</source>
+        <translation>Barva lepší hodnoty: zelená</translation>
+    </message>
+    <message>
+        <source>Worse value color: Red</source>
+        <translation>Barva horší hodnoty: červená</translation>
+    </message>
+    <message>
+        <source>Center value color: Blue</source>
+        <translation>Barva hodnoty rovné středu: modrá</translation>
+    </message>
+    <message>
+        <source>Additional info: In brackets is on which axis that specific method will be displayed.</source>
+        <translation>Poznámka: v závorce je osa, na které se daná metoda zobrazí.</translation>
+    </message>
+    <message>
+        <source>Information</source>
+        <translation>Informace</translation>
+    </message>
+    <message>
+        <source>Method Results: Convergence/Variability</source>
+        <translation>Výsledky: konvergence/variabilita</translation>
+    </message>
+    <message>
+        <source>Convergence: B - Better, W - Worse</source>
+        <translation>Konvergence: L – lepší, H – horší</translation>
+    </message>
+    <message>
+        <source>Variability: B - Better, W - Worse </source>
+        <translation>Variabilita: L – lepší, H – horší </translation>
+    </message>
+    <message>
+        <source>Convergence:</source>
+        <translation>Konvergence:</translation>
+    </message>
+    <message>
+        <source>Variability:</source>
+        <translation>Variabilita:</translation>
+    </message>
+    <message>
+        <source>Center method:</source>
+        <translation>Výpočet středu:</translation>
+    </message>
+    <message>
+        <source>Offset:</source>
+        <translation>Posun:</translation>
+    </message>
+    <message>
+        <source>Show graph</source>
+        <translation>Zobrazit graf</translation>
+    </message>
+    <message>
+        <source>Reset selection</source>
+        <translation>Zrušit výběr</translation>
+    </message>
+    <message>
+        <source>Median</source>
+        <translation>Medián</translation>
+    </message>
+    <message>
+        <source>Average</source>
+        <translation>Průměr</translation>
+    </message>
+    <message>
+        <source>Open file</source>
+        <translation>Otevřít soubor</translation>
+    </message>
+    <message>
+        <source>Xlsx document (*.xlsx)</source>
+        <translation>Dokument xlsx (*.xlsx)</translation>
+    </message>
+    <message>
+        <source>This workbook has no patients: column 1 of row 2 is empty. Nothing was opened.</source>
+        <translation>Sešit neobsahuje žádné pacienty: buňka v 1. sloupci 2. řádku je prázdná. Nic nebylo otevřeno.</translation>
+    </message>
+    <message>
+        <source>Every patient needs at least two values. Nothing was opened. These rows have fewer:</source>
+        <translation>Každý pacient musí mít alespoň dvě hodnoty. Nic nebylo otevřeno. Méně hodnot mají tyto řádky:</translation>
+    </message>
+    <message>
+        <source>Row %1: %2</source>
+        <translation>Řádek %1: %2</translation>
+    </message>
+    <message>
+        <source>and %1 more</source>
+        <translation>počet dalších: %1</translation>
+    </message>
+    <message>
+        <source>0 selected</source>
+        <translation>Vybráno: 0</translation>
+    </message>
+    <message>
+        <source>Please select rows from table above to display as graph</source>
+        <translation>Vyberte v tabulce výše řádky, které se mají zobrazit v grafu</translation>
+    </message>
+    <message>
+        <source>Graph name</source>
+        <translation>Název grafu</translation>
+    </message>
+    <message>
+        <source>Name</source>
+        <translation>Název</translation>
+    </message>
+    <message>
+        <source>Glymark value graph</source>
+        <translation>Graf hodnot Glymark</translation>
+    </message>
+    <message>
+        <source>Patient result graph</source>
+        <translation>Graf výsledků pacientů</translation>
+    </message>
+    <message>
+        <source>Graph </source>
+        <translation>Graf </translation>
+    </message>
+    <message>
+        <source>No data</source>
+        <translation>Žádná data</translation>
+    </message>
+    <message>
+        <source>No data to visualize</source>
+        <translation>Nejsou žádná data k zobrazení</translation>
+    </message>
+    <message>
+        <source>Kvadrant 1 (W/W)</source>
+        <translation>Kvadrant 1 (H/H)</translation>
+    </message>
+    <message>
+        <source>Kvadrant 2 (B/W)</source>
+        <translation>Kvadrant 2 (L/H)</translation>
+    </message>
+    <message>
+        <source>Kvadrant 3 (B/B)</source>
+        <translation>Kvadrant 3 (L/L)</translation>
+    </message>
+    <message>
+        <source>Kvadrant 4 (W/B)</source>
+        <translation>Kvadrant 4 (H/L)</translation>
+    </message>
+    <message>
+        <source>No ideal</source>
+        <translation>Bez ideálního kvadrantu</translation>
+    </message>
+    <message>
+        <source>Select ideal kvadrant</source>
+        <translation>Vyberte ideální kvadrant</translation>
+    </message>
+    <message>
+        <source>Svg export</source>
+        <translation>Export do svg</translation>
+    </message>
+    <message>
+        <source>No graphs selected for export</source>
+        <translation>Není vybrán žádný graf k exportu</translation>
+    </message>
+    <message>
+        <source>Save SVG</source>
+        <translation>Uložit SVG</translation>
+    </message>
+    <message>
+        <source>SVG files (*.svg)</source>
+        <translation>Soubory SVG (*.svg)</translation>
+    </message>
+    <message>
+        <source>Graphs export</source>
+        <translation>Export grafů</translation>
+    </message>
+    <message>
+        <source>Graph successfully exported</source>
+        <translation>Graf byl úspěšně exportován</translation>
+    </message>
+    <message>
+        <source>No data to save</source>
+        <translation>Nejsou žádná data k uložení</translation>
+    </message>
+    <message>
+        <source>Save analysis</source>
+        <translation>Uložit analýzu</translation>
+    </message>
+    <message>
+        <source>This file cannot be read. Nothing was opened.</source>
+        <translation>Tento soubor nelze přečíst. Nic nebylo otevřeno.</translation>
+    </message>
+    <message>
+        <source>This file is not a workbook. Nothing was opened.</source>
+        <translation>Tento soubor není sešit. Nic nebylo otevřeno.</translation>
+    </message>
+    <message>
+        <source>This is a workbook of the old kind (.xls). Save it as .xlsx with a spreadsheet program and open that file. Nothing was opened.</source>
+        <translation>Toto je sešit starého typu (.xls). Uložte jej v tabulkovém programu jako .xlsx a otevřete tento nový soubor. Nic nebylo otevřeno.</translation>
+    </message>
+    <message>
+        <source>This workbook is protected by a password. Save it without one and open that file. Nothing was opened.</source>
+        <translation>Tento sešit je chráněn heslem. Uložte jej bez hesla a otevřete tento nový soubor. Nic nebylo otevřeno.</translation>
+    </message>
+    <message>
+        <source>This workbook is damaged. Nothing was opened.</source>
+        <translation>Tento sešit je poškozený. Nic nebylo otevřeno.</translation>
+    </message>
+    <message>
+        <source>This workbook has no worksheet. Nothing was opened.</source>
+        <translation>Tento sešit neobsahuje žádný list s daty. Nic nebylo otevřeno.</translation>
+    </message>
+    <message>
+        <source>This workbook is too large. Nothing was opened.</source>
+        <translation>Tento sešit je příliš velký. Nic nebylo otevřeno.</translation>
+    </message>
+</context>
+<context>
+    <name>ResultSubWindow</name>
+    <message>
+        <source>Median difference</source>
+        <translation>Medián rozdílů</translation>
+    </message>
+    <message>
+        <source>Linear least squares fitting</source>
+        <translation>Lineární regrese metodou nejmenších čtverců</translation>
+    </message>
+    <message>
+        <source>C*e^(k*x)</source>
+        <translation>C*e^(k*x)</translation>
+    </message>
+    <message>
+        <source>Standard deviation</source>
+        <translation>Směrodatná odchylka</translation>
+    </message>
+    <message>
+        <source>Difference standard deviation offset</source>
+        <translation>Směrodatná odchylka rozdílů s posunem</translation>
+    </message>
+    <message>
+        <source>Interquartile range</source>
+        <translation>Mezikvartilové rozpětí</translation>
+    </message>
+    <message>
+        <source>B/W</source>
+        <translation>L/H</translation>
+    </message>
+    <message>
+        <source>W/W</source>
+        <translation>H/H</translation>
+    </message>
+    <message>
+        <source>B/B</source>
+        <translation>L/L</translation>
+    </message>
+    <message>
+        <source>W/B</source>
+        <translation>H/L</translation>
+    </message>
+    <message>
+        <source>Convergence</source>
+        <translation>Konvergence</translation>
+    </message>
+    <message>
+        <source>Variability</source>
+        <translation>Variabilita</translation>
+    </message>
+    <message>
+        <source>Convergence: </source>
+        <translation>Konvergence: </translation>
+    </message>
+    <message>
+        <source>Variability: </source>
+        <translation>Variabilita: </translation>
+    </message>
+</context>
+<context>
+    <name>SettingsDialog</name>
+    <message>
+        <source>Ok</source>
+        <translation>OK</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Zrušit</translation>
+    </message>
+    <message>
+        <source>Average</source>
+        <translation>Průměr</translation>
+    </message>
+    <message>
+        <source>Median</source>
+        <translation>Medián</translation>
+    </message>
+    <message>
+        <source>Show info (above right table)</source>
+        <translation>Zobrazit informace (nad pravou tabulkou)</translation>
+    </message>
+    <message>
+        <source>Settings</source>
+        <translation>Nastavení</translation>
+    </message>
+    <message>
+        <source>Median difference</source>
+        <translation>Medián rozdílů</translation>
+    </message>
+    <message>
+        <source>Linear least squares</source>
+        <translation>Lineární regrese</translation>
+    </message>
+    <message>
+        <source>C*e^(k*x)</source>
+        <translation>C*e^(k*x)</translation>
+    </message>
+    <message>
+        <source>Standard deviation</source>
+        <translation>Směrodatná odchylka</translation>
+    </message>
+    <message>
+        <source>Difference standard deviation offset</source>
+        <translation>Směrodatná odchylka rozdílů s posunem</translation>
+    </message>
+    <message>
+        <source>Interquartile range</source>
+        <translation>Mezikvartilové rozpětí</translation>
+    </message>
+    <message>
+        <source>Method</source>
+        <translation>Metoda</translation>
+    </message>
+    <message>
+        <source>Convergence</source>
+        <translation>Konvergence</translation>
+    </message>
+    <message>
+        <source>Variability</source>
+        <translation>Variabilita</translation>
+    </message>
+    <message>
+        <source>Show information</source>
+        <translation>Zobrazení informací</translation>
+    </message>
+    <message>
+        <source>Center method</source>
+        <translation>Výpočet středu</translation>
+    </message>
+    <message>
+        <source>Offset</source>
+        <translation>Posun</translation>
+    </message>
+    <message>
+        <source>Offset count</source>
+        <translation>Počet vynechaných hodnot</translation>
+    </message>
+</context>
+</TS>
