@@ -1,0 +1,287 @@
+// Drives the real window through its whole work on the sample, with real dialogs, and leaves the
+// pictures of the documents, an exported page and both workbooks behind.
+
+#include <cstdio>
+
+#include <QApplication>
+#include <QFile>
+#include <QHeaderView>
+#include <QInputDialog>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPainter>
+#include <QPushButton>
+#include <QSpinBox>
+#include <QStyleFactory>
+#include <QSvgRenderer>
+#include <QTableWidget>
+#include <QTabWidget>
+#include <QTranslator>
+#include <xlsxdocument.h>
+
+#include "mainwindowtester.h"
+#include "settingsdialog.h"
+
+namespace
+{
+
+constexpr QSize windowSize(1240, 960);
+constexpr QSize graphSize(760, 430);
+
+class Tour
+{
+public:
+    Tour(const QString &samplesFolder, const QString &outputFolder)
+        : samples(samplesFolder), output(outputFolder), tester(QByteArray())
+    {
+        copySample(largeSample);
+        copySample(smallSample);
+    }
+
+    /// What did not go as it should; empty after a good tour.
+    QStringList run()
+    {
+        start();
+        picture(sheetPicture(tester.path(smallSample), QString(), 7, 9), "workbook.png");
+        refuseAFile();
+        tester.open(largeSample);
+        markPatients();
+        changeSettings();
+        groupGraph();
+        graphOfSomePatients();
+        exportPage();
+        saveWorkbooks();
+        return problems + tester.answers.unexpected();
+    }
+
+    /// One picture of the window, for a translated tour.
+    QStringList runForOnePicture(const char *name)
+    {
+        start();
+        tester.answers.expectFile(tester.path(largeSample));
+        menuEntry(0)->trigger();
+        menuEntry(4)->trigger();
+        arrangeLast();
+        picture(tester.window->grab(), name);
+        return problems + tester.answers.unexpected();
+    }
+
+private:
+    void copySample(const QString &name) const
+    {
+        QFile::copy(samples.filePath(name), tester.path(name));
+    }
+
+    void picture(const QPixmap &pixmap, const char *name)
+    {
+        if (!pixmap.save(output.filePath(QLatin1String(name)))) {
+            problems << QStringLiteral("cannot write %1").arg(QLatin1String(name));
+        }
+    }
+
+    /// The first start, without settings: one message.
+    void start()
+    {
+        tester.answers.expectMessage();
+        tester.start();
+        tester.window->resize(windowSize);
+        QCoreApplication::processEvents();
+    }
+
+    void refuseAFile()
+    {
+        tester.writeFile(QStringLiteral("notes.xlsx"), "These are notes, not a workbook.");
+        tester.answers.expectFile(tester.path(QStringLiteral("notes.xlsx")));
+        tester.answers.expect<QMessageBox>([this](QMessageBox &box) {
+            picture(box.grab(), "refused.png");
+            box.accept();
+        });
+        tester.action(QStringLiteral("Open File"))->trigger();
+    }
+
+    void markPatients()
+    {
+        QTableView *table = tester.patientTable();
+        for (const int row : {0, 1, 2}) {
+            const QPoint pos = table->visualRect(table->model()->index(row, 1)).center();
+            Q_EMIT table->customContextMenuRequested(pos);
+            auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+            if (!menu) {
+                problems << QStringLiteral("no menu of ideal kvadrants");
+                return;
+            }
+            // Below the heading and its separator stands kvadrant 1.
+            QAction *better = menu->actions().at(4);
+            menu->setActiveAction(better);
+            picture(menu->grab(), "ideal-menu.png");
+            better->trigger();
+            menu->close();
+        }
+    }
+
+    void changeSettings()
+    {
+        tester.answers.expect<SettingsDialog>([this](SettingsDialog &dialog) {
+            picture(dialog.grab(), "settings.png");
+            dialog.findChild<QSpinBox *>()->setValue(2);
+            dialog.findChild<QPushButton *>(QStringLiteral("okButton"))->click();
+        });
+        tester.action(QStringLiteral("Settings"))->trigger();
+    }
+
+    /// An entry by its place, which is the same in every language.
+    QAction *menuEntry(int place) const
+    {
+        return tester.window->menuBar()->actions().constFirst()->menu()->actions().at(place);
+    }
+
+    QMdiSubWindow *arrangeLast()
+    {
+        QMdiSubWindow *subWindow =
+            tester.window->findChild<QMdiArea *>()->subWindowList().constLast();
+        subWindow->setGeometry(QRect(QPoint(20, 10), graphSize));
+        QCoreApplication::processEvents();
+        return subWindow;
+    }
+
+    void groupGraph()
+    {
+        tester.action(QStringLiteral("Groups graph"))->trigger();
+        const QMdiSubWindow *subWindow = arrangeLast();
+        picture(tester.window->grab(), "window.png");
+        picture(subWindow->widget()->grab(), "group-graph.png");
+    }
+
+    void graphOfSomePatients()
+    {
+        for (const int row : {0, 5, 12, 19, 24}) {
+            tester.patientTable()->selectionModel()->select(
+                tester.patientTable()->model()->index(row, 0),
+                QItemSelectionModel::Select | QItemSelectionModel::Rows);
+        }
+        tester.answers.expect<QInputDialog>([](QInputDialog &dialog) {
+            dialog.setTextValue(QStringLiteral("Five patients"));
+            dialog.accept();
+        });
+        tester.button(QStringLiteral("Show graph"))->click();
+        auto *tabs = qobject_cast<QTabWidget *>(arrangeLast()->widget());
+        if (!tabs) {
+            problems << QStringLiteral("no graph of the selected patients");
+            return;
+        }
+        picture(tabs->grab(), "patient-graph.png");
+        tabs->setCurrentIndex(1);
+        picture(tabs->grab(), "result-graph.png");
+    }
+
+    void exportPage()
+    {
+        const QString page = output.filePath(QStringLiteral("glymark-page.svg"));
+        QFile::remove(page);
+        tester.answers.expectFile(page);
+        tester.answers.expectMessage();
+        tester.action(QStringLiteral("Export graph"))->trigger();
+        QSvgRenderer renderer(page);
+        if (!renderer.isValid()) {
+            problems << QStringLiteral("the exported page cannot be drawn");
+            return;
+        }
+        QPixmap paper(renderer.viewBox().size());
+        paper.fill(Qt::white);
+        QPainter painter(&paper);
+        renderer.render(&painter);
+        painter.end();
+        picture(paper, "export.png");
+    }
+
+    void saveWorkbooks()
+    {
+        saveWorkbook("Save file", "glymark-data.xlsx", "Method result", "data-workbook.png");
+        saveWorkbook("Save data analysis", "glymark-analysis.xlsx", "Median",
+                     "analysis-workbook.png");
+    }
+
+    void saveWorkbook(const char *action, const char *name, const char *sheet, const char *shown)
+    {
+        const QString path = output.filePath(QLatin1String(name));
+        QFile::remove(path);
+        tester.answers.expectFile(path);
+        tester.action(QLatin1String(action))->trigger();
+        picture(sheetPicture(path, QLatin1String(sheet), 9, 7), shown);
+    }
+
+    /// The top left corner of a sheet as a spreadsheet shows it; a null name takes the first sheet.
+    QPixmap sheetPicture(const QString &path, const QString &sheet, int rows, int columns)
+    {
+        QXlsx::Document document(path);
+        if (!document.isLoadPackage() || (!sheet.isNull() && !document.selectSheet(sheet))) {
+            problems << QStringLiteral("cannot read back %1").arg(path);
+            return {};
+        }
+        QTableWidget table(rows, columns);
+        QStringList letters;
+        for (int column = 0; column < columns; ++column) {
+            letters << QString(QChar('A' + column));
+            for (int row = 0; row < rows; ++row) {
+                table.setItem(
+                    row, column,
+                    new QTableWidgetItem(document.read(row + 1, column + 1).toString().left(60)));
+            }
+        }
+        table.setHorizontalHeaderLabels(letters);
+        table.resizeColumnsToContents();
+        table.setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+        table.setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+        table.setAttribute(Qt::WA_DontShowOnScreen);
+        table.show();
+        const int frame = 2 * table.frameWidth();
+        table.resize(table.horizontalHeader()->length() + table.verticalHeader()->width() + frame,
+                     table.verticalHeader()->length() + table.horizontalHeader()->height() + frame);
+        return table.grab();
+    }
+
+    const QString largeSample = QStringLiteral("glymark-sample.xlsx");
+    const QString smallSample = QStringLiteral("glymark-small.xlsx");
+    QDir samples;
+    QDir output;
+    MainWindowTester tester;
+    QStringList problems;
+};
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QApplication application(argc, argv);
+    const QStringList arguments = QCoreApplication::arguments();
+    if (arguments.size() < 3 || arguments.size() > 4) {
+        std::fputs("usage: glymark_tour SAMPLES OUTPUT [TRANSLATION]\n", stderr);
+        return 2;
+    }
+    // The pictures are the same on every desktop.
+    QApplication::setStyle(QStyleFactory::create(QStringLiteral("fusion")));
+    QApplication::setFont(QFont(QStringLiteral("DejaVu Sans"), 9));
+    const QDir output(QFileInfo(arguments.at(2)).absoluteFilePath());
+    if (!QDir().mkpath(output.path())) {
+        std::fprintf(stderr, "tour: cannot make %s\n", qPrintable(output.path()));
+        return 1;
+    }
+
+    QTranslator translator;
+    const bool translated = arguments.size() == 4;
+    if (translated && !translator.load(arguments.at(3))) {
+        std::fprintf(stderr, "tour: cannot read %s\n", qPrintable(arguments.at(3)));
+        return 1;
+    }
+    QCoreApplication::installTranslator(&translator);
+
+    Tour tour(QFileInfo(arguments.at(1)).absoluteFilePath(), output.path());
+    const QStringList problems =
+        translated ? tour.runForOnePicture("window-czech.png") : tour.run();
+    for (const QString &problem : problems) {
+        std::fprintf(stderr, "tour: %s\n", qPrintable(problem));
+    }
+    return problems.isEmpty() ? 0 : 1;
+}
