@@ -1,0 +1,275 @@
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace
+{
+
+QString text(const char *latin1)
+{
+    return QString::fromLatin1(latin1);
+}
+
+void writeFile(const QString &path, const QByteArray &content, bool executable = false)
+{
+    QFile file(path);
+    if (!QDir().mkpath(QFileInfo(path).path()) || !file.open(QFile::WriteOnly)
+        || file.write(content) != content.size()) {
+        qFatal("cannot write %s", qPrintable(path));
+    }
+    if (executable) {
+        file.setPermissions(file.permissions() | QFile::ExeOwner);
+    }
+}
+
+/// An installation whose program only tells where and how it was started, and a user with a home.
+class Installation
+{
+public:
+    Installation()
+    {
+        copyLauncher(text("bin/glymark"));
+        writeFile(path(text("libexec/glymark/glymark")),
+                  "#!/bin/sh\npwd\nfor argument; do printf '%s\\n' \"$argument\"; done\n", true);
+        writeFile(catalogue(), "Czech texts");
+        environment.insert(text("PATH"), text("/usr/bin:/bin"));
+        environment.insert(text("HOME"), path(text("my home")));
+    }
+
+    QString path(const QString &name) const
+    {
+        return QDir(m_folder.path()).canonicalPath() + text("/a prefix/") + name;
+    }
+    QString catalogue() const { return path(text("share/glymark/translations/czech_cs.qm")); }
+    QString userFolder() const { return path(text("my home/.local/share/glymark")); }
+    QString link() const { return userFolder() + text("/czech_cs.qm"); }
+    void copyLauncher(const QString &name) const
+    {
+        QFile launcher(QStringLiteral(LAUNCHER));
+        if (!launcher.open(QFile::ReadOnly)) {
+            qFatal("there is no launcher");
+        }
+        writeFile(path(name), launcher.readAll(), true);
+    }
+
+    /// Lines that the program printed; the launcher's exit code and errors stay here.
+    QStringList start(const char *locale = "C.UTF-8", const QStringList &arguments = QStringList())
+    {
+        environment.insert(text("LANG"), text(locale));
+        QProcess launcher;
+        launcher.setProcessEnvironment(environment);
+        launcher.setWorkingDirectory(m_folder.path());
+        launcher.start(path(program), arguments);
+        if (!launcher.waitForFinished()) {
+            qFatal("the launcher does not end");
+        }
+        exitCode = launcher.exitCode();
+        errors = QString::fromLocal8Bit(launcher.readAllStandardError());
+        return QString::fromLocal8Bit(launcher.readAllStandardOutput())
+            .split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    }
+
+    QProcessEnvironment environment;
+    QString program = QStringLiteral("bin/glymark");
+    int exitCode = -1;
+    QString errors;
+
+private:
+    QTemporaryDir m_folder;
+};
+
+QByteArray contentOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+} // namespace
+
+/// The script that starts the installed program.
+class TestLauncher : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void firstStartMakesTheFolder();
+    void laterStartKeepsWhatIsInTheFolder();
+    void dataHomeIsFollowed();
+    void relativeDataHomeIsIgnored();
+    void argumentsArePassedOn();
+    void startsThroughALink();
+    void localeDecidesOnTheLink_data();
+    void localeDecidesOnTheLink();
+    void ownLinkGoesUnderAnotherLocale();
+    void linkOfAGoneInstallationIsReplaced();
+    void filesOfTheUserStay_data();
+    void filesOfTheUserStay();
+    void withoutTheCatalogueTheProgramStarts();
+    void folderThatCannotBeMadeIsReported();
+};
+
+void TestLauncher::firstStartMakesTheFolder()
+{
+    Installation installation;
+    QCOMPARE(installation.start(), QStringList(installation.userFolder()));
+    QCOMPARE(installation.errors, QString());
+    QCOMPARE(installation.exitCode, 0);
+    const QFile::Permissions others = QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup
+        | QFile::ReadOther | QFile::WriteOther | QFile::ExeOther;
+    QCOMPARE(QFileInfo(installation.userFolder()).permissions() & others, QFile::Permissions());
+}
+
+void TestLauncher::laterStartKeepsWhatIsInTheFolder()
+{
+    Installation installation;
+    writeFile(installation.userFolder() + text("/config.ini"), "[Variable]\nSkip = 7\n");
+    QCOMPARE(installation.start(), QStringList(installation.userFolder()));
+    QCOMPARE(contentOf(installation.userFolder() + text("/config.ini")),
+             QByteArray("[Variable]\nSkip = 7\n"));
+}
+
+void TestLauncher::dataHomeIsFollowed()
+{
+    Installation installation;
+    const QString data = installation.path(text("data of mine"));
+    installation.environment.insert(text("XDG_DATA_HOME"), data);
+    QCOMPARE(installation.start("cs_CZ.UTF-8"), QStringList(data + text("/glymark")));
+    QCOMPARE(QFile::symLinkTarget(data + text("/glymark/czech_cs.qm")), installation.catalogue());
+    QVERIFY(!QFile::exists(installation.path(text("my home"))));
+}
+
+void TestLauncher::relativeDataHomeIsIgnored()
+{
+    Installation installation;
+    installation.environment.insert(text("XDG_DATA_HOME"), text("data"));
+    QCOMPARE(installation.start(), QStringList(installation.userFolder()));
+}
+
+void TestLauncher::argumentsArePassedOn()
+{
+    Installation installation;
+    QCOMPARE(installation.start("C", {text("-platform"), text("two words")}),
+             QStringList({installation.userFolder(), text("-platform"), text("two words")}));
+}
+
+void TestLauncher::startsThroughALink()
+{
+    Installation installation;
+    const QString link = installation.path(text("elsewhere/start"));
+    QVERIFY(QDir().mkpath(QFileInfo(link).path()));
+    QVERIFY(QFile::link(installation.path(text("bin/glymark")), link));
+    installation.program = text("elsewhere/start");
+    QCOMPARE(installation.start("cs"), QStringList(installation.userFolder()));
+    QCOMPARE(QFile::symLinkTarget(installation.link()), installation.catalogue());
+}
+
+void TestLauncher::localeDecidesOnTheLink_data()
+{
+    QTest::addColumn<QString>("all");
+    QTest::addColumn<QString>("messages");
+    QTest::addColumn<QByteArray>("language");
+    QTest::addColumn<bool>("czech");
+    const QString unset;
+    QTest::newRow("LANG") << unset << unset << QByteArray("cs_CZ.UTF-8") << true;
+    QTest::newRow("language alone") << unset << unset << QByteArray("cs") << true;
+    QTest::newRow("no country") << unset << unset << QByteArray("cs.UTF-8") << true;
+    QTest::newRow("English") << unset << unset << QByteArray("en_GB.UTF-8") << false;
+    QTest::newRow("Kashubian") << unset << unset << QByteArray("csb_PL.UTF-8") << false;
+    QTest::newRow("nothing set") << unset << unset << QByteArray() << false;
+    QTest::newRow("messages") << unset << text("cs_CZ") << QByteArray("de_DE") << true;
+    QTest::newRow("other messages") << unset << text("de_DE") << QByteArray("cs_CZ") << false;
+    QTest::newRow("all") << text("cs_CZ") << text("de_DE") << QByteArray("de_DE") << true;
+    QTest::newRow("other for all") << text("C") << text("cs_CZ") << QByteArray("cs_CZ") << false;
+    QTest::newRow("empty") << text("") << text("") << QByteArray("cs_CZ") << true;
+}
+
+void TestLauncher::localeDecidesOnTheLink()
+{
+    QFETCH(const QString, all);
+    QFETCH(const QString, messages);
+    QFETCH(const QByteArray, language);
+    QFETCH(const bool, czech);
+    Installation installation;
+    if (!all.isNull()) {
+        installation.environment.insert(text("LC_ALL"), all);
+    }
+    if (!messages.isNull()) {
+        installation.environment.insert(text("LC_MESSAGES"), messages);
+    }
+    QCOMPARE(installation.start(language.constData()), QStringList(installation.userFolder()));
+    QCOMPARE(QFileInfo(installation.link()).isSymLink(), czech);
+    QCOMPARE(contentOf(installation.link()), QByteArray(czech ? "Czech texts" : ""));
+}
+
+void TestLauncher::ownLinkGoesUnderAnotherLocale()
+{
+    Installation installation;
+    installation.start("cs_CZ.UTF-8");
+    QVERIFY(QFileInfo(installation.link()).isSymLink());
+    installation.start("cs_CZ.UTF-8");
+    QVERIFY(QFileInfo(installation.link()).isSymLink());
+    installation.start("C.UTF-8");
+    QVERIFY(!QFileInfo(installation.link()).isSymLink());
+    QCOMPARE(contentOf(installation.catalogue()), QByteArray("Czech texts"));
+}
+
+void TestLauncher::linkOfAGoneInstallationIsReplaced()
+{
+    Installation installation;
+    QVERIFY(QDir().mkpath(installation.userFolder()));
+    QVERIFY(QFile::link(installation.path(text("gone/glymark/translations/czech_cs.qm")),
+                        installation.link()));
+    installation.start("cs_CZ.UTF-8");
+    QCOMPARE(QFile::symLinkTarget(installation.link()), installation.catalogue());
+}
+
+void TestLauncher::filesOfTheUserStay_data()
+{
+    QTest::addColumn<QByteArray>("locale");
+    QTest::addColumn<bool>("isLink");
+    QTest::newRow("file, Czech") << QByteArray("cs_CZ.UTF-8") << false;
+    QTest::newRow("file, English") << QByteArray("C.UTF-8") << false;
+    QTest::newRow("link, Czech") << QByteArray("cs_CZ.UTF-8") << true;
+    QTest::newRow("link, English") << QByteArray("C.UTF-8") << true;
+}
+
+void TestLauncher::filesOfTheUserStay()
+{
+    QFETCH(const QByteArray, locale);
+    QFETCH(const bool, isLink);
+    Installation installation;
+    const QString own = isLink ? installation.path(text("my home/texts.qm")) : installation.link();
+    writeFile(own, "texts of mine");
+    if (isLink) {
+        QVERIFY(QDir().mkpath(installation.userFolder()));
+        QVERIFY(QFile::link(own, installation.link()));
+    }
+    QCOMPARE(installation.start(locale.constData()), QStringList(installation.userFolder()));
+    QCOMPARE(QFileInfo(installation.link()).isSymLink(), isLink);
+    QCOMPARE(contentOf(installation.link()), QByteArray("texts of mine"));
+}
+
+void TestLauncher::withoutTheCatalogueTheProgramStarts()
+{
+    Installation installation;
+    QVERIFY(QFile::remove(installation.catalogue()));
+    QCOMPARE(installation.start("cs_CZ.UTF-8"), QStringList(installation.userFolder()));
+    QCOMPARE(installation.errors, QString());
+    QVERIFY(!QFileInfo(installation.link()).isSymLink());
+}
+
+void TestLauncher::folderThatCannotBeMadeIsReported()
+{
+    Installation installation;
+    writeFile(installation.path(text("my home/.local")), "no folder");
+    QCOMPARE(installation.start(), QStringList());
+    QCOMPARE(installation.exitCode, 1);
+    QVERIFY2(installation.errors.contains(text("glymark: cannot make the folder")),
+             qPrintable(installation.errors));
+}
+
+QTEST_GUILESS_MAIN(TestLauncher)
+#include "tst_launcher.moc"
