@@ -18,6 +18,8 @@
 #include <QTabWidget>
 #include <QTest>
 #include <QTranslator>
+#include <xlsxcellrange.h>
+#include <xlsxdocument.h>
 
 #include "mainwindowtester.h"
 #include "settingsdialog.h"
@@ -120,6 +122,24 @@ public:
 private:
     QTranslator m_translator;
 };
+
+/// Every cell of a workbook, sheet by sheet.
+QStringList cellsOf(const QString &path)
+{
+    QXlsx::Document book(path);
+    QStringList cells;
+    for (const QString &sheet : book.sheetNames()) {
+        book.selectSheet(sheet);
+        cells << sheet;
+        const QXlsx::CellRange range = book.dimension();
+        for (int row = range.firstRow(); range.isValid() && row <= range.lastRow(); ++row) {
+            for (int column = 1; column <= range.lastColumn(); ++column) {
+                cells << book.read(row, column).toString();
+            }
+        }
+    }
+    return cells;
+}
 
 QStringList paintedTexts(const QByteArray &svg)
 {
@@ -228,7 +248,8 @@ private Q_SLOTS:
     void messagesAreCzech();
     void refusalsAreCzech_data();
     void refusalsAreCzech();
-    void savingIsCzech();
+    void savingAsksInCzechAndWritesEnglish_data();
+    void savingAsksInCzechAndWritesEnglish();
     void dialogsOfTheToolkitAreCzech();
 };
 
@@ -631,16 +652,52 @@ void TestTranslations::refusalsAreCzech()
              QStringList(text("Otevřít soubor|") + sentence + text("\n\nshort.xlsx")));
 }
 
-void TestTranslations::savingIsCzech()
+void TestTranslations::savingAsksInCzechAndWritesEnglish_data()
 {
-    const CzechTester tester;
-    const auto inWindow = [](const char *source) {
-        return QCoreApplication::translate("MainWindow", source);
-    };
-    QCOMPARE(inWindow("No data to save"), text("Nejsou žádná data k uložení"));
-    QCOMPARE(inWindow("Save file"), text("Uložit soubor"));
-    QCOMPARE(inWindow("Save analysis"), text("Uložit analýzu"));
-    QCOMPARE(inWindow("Xlsx document (*.xlsx)"), text("Dokument xlsx (*.xlsx)"));
+    QTest::addColumn<QString>("action");
+    QTest::addColumn<QString>("caption");
+    QTest::addColumn<QString>("englishAction");
+    QTest::newRow("data") << text("Uložit soubor") << text("Uložit soubor") << text("Save file");
+    QTest::newRow("analysis") << text("Uložit analýzu dat") << text("Uložit analýzu")
+                              << text("Save data analysis");
+}
+
+void TestTranslations::savingAsksInCzechAndWritesEnglish()
+{
+    QFETCH(const QString, action);
+    QFETCH(const QString, caption);
+    QFETCH(const QString, englishAction);
+    const QTemporaryDir folder;
+    const QString czechBook = folder.filePath(text("czech.xlsx"));
+    const QString englishBook = folder.filePath(text("english.xlsx"));
+    {
+        CzechTester tester;
+        tester.start();
+        tester.answers.expectMessage();
+        tester.trigger(action);
+        QCOMPARE(tester.answers.messages(),
+                 QStringList(text("Žádná data|Nejsou žádná data k uložení")));
+        tester.openThreePatients();
+        tester.answers.expect<QFileDialog>([&caption](QFileDialog &dialog) {
+            QCOMPARE(dialog.windowTitle(), caption);
+            QCOMPARE(dialog.nameFilters(), QStringList(text("Dokument xlsx (*.xlsx)")));
+            dialog.reject();
+        });
+        tester.trigger(action);
+        tester.answers.expectFile(czechBook);
+        tester.trigger(action);
+        QVERIFY(QFile::copy(tester.path(text("three.xlsx")), folder.filePath(text("three.xlsx"))));
+        QCOMPARE(tester.answers.unexpected(), QStringList());
+    }
+    MainWindowTester english;
+    english.start();
+    english.answers.expectFile(folder.filePath(text("three.xlsx")));
+    english.trigger(text("Open File"));
+    english.answers.expectFile(englishBook);
+    english.trigger(englishAction);
+    const QStringList cells = cellsOf(englishBook);
+    QVERIFY(cells.size() > 30);
+    QCOMPARE(cellsOf(czechBook), cells);
 }
 
 void TestTranslations::dialogsOfTheToolkitAreCzech()
