@@ -5,7 +5,7 @@
 #include <QString>
 #include <xlsxdocument.h>
 
-#include "loaderror.h"
+#include "xlsx/loaderror.h"
 
 /// A document to read patients from, or the reason why there is none.
 struct LoadedWorkbook {

@@ -7,7 +7,7 @@
 #include <QByteArray>
 #include <QVector>
 
-#include "loaderror.h"
+#include "xlsx/loaderror.h"
 
 class ZipPackage;
 

@@ -7,7 +7,7 @@
 #include <QFile>
 #include <QHash>
 
-#include "loaderror.h"
+#include "xlsx/loaderror.h"
 
 /// The parts of a ZIP archive, read as streams. What a part holds counts only when it was read to
 /// its end, where its checksum is looked at.
