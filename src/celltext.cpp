@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "workbooklimits.h"
+#include "xlsx/workbooklimits.h"
 
 namespace CellText
 {

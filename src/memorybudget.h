@@ -2,7 +2,7 @@
 
 #include <QString>
 
-#include "workbooklimits.h"
+#include "xlsx/workbooklimits.h"
 
 /// What cells and texts may still take of WorkbookLimits::memory.
 class MemoryBudget

@@ -4,7 +4,7 @@
 #include <cstring>
 #include <utility>
 
-#include "workbooklimits.h"
+#include "xlsx/workbooklimits.h"
 
 namespace
 {

@@ -1,6 +1,6 @@
 #include "sheetlist.h"
 
-#include "workbooklimits.h"
+#include "xlsx/workbooklimits.h"
 #include <array>
 
 namespace

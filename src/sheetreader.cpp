@@ -8,7 +8,7 @@
 #include <xlsxworkbook.h>
 
 #include "celltext.h"
-#include "workbooklimits.h"
+#include "xlsx/workbooklimits.h"
 
 namespace
 {

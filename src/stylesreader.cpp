@@ -1,6 +1,6 @@
 #include "stylesreader.h"
 
-#include "workbooklimits.h"
+#include "xlsx/workbooklimits.h"
 #include <array>
 
 namespace

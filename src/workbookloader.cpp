@@ -9,7 +9,7 @@
 #include "relationships.h"
 #include "sheetlist.h"
 #include "sheetreader.h"
-#include "workbooklimits.h"
+#include "xlsx/workbooklimits.h"
 #include "zippackage.h"
 
 namespace

@@ -7,7 +7,7 @@
 
 #include <expat.h>
 
-#include "workbooklimits.h"
+#include "xlsx/workbooklimits.h"
 #include "zippackage.h"
 
 namespace

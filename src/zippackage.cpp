@@ -4,7 +4,7 @@
 
 #include <zip.h>
 
-#include "workbooklimits.h"
+#include "xlsx/workbooklimits.h"
 
 // The file as the library reads it. Until the list of parts is read the bytes are counted, since
 // that list is held in memory.

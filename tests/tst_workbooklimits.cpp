@@ -9,8 +9,8 @@
 #include <zip.h>
 
 #include "handmadeworkbook.h"
-#include "workbooklimits.h"
 #include "workbookloader.h"
+#include "xlsx/workbooklimits.h"
 
 Q_DECLARE_METATYPE(LoadError)
 
