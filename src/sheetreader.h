@@ -3,10 +3,10 @@
 #include <xlsxformat.h>
 #include <xlsxworksheet.h>
 
-#include "memorybudget.h"
 #include "sharedstrings.h"
 #include "stylesreader.h"
 #include "textcollector.h"
+#include "xlsx/memorybudget.h"
 #include "xmlstream.h"
 
 /// What the cells of a sheet refer to.
