@@ -3,8 +3,8 @@
 #include <QString>
 #include <QVector>
 
-#include "textcollector.h"
 #include "xlsx/memorybudget.h"
+#include "xlsx/textcollector.h"
 #include "xmlstream.h"
 
 /// The texts that cells refer to by position.

@@ -5,8 +5,8 @@
 
 #include "sharedstrings.h"
 #include "stylesreader.h"
-#include "textcollector.h"
 #include "xlsx/memorybudget.h"
+#include "xlsx/textcollector.h"
 #include "xmlstream.h"
 
 /// What the cells of a sheet refer to.
