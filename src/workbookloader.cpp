@@ -10,7 +10,7 @@
 #include "sheetlist.h"
 #include "sheetreader.h"
 #include "xlsx/workbooklimits.h"
-#include "zippackage.h"
+#include "xlsx/zippackage.h"
 
 namespace
 {

@@ -8,7 +8,7 @@
 #include <expat.h>
 
 #include "xlsx/workbooklimits.h"
-#include "zippackage.h"
+#include "xlsx/zippackage.h"
 
 namespace
 {

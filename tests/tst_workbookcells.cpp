@@ -4,7 +4,7 @@
 
 #include "expectedsheets.h"
 #include "numbers.h"
-#include "zippackage.h"
+#include "xlsx/zippackage.h"
 
 using ExpectedSheets::Book;
 using ExpectedSheets::put;

@@ -1,4 +1,4 @@
-#include "zippackage.h"
+#include "xlsx/zippackage.h"
 
 #include <array>
 
