@@ -1,4 +1,4 @@
-#include "compoundfile.h"
+#include "xlsx/compoundfile.h"
 
 #include <array>
 #include <cstring>
