@@ -4,7 +4,7 @@
 #include <QHash>
 #include <QVector>
 
-#include "xmlstream.h"
+#include "xlsx/xmlreader.h"
 
 /// What one part of a package, or the package itself, refers to.
 class Relationships : public XmlReader

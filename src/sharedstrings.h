@@ -5,7 +5,7 @@
 
 #include "xlsx/memorybudget.h"
 #include "xlsx/textcollector.h"
-#include "xmlstream.h"
+#include "xlsx/xmlreader.h"
 
 /// The texts that cells refer to by position.
 class SharedStrings : public XmlReader

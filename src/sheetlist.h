@@ -3,7 +3,7 @@
 #include <QByteArray>
 #include <QVector>
 
-#include "xmlstream.h"
+#include "xlsx/xmlreader.h"
 
 /// The sheets of a workbook in its order, and what counts for all of them.
 class SheetList : public XmlReader

@@ -7,7 +7,7 @@
 #include "stylesreader.h"
 #include "xlsx/memorybudget.h"
 #include "xlsx/textcollector.h"
-#include "xmlstream.h"
+#include "xlsx/xmlreader.h"
 
 /// What the cells of a sheet refer to.
 struct SheetContext {

@@ -4,7 +4,7 @@
 #include <QVector>
 
 #include "numberformats.h"
-#include "xmlstream.h"
+#include "xlsx/xmlreader.h"
 
 /// Which cell formats of a workbook are dates.
 class StylesReader : public XmlReader

@@ -1,4 +1,4 @@
-#include "xmlstream.h"
+#include "xlsx/xmlreader.h"
 
 #include <array>
 #include <cstddef>
