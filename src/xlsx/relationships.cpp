@@ -1,4 +1,4 @@
-#include "relationships.h"
+#include "xlsx/relationships.h"
 
 #include <array>
 #include <cstring>
