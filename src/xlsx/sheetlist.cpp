@@ -1,4 +1,4 @@
-#include "sheetlist.h"
+#include "xlsx/sheetlist.h"
 
 #include "xlsx/workbooklimits.h"
 #include <array>
