@@ -1,6 +1,6 @@
 #include "sharedstrings.h"
 
-#include "celltext.h"
+#include "xlsx/celltext.h"
 #include <array>
 
 namespace

@@ -7,7 +7,7 @@
 #include <xlsxcell.h>
 #include <xlsxworkbook.h>
 
-#include "celltext.h"
+#include "xlsx/celltext.h"
 #include "xlsx/workbooklimits.h"
 
 namespace

@@ -1,4 +1,4 @@
-#include "celltext.h"
+#include "xlsx/celltext.h"
 
 #include <algorithm>
 #include <cmath>
