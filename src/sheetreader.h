@@ -3,9 +3,9 @@
 #include <xlsxformat.h>
 #include <xlsxworksheet.h>
 
-#include "sharedstrings.h"
 #include "stylesreader.h"
 #include "xlsx/memorybudget.h"
+#include "xlsx/sharedstrings.h"
 #include "xlsx/textcollector.h"
 #include "xlsx/xmlreader.h"
 

@@ -1,4 +1,4 @@
-#include "sharedstrings.h"
+#include "xlsx/sharedstrings.h"
 
 #include "xlsx/celltext.h"
 #include <array>
