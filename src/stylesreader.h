@@ -3,7 +3,7 @@
 #include <QHash>
 #include <QVector>
 
-#include "numberformats.h"
+#include "xlsx/numberformats.h"
 #include "xlsx/xmlreader.h"
 
 /// Which cell formats of a workbook are dates.

@@ -1,6 +1,6 @@
 #include <QTest>
 
-#include "numberformats.h"
+#include "xlsx/numberformats.h"
 
 class TestNumberFormats : public QObject
 {

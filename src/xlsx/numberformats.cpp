@@ -1,4 +1,4 @@
-#include "numberformats.h"
+#include "xlsx/numberformats.h"
 
 #include <algorithm>
 #include <array>
