@@ -3,7 +3,7 @@
 #include <xlsxformat.h>
 #include <xlsxworksheet.h>
 
-#include "stylesreader.h"
+#include "xlsx/cellformats.h"
 #include "xlsx/memorybudget.h"
 #include "xlsx/sharedstrings.h"
 #include "xlsx/textcollector.h"

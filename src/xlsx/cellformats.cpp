@@ -1,4 +1,4 @@
-#include "stylesreader.h"
+#include "xlsx/cellformats.h"
 
 #include "xlsx/workbooklimits.h"
 #include <array>
