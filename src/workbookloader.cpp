@@ -5,10 +5,10 @@
 #include <xlsxworkbook.h>
 #include <xlsxworksheet.h>
 
-#include "sheetreader.h"
 #include "xlsx/compoundfile.h"
 #include "xlsx/relationships.h"
 #include "xlsx/sheetlist.h"
+#include "xlsx/sheetreader.h"
 #include "xlsx/workbooklimits.h"
 #include "xlsx/zippackage.h"
 

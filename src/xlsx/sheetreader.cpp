@@ -1,4 +1,4 @@
-#include "sheetreader.h"
+#include "xlsx/sheetreader.h"
 
 #include <array>
 #include <cstring>
