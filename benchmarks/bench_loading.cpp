@@ -13,7 +13,7 @@
 
 #include <sys/resource.h>
 
-#include "workbookloader.h"
+#include "xlsx/workbookloader.h"
 
 namespace
 {

@@ -19,7 +19,7 @@
 #include "dataworkbook.h"
 #include "patientreader.h"
 #include "variability.h"
-#include "workbookloader.h"
+#include "xlsx/workbookloader.h"
 
 namespace
 {

@@ -13,7 +13,7 @@
 #include <zip.h>
 
 #include "patientreader.h"
-#include "workbookloader.h"
+#include "xlsx/workbookloader.h"
 
 // The functions that the fuzzer calls, and the one that it lends.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size);

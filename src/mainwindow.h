@@ -7,7 +7,7 @@
 
 #include "patientrecord.h"
 #include "patientscorerecord.h"
-#include "workbookloader.h"
+#include "xlsx/workbookloader.h"
 
 class CPatientScore;
 class CPatientsModel;

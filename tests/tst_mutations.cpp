@@ -12,7 +12,7 @@
 
 #include "patientreader.h"
 #include "testworkbooks.h"
-#include "workbookloader.h"
+#include "xlsx/workbookloader.h"
 
 namespace
 {

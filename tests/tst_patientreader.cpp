@@ -9,7 +9,7 @@
 #include "patientreader.h"
 #include "patientrecord.h"
 #include "testworkbooks.h"
-#include "workbookloader.h"
+#include "xlsx/workbookloader.h"
 
 using Numbers::difference;
 using Numbers::infinity;

@@ -9,8 +9,8 @@
 #include <zip.h>
 
 #include "handmadeworkbook.h"
-#include "workbookloader.h"
 #include "xlsx/workbooklimits.h"
+#include "xlsx/workbookloader.h"
 
 Q_DECLARE_METATYPE(LoadError)
 

@@ -12,7 +12,7 @@
 #include "handmadeworkbook.h"
 #include "patientreader.h"
 #include "testworkbooks.h"
-#include "workbookloader.h"
+#include "xlsx/workbookloader.h"
 
 Q_DECLARE_METATYPE(LoadError)
 Q_DECLARE_METATYPE(HandmadeWorkbook)

@@ -1,4 +1,4 @@
-#include "workbookloader.h"
+#include "xlsx/workbookloader.h"
 
 #include <QFile>
 #include <QFileInfo>
