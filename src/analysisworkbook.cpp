@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "cconfig.h"
-#include "workbookcells.h"
+#include "xlsx/workbookwriter.h"
 
 namespace
 {

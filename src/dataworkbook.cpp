@@ -6,7 +6,7 @@
 #include <xlsxcellrange.h>
 
 #include "cconfig.h"
-#include "workbookcells.h"
+#include "xlsx/workbookwriter.h"
 
 namespace
 {

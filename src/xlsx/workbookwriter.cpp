@@ -1,4 +1,4 @@
-#include "workbookcells.h"
+#include "xlsx/workbookwriter.h"
 
 #include <cmath>
 
