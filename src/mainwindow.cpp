@@ -20,7 +20,6 @@
 #include <QTabWidget>
 #include <QVBoxLayout>
 
-#include "analysis.h"
 #include "analysisworkbook.h"
 #include "cconfig.h"
 #include "centers.h"
@@ -31,6 +30,7 @@
 #include "graphsubwindow.h"
 #include "patientreader.h"
 #include "resultsubwindow.h"
+#include "scores.h"
 #include "settingsdialog.h"
 #include "variability.h"
 

@@ -1,4 +1,4 @@
-#include "analysis.h"
+#include "scores.h"
 
 #include "convergence.h"
 #include "variability.h"
