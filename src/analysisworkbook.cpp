@@ -137,7 +137,7 @@ const QString shareHeading = QStringLiteral("% same as reference");
 /// The patients, and the workbook that grows sheet by sheet.
 struct Analysis {
     const Patients &patients;
-    WorkbookCells cells;
+    WorkbookWriter cells;
     QString skipText;
 };
 
@@ -158,14 +158,14 @@ QStringList textsOf(const Analysis &analysis, const std::array<Label, count> &la
 }
 
 template<size_t count>
-void writeNotes(WorkbookCells &cells, const std::array<Note, count> &notes)
+void writeNotes(WorkbookWriter &cells, const std::array<Note, count> &notes)
 {
     for (const Note &note : notes) {
         cells.writeText(note.row, note.column, QLatin1String(note.text));
     }
 }
 
-void writeRowOfTexts(WorkbookCells &cells, int row, int firstColumn, const QStringList &texts)
+void writeRowOfTexts(WorkbookWriter &cells, int row, int firstColumn, const QStringList &texts)
 {
     for (int i = 0; i < texts.size(); ++i) {
         cells.writeText(row, firstColumn + i, texts.at(i));
@@ -228,7 +228,7 @@ Marks worseTable(const Scores &scores, const PatientScoreRecord &medianCenter, S
 
 void writeMedianSheet(Analysis &analysis, const Marks &kvadrants)
 {
-    WorkbookCells &cells = analysis.cells;
+    WorkbookWriter &cells = analysis.cells;
     cells.addSheet(QLatin1String(medianSheet));
     cells.writeText(1, 1, patientHeading);
     writeRowOfTexts(cells, 1, 2, textsOf(analysis, pairLabels));
@@ -254,7 +254,7 @@ struct Comparison {
 };
 
 // The marks of one patient: the reference, 1 for each of the others that equals it, their share.
-void writeAgreement(WorkbookCells &cells, int row, const QVector<int> &marks, int reference)
+void writeAgreement(WorkbookWriter &cells, int row, const QVector<int> &marks, int reference)
 {
     int column = 2;
     int same = 0;
@@ -272,7 +272,7 @@ void writeAgreement(WorkbookCells &cells, int row, const QVector<int> &marks, in
 void writeComparison(Analysis &analysis, const Comparison &comparison, const Marks &marks,
                      int reference)
 {
-    WorkbookCells &cells = analysis.cells;
+    WorkbookWriter &cells = analysis.cells;
     cells.addSheet(comparison.sheet);
     cells.writeText(1, 1, comparison.corner);
     cells.writeText(1, 2, QLatin1String("Reference: ") + comparison.referenceLabel);
@@ -328,7 +328,7 @@ QVector<QPair<int, int>> orderedPairs(int count)
 }
 
 /// Every ordered pair of two different columns of marks, side by side with a gap behind each pair.
-void writeColumnPairs(WorkbookCells &cells, const QString &sheet, int firstColumn,
+void writeColumnPairs(WorkbookWriter &cells, const QString &sheet, int firstColumn,
                       const QStringList &labels, const Marks &marks)
 {
     constexpr int step = 3;
@@ -352,7 +352,7 @@ void writeColumnPairs(WorkbookCells &cells, const QString &sheet, int firstColum
 
 void writeFlagColumns(Analysis &analysis, int column, const Family &family, const Marks &flags)
 {
-    WorkbookCells &cells = analysis.cells;
+    WorkbookWriter &cells = analysis.cells;
     constexpr int firstRow = 3;
     cells.writeText(1, column, QLatin1String(family.title));
     cells.writeText(2, column, patientHeading);
@@ -382,7 +382,7 @@ void writeAnovaSheet(Analysis &analysis, const Family &family, const Marks &flag
 
 void writeIdealSheet(Analysis &analysis, const Marks &kvadrants)
 {
-    WorkbookCells &cells = analysis.cells;
+    WorkbookWriter &cells = analysis.cells;
     cells.addSheet(QLatin1String(idealSheet));
     writeRowOfTexts(cells, 1, 1, {patientHeading, QStringLiteral("Ideal kvadrant")});
     // The share stands in the column of the last pair, and counts it all the same.

@@ -1,11 +1,12 @@
 #include "cconfig.h"
 
-#include <cmath>
 #include <cstdio>
 #include <limits>
 #include <string>
 
 #include <QFileInfo>
+
+#include "wholenumber.h"
 
 struct CConfig::Setting {
     const char *section;
@@ -152,15 +153,4 @@ int CConfig::writeFile()
     CSimpleIniA::FileWriter writer(file.get());
     settings.Save(writer, false);
     return Ok;
-}
-
-quint64 CConfig::toUnsigned(double value)
-{
-    constexpr double range = 18446744073709551616.0; // 2^64
-    const double whole = std::trunc(value);
-    if (!(std::abs(whole) < range)) {
-        return std::numeric_limits<quint64>::max();
-    }
-    const auto magnitude = static_cast<quint64>(std::abs(whole));
-    return whole < 0 ? quint64(0) - magnitude : magnitude;
 }

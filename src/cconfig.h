@@ -48,10 +48,6 @@ public:
     /// Writes the store to the file. Returns Ok, or WriteFailed when it cannot be opened.
     int writeFile();
 
-    /// \p value truncated toward zero. A negative number wraps modulo 2^64; not a number, and what
-    /// lies beyond the range, give the largest unsigned number.
-    static quint64 toUnsigned(double value);
-
 private:
     struct Setting;
     static const Setting convergenceSetting, varianceSetting, medianSetting, skipSetting,

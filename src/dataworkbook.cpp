@@ -57,7 +57,7 @@ int largestValueCount(const Patients &patients)
     return count;
 }
 
-void writeData(WorkbookCells &cells, const Patients &patients)
+void writeData(WorkbookWriter &cells, const Patients &patients)
 {
     cells.addSheet(dataSheet);
     const int count = largestValueCount(patients);
@@ -73,7 +73,7 @@ void writeData(WorkbookCells &cells, const Patients &patients)
     }
 }
 
-void writeResults(WorkbookCells &cells, const Patients &patients, const Scores &scores)
+void writeResults(WorkbookWriter &cells, const Patients &patients, const Scores &scores)
 {
     cells.addSheet(resultSheet);
     for (int k = 0; k < patients.size(); ++k) {
@@ -90,18 +90,18 @@ void writeResults(WorkbookCells &cells, const Patients &patients, const Scores &
     }
 }
 
-void writeGraph(WorkbookCells &cells, const Patients &patients)
+void writeGraph(WorkbookWriter &cells, const Patients &patients)
 {
     cells.addSheet(graphSheet);
     QXlsx::Chart *chart = cells.insertChart(2, 2, {1400, 500});
     chart->setChartType(QXlsx::Chart::CT_ScatterChart);
     // Spreadsheet programs call a workbook with a larger chart damaged.
-    const int count = std::min(patients.size(), WorkbookCells::largestSeriesCount);
+    const int count = std::min(patients.size(), WorkbookWriter::largestSeriesCount);
     for (int k = 0; k < count; ++k) {
         const int row = firstPatient + k;
         const int lastColumn = firstValueColumn - 1 + patients.at(k).values.size();
         chart->addSeries(
-            {row, firstValueColumn, row, std::min(lastColumn, WorkbookCells::largestColumn)},
+            {row, firstValueColumn, row, std::min(lastColumn, WorkbookWriter::largestColumn)},
             cells.sheet(dataSheet));
     }
 }
@@ -111,7 +111,7 @@ void writeGraph(WorkbookCells &cells, const Patients &patients)
 bool writeDataWorkbook(const QString &fileName, const QVector<PatientRecord> &patients,
                        const QVector<PatientScoreRecord> &scores)
 {
-    WorkbookCells cells;
+    WorkbookWriter cells;
     writeData(cells, patients);
     writeResults(cells, patients, scores);
     writeGraph(cells, patients);

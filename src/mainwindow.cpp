@@ -269,12 +269,11 @@ void MainWindow::open()
     if (path.isEmpty()) {
         return;
     }
-    const LoadedWorkbook workbook = loadWorkbook(path);
-    if (!workbook.document) {
-        refuse(path, refusalText(workbook.error));
+    const auto [read, error] = loadPatients(path);
+    if (error != LoadError::None) {
+        refuse(path, refusalText(error));
         return;
     }
-    const QVector<PatientRecord> read = readPatients(*workbook.document);
     if (read.isEmpty()) {
         refuse(path,
                tr("This workbook has no patients: column 1 of row 2 is empty. Nothing was "

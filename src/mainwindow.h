@@ -7,7 +7,6 @@
 
 #include "patientrecord.h"
 #include "patientscorerecord.h"
-#include "xlsx/workbookloader.h"
 
 class CPatientScore;
 class CPatientsModel;
@@ -21,6 +20,7 @@ class QPushButton;
 class QTableView;
 class QVBoxLayout;
 class ResultSubWindow;
+enum class LoadError;
 
 /// The one window: owns the patients of the open workbook and their results, shows them in two
 /// tables and in graph sub-windows, and offers the commands on them.

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "cconfig.h"
+#include "wholenumber.h"
 #include "xmltext.h"
 
 namespace
@@ -29,7 +29,7 @@ PatientGraphBounds::PatientGraphBounds(const QVector<PatientRecord> &patients)
         for (const double value : patient.values) {
             // Only what is above 0 gets here, so that nothing wraps.
             if (value > double(maxValue)) {
-                maxValue = CConfig::toUnsigned(value);
+                maxValue = toUnsigned(value);
             }
         }
         if (!patient.values.isEmpty()) {

@@ -1,6 +1,9 @@
 #include "patientreader.h"
 
 #include <QVariant>
+#include <xlsxdocument.h>
+
+#include "xlsx/workbookloader.h"
 
 namespace
 {
@@ -12,6 +15,15 @@ constexpr int firstValueColumn = 2;
 constexpr int expectedValues = 1000;
 
 } // namespace
+
+LoadedPatients loadPatients(const QString &path)
+{
+    const LoadedWorkbook workbook = loadWorkbook(path);
+    if (!workbook.document) {
+        return {{}, workbook.error};
+    }
+    return {readPatients(*workbook.document), LoadError::None};
+}
 
 int readPatientCount(const QXlsx::Document &document)
 {

@@ -2,9 +2,24 @@
 
 #include <QString>
 #include <QVector>
-#include <xlsxdocument.h>
 
 #include "patientrecord.h"
+#include "xlsx/loaderror.h"
+
+namespace QXlsx
+{
+class Document;
+}
+
+/// The patients of a workbook, or the reason why it was not loaded.
+struct LoadedPatients {
+    QVector<PatientRecord> patients;
+    LoadError error = LoadError::None;
+};
+
+/// Loads the workbook in the file \p path and reads all patients of its sheet. Without an error
+/// the list may still be empty: such a workbook has no patient rows.
+LoadedPatients loadPatients(const QString &path);
 
 /// Number of patient rows of the current sheet of \p document: from row 2 down to the first row
 /// whose column 1 is blank or holds only white space. Rows below that one are never read.

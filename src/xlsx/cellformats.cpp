@@ -27,16 +27,16 @@ constexpr int firstStrict = NumberFormatsPlace;
 
 } // namespace
 
-StylesReader::StylesReader() : XmlReader(Vocabulary::Spreadsheet, steps, firstStrict) { }
+CellFormats::CellFormats() : XmlReader(Vocabulary::Spreadsheet, steps, firstStrict) { }
 
-NumberFormats::Kind StylesReader::kind(int index) const
+NumberFormats::Kind CellFormats::kind(int index) const
 {
     const int number = m_formats.value(index, 0);
     const auto custom = m_custom.constFind(number);
     return custom == m_custom.constEnd() ? NumberFormats::builtinKind(number) : *custom;
 }
 
-void StylesReader::enter(int place, const XmlAttributes &attributes)
+void CellFormats::enter(int place, const XmlAttributes &attributes)
 {
     if (place == NumberFormatPlace) {
         addNumberFormat(attributes);
@@ -47,7 +47,7 @@ void StylesReader::enter(int place, const XmlAttributes &attributes)
     }
 }
 
-void StylesReader::addNumberFormat(const XmlAttributes &attributes)
+void CellFormats::addNumberFormat(const XmlAttributes &attributes)
 {
     bool known = false;
     const int number = QByteArray(attributes.value("numFmtId")).toInt(&known);
@@ -64,7 +64,7 @@ void StylesReader::addNumberFormat(const XmlAttributes &attributes)
     }
 }
 
-void StylesReader::addCellFormat(const XmlAttributes &attributes)
+void CellFormats::addCellFormat(const XmlAttributes &attributes)
 {
     bool known = true;
     const char *const text = attributes.value("numFmtId");

@@ -7,10 +7,10 @@
 #include "xlsx/xmlreader.h"
 
 /// Which cell formats of a workbook are dates.
-class StylesReader : public XmlReader
+class CellFormats : public XmlReader
 {
 public:
-    StylesReader();
+    CellFormats();
 
     /// Number of cell formats; at least one, since cells without a format have the first.
     int count() const { return qMax(1, m_formats.size()); }

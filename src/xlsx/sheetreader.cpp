@@ -219,7 +219,7 @@ bool SheetReader::setType(const char *name)
 bool SheetReader::setFormat(const char *index)
 {
     m_format = 0;
-    return index == nullptr || toIndex(index, m_context.styles->count(), &m_format);
+    return index == nullptr || toIndex(index, m_context.formats->count(), &m_format);
 }
 
 LoadError SheetReader::store()
@@ -255,7 +255,7 @@ LoadError SheetReader::storeNumber(const QByteArray &text)
         return LoadError::None;
     }
     double value = 0.0;
-    const NumberFormats::Kind kind = m_context.styles->kind(m_format);
+    const NumberFormats::Kind kind = m_context.formats->kind(m_format);
     if (kind == NumberFormats::Kind::Unknown || !CellText::toNumber(text, &value)) {
         return LoadError::Damaged;
     }

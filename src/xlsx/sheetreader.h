@@ -12,7 +12,7 @@
 /// What the cells of a sheet refer to.
 struct SheetContext {
     const QVector<QString> *sharedStrings;
-    const StylesReader *styles;
+    const CellFormats *formats;
     /// Takes the cells; it counts days as the workbook that is read does.
     QXlsx::Worksheet *target;
     MemoryBudget *budget;

@@ -41,7 +41,7 @@ private:
     QByteArray m_workbookPart;
     SheetList m_sheets;
     std::unique_ptr<Relationships> m_relationships;
-    StylesReader m_styles;
+    CellFormats m_styles;
     SharedStrings m_strings = SharedStrings(&m_budget);
     QByteArray m_sheetPart;
     std::unique_ptr<QXlsx::Document> m_document;

@@ -51,7 +51,7 @@ QByteArray exactText(double number)
 
 } // namespace
 
-bool WorkbookCells::addSheet(const QString &name)
+bool WorkbookWriter::addSheet(const QString &name)
 {
     const bool added = document.addSheet(name, QXlsx::AbstractSheet::ST_WorkSheet);
     if (added) {
@@ -60,7 +60,7 @@ bool WorkbookCells::addSheet(const QString &name)
     return added;
 }
 
-void WorkbookCells::writeText(int row, int column, const QString &text)
+void WorkbookWriter::writeText(int row, int column, const QString &text)
 {
     Q_ASSERT(!longNumbers.isEmpty());
     const QString content = xmlText(withLineFeeds(text).left(largestTextLength));
@@ -69,7 +69,7 @@ void WorkbookCells::writeText(int row, int column, const QString &text)
     longNumbers.last().remove({row, column});
 }
 
-void WorkbookCells::writeNumber(int row, int column, double number)
+void WorkbookWriter::writeNumber(int row, int column, double number)
 {
     if (!std::isfinite(number)) {
         writeText(row, column, nonFiniteText(number));
@@ -84,17 +84,17 @@ void WorkbookCells::writeNumber(int row, int column, double number)
     }
 }
 
-QXlsx::Chart *WorkbookCells::insertChart(int row, int column, const QSize &size)
+QXlsx::Chart *WorkbookWriter::insertChart(int row, int column, const QSize &size)
 {
     return document.insertChart(row, column, size);
 }
 
-QXlsx::AbstractSheet *WorkbookCells::sheet(const QString &name) const
+QXlsx::AbstractSheet *WorkbookWriter::sheet(const QString &name) const
 {
     return document.sheet(name);
 }
 
-QByteArray WorkbookCells::package() const
+QByteArray WorkbookWriter::package() const
 {
     QBuffer buffer;
     buffer.open(QIODevice::WriteOnly);
@@ -104,14 +104,14 @@ QByteArray WorkbookCells::package() const
     return withLongNumbers(buffer.data());
 }
 
-bool WorkbookCells::save(const QString &fileName) const
+bool WorkbookWriter::save(const QString &fileName) const
 {
     const QByteArray content = package();
     return !content.isEmpty() && saveAtomically(fileName, content);
 }
 
 // Puts the digits that the library left out into the finished worksheets.
-QByteArray WorkbookCells::withLongNumbers(QByteArray package) const
+QByteArray WorkbookWriter::withLongNumbers(QByteArray package) const
 {
     QMap<QString, Numbers> numbersByPart;
     for (int i = 0; i < longNumbers.size(); ++i) {
@@ -139,7 +139,7 @@ QByteArray WorkbookCells::withLongNumbers(QByteArray package) const
 }
 
 // Both the worksheet and the numbers run row by row, so that one pass over the text is enough.
-QByteArray WorkbookCells::withNumbers(const QByteArray &sheetXml, const Numbers &numbers)
+QByteArray WorkbookWriter::withNumbers(const QByteArray &sheetXml, const Numbers &numbers)
 {
     static const QByteArray valueStart = "<v>";
     QByteArray result;

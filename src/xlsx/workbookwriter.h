@@ -14,7 +14,7 @@
 /// Whatever the cells are given, the saved workbook opens in every reader, with every digit of a
 /// finite number and every character of a text that a cell can hold. What lies beyond the last row
 /// or column of a worksheet is left out.
-class WorkbookCells
+class WorkbookWriter
 {
 public:
     /// What a worksheet and a chart may hold at most.

@@ -33,7 +33,7 @@ QByteArray partOf(const QString &workbook, const QByteArray &name)
 
 } // namespace
 
-class TestWorkbookCells : public QObject
+class TestWorkbookWriter : public QObject
 {
     Q_OBJECT
 
@@ -50,14 +50,14 @@ private:
     QTemporaryDir m_folder;
 };
 
-void TestWorkbookCells::initTestCase()
+void TestWorkbookWriter::initTestCase()
 {
     QVERIFY(QDir::setCurrent(m_folder.path()));
 }
 
-void TestWorkbookCells::laterContentOfACellStands()
+void TestWorkbookWriter::laterContentOfACellStands()
 {
-    WorkbookCells cells;
+    WorkbookWriter cells;
     cells.addSheet(sheetName);
     ExpectedSheets::Cells expected;
     const auto write = [&cells](int row, double number) { cells.writeNumber(row, 1, number); };
@@ -79,9 +79,9 @@ void TestWorkbookCells::laterContentOfACellStands()
     QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
 }
 
-void TestWorkbookCells::longNumbersOfAllSheetsStayApart()
+void TestWorkbookWriter::longNumbersOfAllSheetsStayApart()
 {
-    WorkbookCells cells;
+    WorkbookWriter cells;
     Book book;
     for (int i = 0; i < 12; ++i) {
         const QString name = QStringLiteral("Sheet %1").arg(i);
@@ -100,9 +100,9 @@ void TestWorkbookCells::longNumbersOfAllSheetsStayApart()
     QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
 }
 
-void TestWorkbookCells::cellsBeyondTheLastColumnAreLeftOut()
+void TestWorkbookWriter::cellsBeyondTheLastColumnAreLeftOut()
 {
-    WorkbookCells cells;
+    WorkbookWriter cells;
     cells.addSheet(sheetName);
     cells.writeNumber(1, 16384, third);
     cells.writeNumber(1, 16385, third);
@@ -115,7 +115,7 @@ void TestWorkbookCells::cellsBeyondTheLastColumnAreLeftOut()
     QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
 }
 
-void TestWorkbookCells::carriageReturnsBecomeLineFeeds_data()
+void TestWorkbookWriter::carriageReturnsBecomeLineFeeds_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("expected");
@@ -128,16 +128,16 @@ void TestWorkbookCells::carriageReturnsBecomeLineFeeds_data()
     QTest::newRow("two") << "\r\r\n"
                          << "\n\n";
     // Only one of the two characters counts.
-    const QString longest(WorkbookCells::largestTextLength - 1, QLatin1Char('x'));
+    const QString longest(WorkbookWriter::largestTextLength - 1, QLatin1Char('x'));
     QTest::newRow("longest text") << QStringLiteral("\r\n") + longest
                                   << QLatin1Char('\n') + longest;
 }
 
-void TestWorkbookCells::carriageReturnsBecomeLineFeeds()
+void TestWorkbookWriter::carriageReturnsBecomeLineFeeds()
 {
     QFETCH(QString, text);
     QFETCH(QString, expected);
-    WorkbookCells cells;
+    WorkbookWriter cells;
     cells.addSheet(sheetName);
     cells.writeText(1, 1, text);
     ExpectedSheets::Cells content;
@@ -152,10 +152,10 @@ void TestWorkbookCells::carriageReturnsBecomeLineFeeds()
     QVERIFY(!strings.contains('\r'));
 }
 
-void TestWorkbookCells::nameOfAnEarlierSheetIsRefused()
+void TestWorkbookWriter::nameOfAnEarlierSheetIsRefused()
 {
     const QString second = QStringLiteral("Second");
-    WorkbookCells cells;
+    WorkbookWriter cells;
     QVERIFY(cells.addSheet(sheetName));
     QVERIFY(!cells.addSheet(sheetName));
     cells.writeNumber(1, 1, third);
@@ -171,5 +171,5 @@ void TestWorkbookCells::nameOfAnEarlierSheetIsRefused()
     QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
 }
 
-QTEST_GUILESS_MAIN(TestWorkbookCells)
-#include "tst_workbookcells.moc"
+QTEST_GUILESS_MAIN(TestWorkbookWriter)
+#include "tst_workbookwriter.moc"
