@@ -36,6 +36,17 @@ logged() {
     fi
 }
 
+# configure <preset> [<option>...]: into build/<preset>; shows what CMake says only if it fails.
+configure() {
+    mkdir -p build
+    cmake --preset "$@" >"build/configure-$1.log" 2>&1 </dev/null || {
+        cat "build/configure-$1.log" >&2
+        fail "the preset $1 does not configure"
+    }
+}
+
+build() { cmake --build --preset "$@" -- --quiet; }
+
 updated=no
 update_lists() {
     [ $updated = no ] || return 0
