@@ -4,6 +4,9 @@
 #include <cmath>
 
 #include "cconfig.h"
+#include "convergence.h"
+#include "methods.h"
+#include "variability.h"
 #include "xlsx/workbookwriter.h"
 
 namespace
@@ -13,7 +16,6 @@ using Patients = QVector<PatientRecord>;
 using Scores = QVector<PatientScoreRecord>;
 /// One row a patient, and in it one whole number a method or a pair of methods.
 using Marks = QVector<QVector<int>>;
-using ScoreList = QVector<double> PatientScoreRecord::*;
 
 constexpr int pairCount = methodCount * methodCount;
 constexpr int firstPatientRow = 2;
@@ -29,44 +31,26 @@ constexpr const char *variabilityCompareSheets = "Variability compare %1";
 constexpr const char *variabilityAnovaSheet = "VarAnova";
 constexpr const char *idealSheet = "IdealCompare";
 
-/// A text of the workbook, with the offset of the settings behind it or without.
-struct Label {
-    const char *text;
-    bool skipFollows = false;
-};
-
-// By pair index: 3 * convergence method + variability method.
-constexpr std::array<Label, pairCount> pairLabels = {{
-    {"Median difference + Standard Deviation"},
-    {"Median difference + Difference standard Deviation + offset ", true},
-    {"Median difference + Interquartile range"},
-    {"Simple linear regression + Standard Deviation"},
-    {"Simple linear regression + Difference standard Deviation + offset ", true},
-    {"Simple linear regression + Interquartile range"},
-    {"C*e^(k*x) + Standard Deviation"},
-    {"C*e^(k*x) + Difference standard Deviation + offset ", true},
-    {"C*e^(k*x) + Interquartile range"},
-}};
-
 // As a compared pair, this one goes without the blank before its plus sign.
 constexpr int closedUpPair = 5;
-constexpr Label closedUpLabel = {"Simple linear regression+ Interquartile range"};
 
-constexpr Label medianDifference = {"Median difference"};
-constexpr Label linearRegression = {"Simple linear regression"};
-constexpr Label exponential = {"C*e^(k*x)"};
-constexpr Label standardDeviation = {"Standard deviation"};
-constexpr Label differenceDeviation = {"Difference standard deviation offset ", true};
-constexpr Label interquartile = {"Interquartile range"};
+using MethodList = std::array<const Method *, methodCount>;
+constexpr const Method *medianDifference = &convergenceMethods[MedianDifference];
+constexpr const Method *linearRegression = &convergenceMethods[LinearLeastSquares];
+constexpr const Method *exponential = &convergenceMethods[ExponentialFit];
+constexpr const Method *standardDeviation = &variabilityMethods[StandardDeviation];
+constexpr const Method *differenceDeviation =
+    &variabilityMethods[DifferenceStandardDeviationOffset];
+constexpr const Method *interquartile = &variabilityMethods[InterquartileRange];
 
 /// What the sheets about one family of methods are called and say.
 struct Family {
     const char *title;
     const char *compareSheets;
     const char *anovaSheet;
-    std::array<Label, methodCount> labels;
+    MethodList methods;
     // By reference method: what stands above the two columns compared with it.
-    std::array<std::array<Label, methodCount - 1>, methodCount> headings;
+    std::array<std::array<const Method *, methodCount - 1>, methodCount> headings;
 };
 
 constexpr Family convergenceFamily = {
@@ -141,20 +125,35 @@ struct Analysis {
     QString skipText;
 };
 
-QString textOf(const Analysis &analysis, const Label &label)
+/// One of the labels of \p method, with the offset behind it where it belongs there.
+QString labelOf(const Analysis &analysis, const Method &method, const char *Method::*place)
 {
-    const QString text = QLatin1String(label.text);
-    return label.skipFollows ? text + analysis.skipText : text;
+    const QString text = QLatin1String(method.*place);
+    return method.labelHasOffset ? text + analysis.skipText : text;
 }
 
 template<size_t count>
-QStringList textsOf(const Analysis &analysis, const std::array<Label, count> &labels)
+QStringList labelsOf(const Analysis &analysis, const std::array<const Method *, count> &methods)
 {
-    QStringList texts;
-    for (const Label &label : labels) {
-        texts.append(textOf(analysis, label));
+    QStringList labels;
+    for (const Method *method : methods) {
+        labels.append(labelOf(analysis, *method, &Method::analysisWorkbook));
     }
-    return texts;
+    return labels;
+}
+
+/// The labels of the pairs, by pair index: 3 * convergence method + variability method.
+QStringList pairLabels(const Analysis &analysis)
+{
+    QStringList labels;
+    for (const Method &convergence : convergenceMethods) {
+        for (const Method &variability : variabilityMethods) {
+            labels.append(labelOf(analysis, convergence, &Method::analysisPair)
+                          + QLatin1String(" + ")
+                          + labelOf(analysis, variability, &Method::analysisPair));
+        }
+    }
+    return labels;
 }
 
 template<size_t count>
@@ -231,7 +230,7 @@ void writeMedianSheet(Analysis &analysis, const Marks &kvadrants)
     WorkbookWriter &cells = analysis.cells;
     cells.addSheet(QLatin1String(medianSheet));
     cells.writeText(1, 1, patientHeading);
-    writeRowOfTexts(cells, 1, 2, textsOf(analysis, pairLabels));
+    writeRowOfTexts(cells, 1, 2, pairLabels(analysis));
     for (int k = 0; k < kvadrants.size(); ++k) {
         const int row = firstPatientRow + k;
         cells.writeText(row, 1, analysis.patients.at(k).id);
@@ -286,9 +285,9 @@ void writeComparison(Analysis &analysis, const Comparison &comparison, const Mar
 
 void writePairComparisons(Analysis &analysis, const Marks &kvadrants)
 {
-    const QStringList labels = textsOf(analysis, pairLabels);
+    const QStringList labels = pairLabels(analysis);
     QStringList headings = labels;
-    headings[closedUpPair] = textOf(analysis, closedUpLabel);
+    headings[closedUpPair].replace(QLatin1String(" + "), QLatin1String("+ "));
     for (int reference = 0; reference < pairCount; ++reference) {
         QStringList others = headings;
         others.removeAt(reference);
@@ -302,12 +301,12 @@ void writePairComparisons(Analysis &analysis, const Marks &kvadrants)
 
 void writeMethodComparisons(Analysis &analysis, const Family &family, const Marks &flags)
 {
-    const QStringList labels = textsOf(analysis, family.labels);
+    const QStringList labels = labelsOf(analysis, family.methods);
     for (int reference = 0; reference < methodCount; ++reference) {
         writeComparison(analysis,
                         {QString::fromLatin1(family.compareSheets).arg(reference + 1),
                          patientHeading, labels.at(reference),
-                         textsOf(analysis, family.headings.at(size_t(reference)))},
+                         labelsOf(analysis, family.headings.at(size_t(reference)))},
                         flags, reference);
         writeNotes(analysis.cells, methodComparisonNotes);
     }
@@ -356,7 +355,7 @@ void writeFlagColumns(Analysis &analysis, int column, const Family &family, cons
     constexpr int firstRow = 3;
     cells.writeText(1, column, QLatin1String(family.title));
     cells.writeText(2, column, patientHeading);
-    writeRowOfTexts(cells, 2, column + 1, textsOf(analysis, family.labels));
+    writeRowOfTexts(cells, 2, column + 1, labelsOf(analysis, family.methods));
     for (int k = 0; k < flags.size(); ++k) {
         cells.writeText(firstRow + k, column, analysis.patients.at(k).id);
         for (int method = 0; method < methodCount; ++method) {
@@ -377,7 +376,7 @@ void writeFlagSheet(Analysis &analysis, const Marks &convergenceFlags,
 void writeAnovaSheet(Analysis &analysis, const Family &family, const Marks &flags)
 {
     writeColumnPairs(analysis.cells, QLatin1String(family.anovaSheet), 1,
-                     textsOf(analysis, family.labels), flags);
+                     labelsOf(analysis, family.methods), flags);
 }
 
 void writeIdealSheet(Analysis &analysis, const Marks &kvadrants)
@@ -388,7 +387,7 @@ void writeIdealSheet(Analysis &analysis, const Marks &kvadrants)
     // The share stands in the column of the last pair, and counts it all the same.
     constexpr int firstColumn = 3;
     constexpr int shareColumn = firstColumn + pairCount - 1;
-    writeRowOfTexts(cells, 1, firstColumn, textsOf(analysis, pairLabels));
+    writeRowOfTexts(cells, 1, firstColumn, pairLabels(analysis));
     cells.writeText(1, shareColumn, shareHeading);
     for (int k = 0; k < kvadrants.size(); ++k) {
         const int ideal = analysis.patients.at(k).idealKvadrant;
@@ -422,8 +421,8 @@ void writeAnalysisWorkbook(const QString &fileName, const QVector<PatientRecord>
     Analysis analysis{patients, {}, QString::number(CConfig::instance().skip())};
     writeMedianSheet(analysis, kvadrants);
     writePairComparisons(analysis, kvadrants);
-    writeColumnPairs(analysis.cells, QLatin1String(pairAnovaSheet), 2,
-                     textsOf(analysis, pairLabels), kvadrants);
+    writeColumnPairs(analysis.cells, QLatin1String(pairAnovaSheet), 2, pairLabels(analysis),
+                     kvadrants);
     writeFlagSheet(analysis, convergenceFlags, variabilityFlags);
     writeMethodComparisons(analysis, convergenceFamily, convergenceFlags);
     writeAnovaSheet(analysis, convergenceFamily, convergenceFlags);

@@ -6,7 +6,6 @@
 namespace
 {
 
-using Family = QVector<double> PatientScoreRecord::*;
 using Center = double (*)(QVector<double>);
 
 // In patient order, which decides the last bits of the sum.
@@ -19,14 +18,14 @@ double average(QVector<double> values) // NOLINT(performance-unnecessary-value-p
     return sum / values.size();
 }
 
-QVector<double> centersOf(const QVector<PatientScoreRecord> &scores, Family family, Center center)
+QVector<double> centersOf(const QVector<PatientScoreRecord> &scores, ScoreList list, Center center)
 {
     QVector<double> centers;
     for (int method = 0; method < methodCount; ++method) {
         QVector<double> column;
         column.reserve(scores.size());
         for (const PatientScoreRecord &score : scores) {
-            column.append((score.*family).at(method));
+            column.append((score.*list).at(method));
         }
         centers.append(center(std::move(column)));
     }

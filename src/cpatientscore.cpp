@@ -1,23 +1,20 @@
 #include "cpatientscore.h"
 
-#include <array>
-
 #include <QColor>
 
 #include "centers.h"
+#include "methods.h"
 
 namespace
 {
 
 constexpr int rows = 2 * methodCount;
-constexpr std::array<const char *, rows> methodHeaders = {
-    QT_TRANSLATE_NOOP("CPatientScore", "Median difference (x)"),
-    QT_TRANSLATE_NOOP("CPatientScore", "Linear least squares (x)"),
-    QT_TRANSLATE_NOOP("CPatientScore", "C*e^(k*x) (x)"),
-    QT_TRANSLATE_NOOP("CPatientScore", "Standard deviation (y)"),
-    QT_TRANSLATE_NOOP("CPatientScore", "Difference standard deviation offset (y)"),
-    QT_TRANSLATE_NOOP("CPatientScore", "Interquartile range (y)"),
-};
+
+const Method &methodInRow(int row)
+{
+    return row < methodCount ? convergenceMethods.at(size_t(row))
+                             : variabilityMethods.at(size_t(row - methodCount));
+}
 
 double valueInRow(const PatientScoreRecord &record, int row)
 {
@@ -79,7 +76,7 @@ QVariant CPatientScore::headerData(int section, Qt::Orientation orientation, int
     if (orientation == Qt::Horizontal) {
         return scores.at(section).id;
     }
-    return tr(methodHeaders.at(size_t(section)));
+    return tr(methodInRow(section).scoreTable);
 }
 
 void CPatientScore::update(const QVector<PatientScoreRecord> &scoreList,

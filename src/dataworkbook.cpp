@@ -1,11 +1,11 @@
 #include "dataworkbook.h"
 
 #include <algorithm>
-#include <array>
 
 #include <xlsxcellrange.h>
 
 #include "cconfig.h"
+#include "methods.h"
 #include "xlsx/workbookwriter.h"
 
 namespace
@@ -22,29 +22,11 @@ const QString graphSheet = QStringLiteral("Graph");
 constexpr int firstPatient = 2;
 constexpr int firstValueColumn = 2;
 
-/// One row of "Method result": a label, and where its values come from.
-struct ResultRow {
-    const char *label;
-    QVector<double> PatientScoreRecord::*family;
-    int method;
-    bool clipped;
-};
-
-constexpr size_t resultCount = 6;
-constexpr std::array<ResultRow, resultCount> resultRows = {{
-    {"Median difference", &PatientScoreRecord::convergence, 0, false},
-    {"Linear least squares", &PatientScoreRecord::convergence, 1, false},
-    {"C*e^(k*x)", &PatientScoreRecord::convergence, 2, false},
-    {"Standard deviation", &PatientScoreRecord::variability, 0, false},
-    {"Standard deviation difference offset", &PatientScoreRecord::variability, 1, true},
-    {"Interquartile range", &PatientScoreRecord::variability, 2, false},
-}};
-
-// The offset takes that many characters off the front of its label, rather than standing in it.
-QString labelOf(const ResultRow &row)
+// The offset cuts as many characters off the front of its label.
+QString labelOf(const Method &method)
 {
-    const auto label = QLatin1String(row.label);
-    const quint64 clipped = row.clipped ? CConfig::instance().skip() : 0;
+    const auto label = QLatin1String(method.dataWorkbook);
+    const quint64 clipped = method.labelHasOffset ? CConfig::instance().skip() : 0;
     return label.mid(int(std::min(clipped, quint64(label.size()))));
 }
 
@@ -73,21 +55,27 @@ void writeData(WorkbookWriter &cells, const Patients &patients)
     }
 }
 
+/// One row a method, from \p row on.
+void writeMethodRows(WorkbookWriter &cells, int row, const Methods &methods, const Scores &scores,
+                     ScoreList values)
+{
+    for (int method = 0; method < methodCount; ++method) {
+        cells.writeText(row + method, 1, labelOf(methods.at(size_t(method))));
+        for (int k = 0; k < scores.size(); ++k) {
+            cells.writeNumber(row + method, firstPatient + k, (scores.at(k).*values).at(method));
+        }
+    }
+}
+
 void writeResults(WorkbookWriter &cells, const Patients &patients, const Scores &scores)
 {
     cells.addSheet(resultSheet);
     for (int k = 0; k < patients.size(); ++k) {
         cells.writeText(1, firstPatient + k, patients.at(k).id);
     }
-    int row = 2;
-    for (const ResultRow &result : resultRows) {
-        cells.writeText(row, 1, labelOf(result));
-        for (int k = 0; k < scores.size(); ++k) {
-            cells.writeNumber(row, firstPatient + k,
-                              (scores.at(k).*result.family).at(result.method));
-        }
-        ++row;
-    }
+    writeMethodRows(cells, 2, convergenceMethods, scores, &PatientScoreRecord::convergence);
+    writeMethodRows(cells, 2 + methodCount, variabilityMethods, scores,
+                    &PatientScoreRecord::variability);
 }
 
 void writeGraph(WorkbookWriter &cells, const Patients &patients)

@@ -28,6 +28,7 @@
 #include "dataworkbook.h"
 #include "graphexport.h"
 #include "graphsubwindow.h"
+#include "methods.h"
 #include "patientreader.h"
 #include "resultsubwindow.h"
 #include "scores.h"
@@ -37,21 +38,10 @@
 namespace
 {
 
-using MethodNames = std::array<const char *, methodCount>;
-constexpr MethodNames convergenceNames = {
-    QT_TRANSLATE_NOOP("MainWindow", "Median difference"),
-    QT_TRANSLATE_NOOP("MainWindow", "Linear least squares"),
-    QT_TRANSLATE_NOOP("MainWindow", "C*e^(k*x)"),
-};
-constexpr MethodNames varianceNames = {
-    QT_TRANSLATE_NOOP("MainWindow", "Standard deviation"),
-    QT_TRANSLATE_NOOP("MainWindow", "Difference standard deviation offset"),
-    QT_TRANSLATE_NOOP("MainWindow", "Interquartile range"),
-};
-
-const char *methodName(const MethodNames &names, quint64 method)
+// A number beyond the last method counts as the last one.
+const char *methodName(const Methods &methods, quint64 index)
 {
-    return names.at(std::min<size_t>(method, names.size() - 1));
+    return methods.at(std::min<size_t>(index, methods.size() - 1)).window;
 }
 
 constexpr QSize tabbedGraphSize(715, 415);
@@ -251,8 +241,8 @@ QBoxLayout *MainWindow::createButtons()
 void MainWindow::showSettings()
 {
     const CConfig &config = CConfig::instance();
-    convergenceLabel->setText(tr(methodName(convergenceNames, config.convergenceMethod())));
-    varianceLabel->setText(tr(methodName(varianceNames, config.varianceMethod())));
+    convergenceLabel->setText(tr(methodName(convergenceMethods, config.convergenceMethod())));
+    varianceLabel->setText(tr(methodName(variabilityMethods, config.varianceMethod())));
     centerLabel->setText(config.resultMethod() == 1 ? tr("Median") : tr("Average"));
     offsetLabel->setText(QString::number(config.skip()));
 }

@@ -14,5 +14,8 @@ struct PatientScoreRecord {
 };
 Q_DECLARE_TYPEINFO(PatientScoreRecord, Q_MOVABLE_TYPE);
 
+/// One of the two lists.
+using ScoreList = QVector<double> PatientScoreRecord::*;
+
 /// How many methods each of the two lists has.
 inline constexpr int methodCount = 3;

@@ -1,37 +1,27 @@
 #include "resultsubwindow.h"
 
-#include <array>
 #include <cmath>
 
 #include <QFontMetrics>
 #include <QPainter>
 
+#include "methods.h"
+
 namespace
 {
 
-using MethodNames = std::array<const char *, methodCount>;
+constexpr int noMethod = -1;
 
-constexpr MethodNames convergenceNames = {
-    QT_TRANSLATE_NOOP("ResultSubWindow", "Median difference"),
-    QT_TRANSLATE_NOOP("ResultSubWindow", "Linear least squares fitting"),
-    QT_TRANSLATE_NOOP("ResultSubWindow", "C*e^(k*x)"),
-};
-constexpr MethodNames variabilityNames = {
-    QT_TRANSLATE_NOOP("ResultSubWindow", "Standard deviation"),
-    QT_TRANSLATE_NOOP("ResultSubWindow", "Difference standard deviation offset"),
-    QT_TRANSLATE_NOOP("ResultSubWindow", "Interquartile range"),
-};
-
-// -1 for what is the number of no method.
-int methodIndex(double index)
+// The whole part of \p number where a method has that index, otherwise noMethod.
+int methodIndex(double number)
 {
-    const double whole = std::trunc(index);
-    return whole >= 0 && whole < methodCount ? int(whole) : -1;
+    const double whole = std::trunc(number);
+    return whole >= 0 && whole < methodCount ? int(whole) : noMethod;
 }
 
-QString methodName(const MethodNames &names, int index)
+QString methodName(const Methods &methods, int index)
 {
-    return index < 0 ? QString() : ResultSubWindow::tr(names.at(size_t(index)));
+    return index == noMethod ? QString() : ResultSubWindow::tr(methods.at(size_t(index)).plot);
 }
 
 void drawKvadrantLabels(QPainter *painter, const QVector<GraphText> &labels)
@@ -100,6 +90,6 @@ ResultPlotTexts ResultSubWindow::texts() const
             tr("W/B"),
             tr("Convergence"),
             tr("Variability"),
-            tr("Convergence: ") + methodName(convergenceNames, convergenceIndex),
-            tr("Variability: ") + methodName(variabilityNames, variabilityIndex)};
+            tr("Convergence: ") + methodName(convergenceMethods, convergenceIndex),
+            tr("Variability: ") + methodName(variabilityMethods, variabilityIndex)};
 }

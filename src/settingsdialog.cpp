@@ -11,6 +11,7 @@
 #include <QVBoxLayout>
 
 #include "cconfig.h"
+#include "methods.h"
 
 namespace
 {
@@ -74,11 +75,13 @@ SettingsDialog::SettingsDialog()
 
 QGroupBox *SettingsDialog::methodGroup()
 {
-    // The position of an item is the index of its method.
-    convergenceCombo->addItems(
-        {tr("Median difference"), tr("Linear least squares"), tr("C*e^(k*x)")});
-    varianceCombo->addItems({tr("Standard deviation"), tr("Difference standard deviation offset"),
-                             tr("Interquartile range")});
+    // The index of an item is the index of its method.
+    for (const Method &method : convergenceMethods) {
+        convergenceCombo->addItem(tr(method.dialog));
+    }
+    for (const Method &method : variabilityMethods) {
+        varianceCombo->addItem(tr(method.dialog));
+    }
     auto *group = new QGroupBox(tr("Method"), this);
     auto *rows = new QVBoxLayout(group);
     rows->addLayout(labelledRow(tr("Convergence"), convergenceCombo));

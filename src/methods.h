@@ -1,0 +1,32 @@
+#pragma once
+
+#include <array>
+
+#include "patientscorerecord.h"
+
+/// One method, and what each place calls it. No wording may be changed: people search for them, and
+/// the programs that read the saved workbooks do too.
+struct Method {
+    /// The value label of the window; source text in the context MainWindow.
+    const char *window;
+    /// The item of the settings dialog; source text in the context SettingsDialog.
+    const char *dialog;
+    /// The header of the score table, with the axis of the result plot in brackets; source text in
+    /// the context CPatientScore.
+    const char *scoreTable;
+    /// The line at the foot of the result plot; source text in the context ResultSubWindow.
+    const char *plot;
+    /// The label of the data workbook, never translated.
+    const char *dataWorkbook;
+    /// The label on the sheets of single methods of the analysis workbook, never translated.
+    const char *analysisWorkbook;
+    /// The half of a pair's label in the analysis workbook, never translated.
+    const char *analysisPair;
+    /// Whether the offset of the settings goes into the labels of both workbooks.
+    bool labelHasOffset;
+};
+
+/// The methods by their index: ConvergenceMethod, VariabilityMethod.
+using Methods = std::array<Method, methodCount>;
+extern const Methods convergenceMethods;
+extern const Methods variabilityMethods;
