@@ -1,10 +1,10 @@
 #include "analysisworkbook.h"
 
 #include <array>
-#include <cmath>
 
 #include "cconfig.h"
 #include "convergence.h"
+#include "kvadrants.h"
 #include "methods.h"
 #include "variability.h"
 #include "xlsx/workbookwriter.h"
@@ -17,7 +17,6 @@ using Scores = QVector<PatientScoreRecord>;
 /// One row a patient, and in it one whole number a method or a pair of methods.
 using Marks = QVector<QVector<int>>;
 
-constexpr int pairCount = methodCount * methodCount;
 constexpr int firstPatientRow = 2;
 
 // The sheets in their order; "%1" is the number of the reference, from 1.
@@ -171,56 +170,26 @@ void writeRowOfTexts(WorkbookWriter &cells, int row, int firstColumn, const QStr
     }
 }
 
-/// The kvadrant of a point, 1 to 4; on a center counts as worse. 0 if one number is not a number.
-int kvadrantOf(double convergence, double variability, double convergenceCenter,
-               double variabilityCenter)
-{
-    if (std::isnan(convergence) || std::isnan(variability) || std::isnan(convergenceCenter)
-        || std::isnan(variabilityCenter)) {
-        return 0;
-    }
-    const bool convergenceBetter = convergence < convergenceCenter;
-    if (variability < variabilityCenter) {
-        return convergenceBetter ? 3 : 4;
-    }
-    return convergenceBetter ? 2 : 1;
-}
-
 /// The kvadrant of each patient under each pair of methods.
 Marks kvadrantTable(const Scores &scores, const PatientScoreRecord &medianCenter)
 {
-    // All pairs are held against the centers of the first two methods, not against their own.
-    const double convergenceCenter = medianCenter.convergence.at(0);
-    const double variabilityCenter = medianCenter.variability.at(0);
     Marks table;
     table.reserve(scores.size());
     for (const PatientScoreRecord &score : scores) {
-        QVector<int> row;
-        row.reserve(pairCount);
-        for (int pair = 0; pair < pairCount; ++pair) {
-            row.append(kvadrantOf(score.convergence.at(pair / methodCount),
-                                  score.variability.at(pair % methodCount), convergenceCenter,
-                                  variabilityCenter));
-        }
-        table.append(row);
+        const auto kvadrants = pairKvadrants(score, medianCenter);
+        table.append(QVector<int>(kvadrants.begin(), kvadrants.end()));
     }
     return table;
 }
 
-/// 1 for each value of a family that is not below the median of its own method, otherwise 0, as it
-/// is for not a number.
-Marks worseTable(const Scores &scores, const PatientScoreRecord &medianCenter, ScoreList family)
+/// The flags of each patient for the methods of \p list.
+Marks worseTable(const Scores &scores, const PatientScoreRecord &medianCenter, ScoreList list)
 {
     Marks table;
     table.reserve(scores.size());
     for (const PatientScoreRecord &score : scores) {
-        QVector<int> row;
-        row.reserve(methodCount);
-        for (int method = 0; method < methodCount; ++method) {
-            const double median = (medianCenter.*family).at(method);
-            row.append((score.*family).at(method) >= median ? 1 : 0);
-        }
-        table.append(row);
+        const auto flags = worseFlags(score, medianCenter, list);
+        table.append(QVector<int>(flags.begin(), flags.end()));
     }
     return table;
 }
@@ -236,7 +205,7 @@ void writeMedianSheet(Analysis &analysis, const Marks &kvadrants)
         cells.writeText(row, 1, analysis.patients.at(k).id);
         for (int pair = 0; pair < pairCount; ++pair) {
             const int kvadrant = kvadrants.at(k).at(pair);
-            if (kvadrant != 0) {
+            if (kvadrant != noKvadrant) {
                 cells.writeNumber(row, pair + 2, kvadrant);
             }
         }

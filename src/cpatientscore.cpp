@@ -3,6 +3,7 @@
 #include <QColor>
 
 #include "centers.h"
+#include "kvadrants.h"
 #include "methods.h"
 
 namespace
@@ -22,13 +23,15 @@ double valueInRow(const PatientScoreRecord &record, int row)
                              : record.variability.at(row - methodCount);
 }
 
-QColor sideColor(double value, double center)
+QColor colorOf(Side side)
 {
-    if (value > center) {
-        return {"#E79292"};
-    }
-    if (center > value) {
+    switch (side) {
+    case Side::Better:
         return {"#AAD083"};
+    case Side::Worse:
+        return {"#E79292"};
+    case Side::OnCenter:
+        break;
     }
     return {"#647B98"};
 }
@@ -62,7 +65,7 @@ QVariant CPatientScore::data(const QModelIndex &index, int role) const
     }
     if (role == Qt::BackgroundRole) {
         const PatientScoreRecord &center = chosenCenter(averageCenter, medianCenter);
-        return sideColor(value, valueInRow(center, index.row()));
+        return colorOf(sideOf(value, valueInRow(center, index.row())));
     }
     return {};
 }

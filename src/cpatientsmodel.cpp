@@ -2,6 +2,7 @@
 
 #include "cconfig.h"
 #include "centers.h"
+#include "kvadrants.h"
 
 namespace
 {
@@ -35,19 +36,17 @@ QVariant CPatientsModel::data(const QModelIndex &index, int role) const
     if (index.column() == IdColumn) {
         return patients.at(index.row()).id;
     }
-    return mark(scores.at(index.row()));
+    return markText(scores.at(index.row()));
 }
 
-QString CPatientsModel::mark(const PatientScoreRecord &score) const
+QString CPatientsModel::markText(const PatientScoreRecord &score) const
 {
     const CConfig &config = CConfig::instance();
     const PatientScoreRecord &center = chosenCenter(averageCenter, medianCenter);
-    const int c = static_cast<int>(config.convergenceMethod());
-    const int v = static_cast<int>(config.varianceMethod());
-    // The two tests are no mirror images: not a number is worse in the first, better in the second.
-    const bool convergenceBetter = center.convergence.at(c) > score.convergence.at(c);
-    const bool variabilityWorse = score.variability.at(v) >= center.variability.at(v);
-    return (convergenceBetter ? tr("B/") : tr("W/")) + (variabilityWorse ? tr("W") : tr("B"));
+    const Mark mark =
+        markOf(score, center, int(config.convergenceMethod()), int(config.varianceMethod()));
+    return (mark.convergenceBetter ? tr("B/") : tr("W/"))
+        + (mark.variabilityBetter ? tr("B") : tr("W"));
 }
 
 QVariant CPatientsModel::headerData(int section, Qt::Orientation orientation, int role) const

@@ -38,7 +38,7 @@ public:
     QVector<PatientScoreRecord> &scores;
 
 private:
-    QString mark(const PatientScoreRecord &score) const;
+    QString markText(const PatientScoreRecord &score) const;
 
     PatientScoreRecord &averageCenter;
     PatientScoreRecord &medianCenter;
