@@ -18,7 +18,8 @@ double average(QVector<double> values) // NOLINT(performance-unnecessary-value-p
     return sum / values.size();
 }
 
-QVector<double> centersOf(const QVector<PatientScoreRecord> &scores, ScoreList list, Center center)
+QVector<double> columnCenters(const QVector<PatientScoreRecord> &scores, ScoreList list,
+                              Center center)
 {
     QVector<double> centers;
     for (int method = 0; method < methodCount; ++method) {
@@ -36,26 +37,32 @@ QVector<double> centersOf(const QVector<PatientScoreRecord> &scores, ScoreList l
 
 QVector<double> convergenceMedians(const QVector<PatientScoreRecord> &scores)
 {
-    return centersOf(scores, &PatientScoreRecord::convergence, &median);
+    return columnCenters(scores, &PatientScoreRecord::convergence, &median);
 }
 
 QVector<double> variabilityMedians(const QVector<PatientScoreRecord> &scores)
 {
-    return centersOf(scores, &PatientScoreRecord::variability, &median);
+    return columnCenters(scores, &PatientScoreRecord::variability, &median);
 }
 
 QVector<double> convergenceAverages(const QVector<PatientScoreRecord> &scores)
 {
-    return centersOf(scores, &PatientScoreRecord::convergence, &average);
+    return columnCenters(scores, &PatientScoreRecord::convergence, &average);
 }
 
 QVector<double> variabilityAverages(const QVector<PatientScoreRecord> &scores)
 {
-    return centersOf(scores, &PatientScoreRecord::variability, &average);
+    return columnCenters(scores, &PatientScoreRecord::variability, &average);
 }
 
-const PatientScoreRecord &chosenCenter(const PatientScoreRecord &average,
-                                       const PatientScoreRecord &median)
+Centers centersOf(const QVector<PatientScoreRecord> &scores)
+{
+    return {{{}, convergenceMedians(scores), variabilityMedians(scores)},
+            {{}, convergenceAverages(scores), variabilityAverages(scores)}};
+}
+
+const PatientScoreRecord &chosenCenter(const PatientScoreRecord &median,
+                                       const PatientScoreRecord &average)
 {
     return CConfig::instance().resultMethod() == 1 ? median : average;
 }

@@ -16,6 +16,15 @@ QVector<double> convergenceAverages(const QVector<PatientScoreRecord> &scores);
 /// The same for the three variability columns.
 QVector<double> variabilityAverages(const QVector<PatientScoreRecord> &scores);
 
+/// Both centers of a group; neither has an identifier.
+struct Centers {
+    PatientScoreRecord median;
+    PatientScoreRecord average;
+};
+
+/// The medians and the means of all six columns.
+Centers centersOf(const QVector<PatientScoreRecord> &scores);
+
 /// The center that counts: \p median when the setting "Median" is 1, otherwise \p average.
-const PatientScoreRecord &chosenCenter(const PatientScoreRecord &average,
-                                       const PatientScoreRecord &median);
+const PatientScoreRecord &chosenCenter(const PatientScoreRecord &median,
+                                       const PatientScoreRecord &average);

@@ -64,7 +64,7 @@ QVariant CPatientScore::data(const QModelIndex &index, int role) const
         return QStringLiteral("%1").arg(value);
     }
     if (role == Qt::BackgroundRole) {
-        const PatientScoreRecord &center = chosenCenter(averageCenter, medianCenter);
+        const PatientScoreRecord &center = chosenCenter(medianCenter, averageCenter);
         return colorOf(sideOf(value, valueInRow(center, index.row())));
     }
     return {};

@@ -42,7 +42,7 @@ QVariant CPatientsModel::data(const QModelIndex &index, int role) const
 QString CPatientsModel::markText(const PatientScoreRecord &score) const
 {
     const CConfig &config = CConfig::instance();
-    const PatientScoreRecord &center = chosenCenter(averageCenter, medianCenter);
+    const PatientScoreRecord &center = chosenCenter(medianCenter, averageCenter);
     const Mark mark =
         markOf(score, center, int(config.convergenceMethod()), int(config.varianceMethod()));
     return (mark.convergenceBetter ? tr("B/") : tr("W/"))

@@ -33,7 +33,6 @@
 #include "resultsubwindow.h"
 #include "scores.h"
 #include "settingsdialog.h"
-#include "variability.h"
 
 namespace
 {
@@ -339,10 +338,9 @@ void MainWindow::refuse(const QString &path, const QString &text)
 
 void MainWindow::computeCenters()
 {
-    medianCenter.convergence = convergenceMedians(scores);
-    medianCenter.variability = variabilityMedians(scores);
-    averageCenter.convergence = convergenceAverages(scores);
-    averageCenter.variability = variabilityAverages(scores);
+    const Centers centers = centersOf(scores);
+    medianCenter = centers.median;
+    averageCenter = centers.average;
 }
 
 void MainWindow::createScoreModel()
@@ -443,7 +441,7 @@ ResultSubWindow *MainWindow::createResultPlot(const QVector<PatientScoreRecord> 
     const CConfig &config = CConfig::instance();
     const auto variability = int(config.varianceMethod());
     const auto convergence = int(config.convergenceMethod());
-    const PatientScoreRecord &center = chosenCenter(averageCenter, medianCenter);
+    const PatientScoreRecord &center = chosenCenter(medianCenter, averageCenter);
     return new ResultSubWindow(shown, variability, convergence, center.variability.at(variability),
                                center.convergence.at(convergence));
 }
@@ -553,12 +551,10 @@ void MainWindow::editConfig()
     if (!closeFileAction->isEnabled()) {
         return;
     }
-    // Of the six results this one alone depends on a setting.
-    for (int i = 0; i < patients.size(); ++i) {
-        scores[i].variability[DifferenceStandardDeviationOffset] =
-            differenceStandardDeviationOffset(patients.at(i).values);
-    }
+    updateOffsetScores(scores, patients);
     computeCenters();
+    // The models refer to these very objects already, so that this changes nothing today. It keeps
+    // a model right that holds copies.
     patientScoreModel->update(scores, medianCenter, averageCenter);
     patientsModel->update(scores, medianCenter, averageCenter);
 }

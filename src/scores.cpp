@@ -13,13 +13,21 @@ QVector<PatientScoreRecord> scoresOf(const QVector<PatientRecord> &patients)
     return scores;
 }
 
+void updateOffsetScores(QVector<PatientScoreRecord> &scores, const QVector<PatientRecord> &patients)
+{
+    for (int i = 0; i < patients.size(); ++i) {
+        scores[i].variability[DifferenceStandardDeviationOffset] =
+            differenceStandardDeviationOffset(patients.at(i).values);
+    }
+}
+
 QVector<int> patientsWithTooFewValues(const QVector<PatientRecord> &patients)
 {
-    QVector<int> positions;
+    QVector<int> indices;
     for (int i = 0; i < patients.size(); ++i) {
         if (patients.at(i).values.size() < fewestValues) {
-            positions.append(i);
+            indices.append(i);
         }
     }
-    return positions;
+    return indices;
 }

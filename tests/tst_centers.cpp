@@ -217,7 +217,7 @@ void TestCenters::theSettingChoosesTheCenter()
     config.close();
     const PatientScoreRecord average;
     const PatientScoreRecord median;
-    QCOMPARE(&chosenCenter(average, median), isMedian ? &median : &average);
+    QCOMPARE(&chosenCenter(median, average), isMedian ? &median : &average);
 }
 
 void TestCenters::theChoiceIsReadOnEveryCall()
@@ -225,9 +225,9 @@ void TestCenters::theChoiceIsReadOnEveryCall()
     const PatientScoreRecord average;
     const PatientScoreRecord median;
     CConfig::instance().saveConfig(0, 0, 1, 3, 1);
-    QCOMPARE(&chosenCenter(average, median), &median);
+    QCOMPARE(&chosenCenter(median, average), &median);
     CConfig::instance().saveConfig(0, 0, 0, 3, 1);
-    QCOMPARE(&chosenCenter(average, median), &average);
+    QCOMPARE(&chosenCenter(median, average), &average);
 }
 
 QTEST_GUILESS_MAIN(TestCenters)
