@@ -6,7 +6,7 @@ namespace
 {
 
 // clang-format off
-constexpr std::array<const char *, 63> names = {
+constexpr std::array names = {
     "#000000", "#00FF00", "#0000FF", "#FF0000", "#01FFFE", "#FFA6FE", "#FFDB66", "#006401",
     "#010067", "#95003A", "#007DB5", "#FF00F6", "#E85EBE", "#774D00", "#90FB92", "#0076FF",
     "#D5FF00", "#FF937E", "#6A826C", "#FF029D", "#FE8900", "#7A4782", "#7E2DD2", "#85A900",

@@ -86,35 +86,35 @@ void MainWindow::settleConfig()
 
 void MainWindow::createActions()
 {
-    const auto create = [this](const QString &text, const QObject *receiver, const char *slot) {
+    const auto create = [this](const QString &text, const auto *receiver, auto slot) {
         auto *action = new QAction(text, this);
-        connect(action, SIGNAL(triggered()), receiver, slot);
+        connect(action, &QAction::triggered, receiver, slot);
         return action;
     };
-    openAction = create(tr("Open File"), this, SLOT(open()));
+    openAction = create(tr("Open File"), this, &MainWindow::open);
     openAction->setShortcut(QKeySequence(QStringLiteral("ctrl+o")));
     openAction->setStatusTip(tr("Open xlsx file with data"));
 
-    saveAction = create(tr("Save file"), this, SLOT(save()));
+    saveAction = create(tr("Save file"), this, &MainWindow::save);
     saveAction->setShortcut(QKeySequence(QStringLiteral("ctrl+s")));
 
-    exitAction = create(tr("Exit"), QCoreApplication::instance(), SLOT(quit()));
+    exitAction = create(tr("Exit"), QCoreApplication::instance(), &QCoreApplication::quit);
     exitAction->setShortcut(QKeySequence(QStringLiteral("ctrl+q")));
 
-    exportGraphAction = create(tr("Export graph"), this, SLOT(saveSvg()));
+    exportGraphAction = create(tr("Export graph"), this, &MainWindow::saveSvg);
     exportGraphAction->setShortcuts(QKeySequence::Print);
     exportGraphAction->setStatusTip(tr("Export currently selected graph to svg"));
 
-    settingsAction = create(tr("Settings"), this, SLOT(editConfig()));
+    settingsAction = create(tr("Settings"), this, &MainWindow::editConfig);
     settingsAction->setShortcut(QKeySequence(QStringLiteral("ctrl+t")));
 
-    saveAnalysisAction = create(tr("Save data analysis"), this, SLOT(savePrepareAnova()));
+    saveAnalysisAction = create(tr("Save data analysis"), this, &MainWindow::savePrepareAnova);
     saveAnalysisAction->setShortcut(QKeySequence(QStringLiteral("ctrl+d")));
 
-    groupsGraphAction = create(tr("Groups graph"), this, SLOT(split()));
+    groupsGraphAction = create(tr("Groups graph"), this, &MainWindow::split);
     groupsGraphAction->setShortcut(QKeySequence(QStringLiteral("ctrl+l")));
 
-    closeFileAction = create(tr("Close file"), this, SLOT(closeFile()));
+    closeFileAction = create(tr("Close file"), this, &MainWindow::closeFile);
     closeFileAction->setShortcut(QKeySequence(QStringLiteral("ctrl+h")));
 }
 
@@ -216,20 +216,20 @@ void MainWindow::createPatientTable()
     patientTable->setSelectionBehavior(QAbstractItemView::SelectRows);
     patientTable->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
     patientTable->setContextMenuPolicy(Qt::CustomContextMenu);
-    connect(patientTable, SIGNAL(customContextMenuRequested(QPoint)), this,
-            SLOT(customMenuRequested(QPoint)));
+    connect(patientTable, &QTableView::customContextMenuRequested, this,
+            &MainWindow::customMenuRequested);
 }
 
 QBoxLayout *MainWindow::createButtons()
 {
-    const auto create = [this](const QString &text, const char *slot) {
+    const auto create = [this](const QString &text, void (MainWindow::*slot)()) {
         auto *button = new QPushButton(text);
         button->setDisabled(true);
-        connect(button, SIGNAL(clicked()), this, slot);
+        connect(button, &QPushButton::clicked, this, slot);
         return button;
     };
-    showGraphButton = create(tr("Show graph"), SLOT(selectItems()));
-    resetSelectionButton = create(tr("Reset selection"), SLOT(resetSelect()));
+    showGraphButton = create(tr("Show graph"), &MainWindow::selectItems);
+    resetSelectionButton = create(tr("Reset selection"), &MainWindow::resetSelect);
 
     auto *buttons = new QHBoxLayout;
     buttons->addWidget(showGraphButton);
@@ -293,19 +293,24 @@ QString MainWindow::refusalText(LoadError error)
         LoadError error;
         const char *text;
     };
-    static constexpr std::array<Refusal, 7> refusals = {{
-        {LoadError::CannotBeRead, QT_TR_NOOP("This file cannot be read. Nothing was opened.")},
-        {LoadError::NotAWorkbook, QT_TR_NOOP("This file is not a workbook. Nothing was opened.")},
-        {LoadError::OldFormat,
-         QT_TR_NOOP("This is a workbook of the old kind (.xls). Save it as .xlsx with a "
-                    "spreadsheet program and open that file. Nothing was opened.")},
-        {LoadError::PasswordProtected,
-         QT_TR_NOOP("This workbook is protected by a password. Save it without one and open that "
+    static constexpr std::array refusals = {
+        Refusal{LoadError::CannotBeRead,
+                QT_TR_NOOP("This file cannot be read. Nothing was opened.")},
+        Refusal{LoadError::NotAWorkbook,
+                QT_TR_NOOP("This file is not a workbook. Nothing was opened.")},
+        Refusal{LoadError::OldFormat,
+                QT_TR_NOOP("This is a workbook of the old kind (.xls). Save it as .xlsx with a "
+                           "spreadsheet program and open that file. Nothing was opened.")},
+        Refusal{LoadError::PasswordProtected,
+                QT_TR_NOOP(
+                    "This workbook is protected by a password. Save it without one and open that "
                     "file. Nothing was opened.")},
-        {LoadError::Damaged, QT_TR_NOOP("This workbook is damaged. Nothing was opened.")},
-        {LoadError::NoWorksheet, QT_TR_NOOP("This workbook has no worksheet. Nothing was opened.")},
-        {LoadError::TooLarge, QT_TR_NOOP("This workbook is too large. Nothing was opened.")},
-    }};
+        Refusal{LoadError::Damaged, QT_TR_NOOP("This workbook is damaged. Nothing was opened.")},
+        Refusal{LoadError::NoWorksheet,
+                QT_TR_NOOP("This workbook has no worksheet. Nothing was opened.")},
+        Refusal{LoadError::TooLarge, QT_TR_NOOP("This workbook is too large. Nothing was opened.")},
+    };
+    static_assert(refusals.size() == size_t(LoadError::TooLarge), "an error lacks its sentence");
     const auto *refusal =
         std::find_if(refusals.begin(), refusals.end(),
                      [error](const Refusal &candidate) { return candidate.error == error; });
@@ -313,19 +318,19 @@ QString MainWindow::refusalText(LoadError error)
 }
 
 QString MainWindow::tooFewValuesText(const QVector<PatientRecord> &read,
-                                     const QVector<int> &positions)
+                                     const QVector<int> &indices)
 {
     QString text =
         tr("Every patient needs at least two values. Nothing was opened. These rows have "
            "fewer:");
-    const int named = std::min(positions.size(), mostNamedPatients);
+    const int named = std::min(indices.size(), mostNamedPatients);
     for (int i = 0; i < named; ++i) {
-        const int position = positions.at(i);
+        const int index = indices.at(i);
         text += QLatin1Char('\n')
-            + tr("Row %1: %2").arg(workbookRow(position)).arg(shortened(read.at(position).id));
+            + tr("Row %1: %2").arg(workbookRow(index)).arg(shortened(read.at(index).id));
     }
-    if (positions.size() > named) {
-        text += QLatin1Char('\n') + tr("and %1 more").arg(positions.size() - named);
+    if (indices.size() > named) {
+        text += QLatin1Char('\n') + tr("and %1 more").arg(indices.size() - named);
     }
     return text;
 }
@@ -358,6 +363,11 @@ void MainWindow::setFileLoaded(bool loaded)
     resetSelectionButton->setEnabled(loaded);
 }
 
+bool MainWindow::isFileLoaded() const
+{
+    return closeFileAction->isEnabled();
+}
+
 void MainWindow::closeFile()
 {
     setFileLoaded(false);
@@ -386,7 +396,7 @@ void MainWindow::savePrepareAnova()
 
 QString MainWindow::askWhereToSave(const QString &caption)
 {
-    if (patients.isEmpty()) {
+    if (!isFileLoaded()) {
         showInformation(tr("No data"), tr("No data to save"));
         return {};
     }
@@ -395,7 +405,7 @@ QString MainWindow::askWhereToSave(const QString &caption)
 
 void MainWindow::selectItems()
 {
-    if (!patientsModel) {
+    if (!isFileLoaded()) {
         return;
     }
     const QModelIndexList rows = patientTable->selectionModel()->selectedRows(0);
@@ -455,14 +465,14 @@ QMdiSubWindow *MainWindow::createSubWindow()
 
 void MainWindow::resetSelect()
 {
-    if (patientsModel) {
+    if (isFileLoaded()) {
         patientTable->clearSelection();
     }
 }
 
 void MainWindow::split()
 {
-    if (patients.isEmpty()) {
+    if (!isFileLoaded()) {
         showInformation(tr("No data"), tr("No data to visualize"));
         return;
     }
@@ -478,16 +488,16 @@ void MainWindow::customMenuRequested(QPoint pos)
 {
     struct Entry {
         const char *text;
-        const char *slot;
+        void (MainWindow::*slot)();
         int kvadrant;
     };
-    static const std::array<Entry, 5> entries = {{
-        {QT_TR_NOOP("Kvadrant 1 (W/W)"), SLOT(setKvad1()), 1},
-        {QT_TR_NOOP("Kvadrant 2 (B/W)"), SLOT(setKvad2()), 2},
-        {QT_TR_NOOP("Kvadrant 3 (B/B)"), SLOT(setKvad3()), 3},
-        {QT_TR_NOOP("Kvadrant 4 (W/B)"), SLOT(setKvad4()), 4},
-        {QT_TR_NOOP("No ideal"), SLOT(setNoIdeal()), PatientRecord::noIdealKvadrant},
-    }};
+    static constexpr std::array entries = {
+        Entry{QT_TR_NOOP("Kvadrant 1 (W/W)"), &MainWindow::setKvad1, 1},
+        Entry{QT_TR_NOOP("Kvadrant 2 (B/W)"), &MainWindow::setKvad2, 2},
+        Entry{QT_TR_NOOP("Kvadrant 3 (B/B)"), &MainWindow::setKvad3, 3},
+        Entry{QT_TR_NOOP("Kvadrant 4 (W/B)"), &MainWindow::setKvad4, 4},
+        Entry{QT_TR_NOOP("No ideal"), &MainWindow::setNoIdeal, PatientRecord::noIdealKvadrant},
+    };
 
     const QModelIndex index = patientTable->indexAt(pos);
     if (!index.isValid()) {
@@ -548,7 +558,7 @@ void MainWindow::editConfig()
         return;
     }
     showSettings();
-    if (!closeFileAction->isEnabled()) {
+    if (!isFileLoaded()) {
         return;
     }
     updateOffsetScores(scores, patients);

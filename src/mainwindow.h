@@ -71,7 +71,7 @@ private:
 
     static QString refusalText(LoadError error);
     static QString tooFewValuesText(const QVector<PatientRecord> &read,
-                                    const QVector<int> &positions);
+                                    const QVector<int> &indices);
     void refuse(const QString &path, const QString &text);
     void computeCenters();
     QString askWhereToSave(const QString &caption);
@@ -79,6 +79,7 @@ private:
     ResultSubWindow *createResultPlot(const QVector<PatientScoreRecord> &shown) const;
     static QMdiSubWindow *createSubWindow();
     void setIdealKvadrant(int kvadrant);
+    bool isFileLoaded() const;
     void setFileLoaded(bool loaded);
 
     // Row of patientTable under the last right click that hit one.
@@ -94,7 +95,7 @@ private:
     QAction *groupsGraphAction = nullptr;
     QAction *settingsAction = nullptr;
     QAction *exitAction = nullptr;
-    // Enabled exactly while a file is loaded.
+    // Enabled exactly while a file is loaded: isFileLoaded() looks here.
     QAction *closeFileAction = nullptr;
     QMenu *fileMenu = nullptr;
     QMdiArea *mdiArea = nullptr;

@@ -69,8 +69,8 @@ SettingsDialog::SettingsDialog()
 
     readSettings();
 
-    connect(okButton, SIGNAL(clicked()), this, SLOT(okButtonClicked()));
-    connect(cancelButton, SIGNAL(clicked()), this, SLOT(reject()));
+    connect(okButton, &QPushButton::clicked, this, &SettingsDialog::okButtonClicked);
+    connect(cancelButton, &QPushButton::clicked, this, &SettingsDialog::reject);
 }
 
 QGroupBox *SettingsDialog::methodGroup()
