@@ -8,7 +8,7 @@
 /// The user's settings, kept in "config.ini" in the working directory.
 ///
 /// The file is read once, when the store is made. Every getter reads the store afresh, as a double
-/// truncated toward zero into an unsigned whole number; a key that is missing or is not a number
+/// truncated toward zero into an unsigned whole number; a key that is missing, or holds no number,
 /// reads as 0. Only the thread of the user interface may use it.
 class CConfig
 {

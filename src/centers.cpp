@@ -8,7 +8,7 @@ namespace
 
 using Center = double (*)(QVector<double>);
 
-// In patient order, which decides the last bits of the sum.
+// Adds in patient order: another order rounds the sum differently.
 double average(QVector<double> values) // NOLINT(performance-unnecessary-value-param)
 {
     double sum = 0.0;

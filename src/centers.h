@@ -5,13 +5,13 @@
 #include "patientscorerecord.h"
 
 /// The medians of the three convergence columns over all patients, each column sorted on its own
-/// (not a number behind all numbers). Not a number without patients.
+/// (NaN behind all numbers). NaN without patients.
 QVector<double> convergenceMedians(const QVector<PatientScoreRecord> &scores);
 /// The same for the three variability columns.
 QVector<double> variabilityMedians(const QVector<PatientScoreRecord> &scores);
 
-/// The arithmetic means of the three convergence columns, added in patient order. A column that
-/// holds not a number has a mean that is not a number, as every column has without patients.
+/// The arithmetic means of the three convergence columns, added in patient order. The mean of a
+/// column that holds NaN is NaN, and so is every mean without patients.
 QVector<double> convergenceAverages(const QVector<PatientScoreRecord> &scores);
 /// The same for the three variability columns.
 QVector<double> variabilityAverages(const QVector<PatientScoreRecord> &scores);

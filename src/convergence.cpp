@@ -65,7 +65,7 @@ double exponentialFit(const QVector<double> &values)
         const double logarithm = std::log(y);
         s0 += y;
         s1 += p;
-        s2 += (y * y) * x;
+        s2 += (y * y) * x; // Required as is: not x * x * y.
         s3 += logarithm * y;
         s4 += logarithm * p;
     }

@@ -13,23 +13,25 @@ inline constexpr int fewestValues = 2;
 /// The three convergence values of \p patient, indexed by ConvergenceMethod.
 ///
 /// Each says how the series moves from first to last; a falling series has negative values, and
-/// lower is better. The position in the series, counted from 0, is the only x.
+/// lower is better. The index of a value, counted from 0, is the only x.
 QVector<double> convergenceValues(const PatientRecord &patient);
 
 /// Median of the steps values[i + 1] - values[i], in mmol/mol per measurement.
-/// Not a number for fewer than two values.
+/// NaN for fewer than two values.
 double medianDifference(const QVector<double> &values);
 
 /// Slope a of the straight line y = a * x + b with the least sum of squared residuals, in mmol/mol
 /// per measurement, by a singular value decomposition of the rows (x, 1).
-/// Not a number for fewer than two values.
+/// NaN for fewer than two values.
 double linearLeastSquares(const QVector<double> &values);
 
 /// Coefficient k of y = C * e^(k * x), from a weighted fit of ln y; it has no unit.
 ///
-/// k solves [S0 S1; S1 S2] (ln C, k) = (S3, S4) with, over all positions, S0 = sum y,
-/// S1 = sum x y, S2 = sum y y x, S3 = sum y ln y, S4 = sum x y ln y. The S2 of this method is y
-/// squared times x, where the textbook's fit has x squared times y: k is much smaller than the
-/// growth rate of the series. Not a number for a series with a negative value and for fewer than
-/// two values. For a singular system the coefficient of the dropped column is 0.
+/// k solves [S0 S1; S1 S2] (ln C, k) = (S3, S4) with, over all indices x, S0 = sum y,
+/// S1 = sum x y, S2 = sum y y x, S3 = sum y ln y, S4 = sum x y ln y. NaN for a series with a
+/// negative value and for fewer than two values. For a singular system the coefficient of the
+/// dropped column is 0.
+///
+/// Required as is: S2 takes y squared times x, where the textbook's fit takes x squared times y, so
+/// that k is much smaller than the growth rate of the series.
 double exponentialFit(const QVector<double> &values);

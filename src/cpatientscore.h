@@ -24,7 +24,7 @@ public:
     int rowCount(const QModelIndex &parent = {}) const override;
     int columnCount(const QModelIndex &parent = {}) const override;
     /// Display role: the value with six significant digits. Background role: red above the center
-    /// (worse), green below it, blue on it or where either is not a number.
+    /// (worse), green below it, blue on it or where either is NaN.
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
     /// Display role only: identifiers across, methods down.
     QVariant headerData(int section, Qt::Orientation orientation,

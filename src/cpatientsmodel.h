@@ -16,7 +16,8 @@ class CPatientsModel : public QAbstractTableModel
     Q_OBJECT
 
 public:
-    /// All four must outlive the model; \p patientList and \p scoreList go together by position.
+    /// All four must outlive the model; \p patientList and \p scoreList hold the same patients in
+    /// the same order.
     CPatientsModel(QVector<PatientRecord> &patientList, QVector<PatientScoreRecord> &scoreList,
                    PatientScoreRecord &average, PatientScoreRecord &median);
 

@@ -24,7 +24,7 @@ struct ExportPage {
     QSizeF graph() const;
     /// Top left corner of the result plot.
     QPointF resultPlot() const;
-    /// Top left corner of the patient graph: the margins count twice here.
+    /// Top left corner of the patient graph. Required as is: the margins count twice here.
     QPointF patientGraph() const;
 };
 

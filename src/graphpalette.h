@@ -12,8 +12,8 @@ public:
 
     /// How many colours there are: 63.
     int size() const { return colors.size(); }
-    /// The colour of the patient at \p position, from 0 on; after the last colour comes the first.
-    QColor color(int position) const { return colors.at(position % colors.size()); }
+    /// The colour of the patient with the index \p patient; the first colour follows the last one.
+    QColor color(int patient) const { return colors.at(patient % colors.size()); }
 
 private:
     GraphPalette();

@@ -7,7 +7,7 @@
 namespace
 {
 
-// Not a number is in no range.
+// False for NaN, with which every comparison is false.
 bool isInRange(double position)
 {
     return std::abs(position) <= farthestPosition;

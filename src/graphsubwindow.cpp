@@ -8,7 +8,7 @@
 namespace
 {
 
-// The text itself stays in the painter's own font.
+// Required as is: the legend is measured in this font, and drawn in the painter's own.
 QFont legendMeasure(const QPainter *painter)
 {
     QFont font = painter->font();

@@ -8,12 +8,12 @@
 int main(int argc, char *argv[])
 {
     QApplication application(argc, argv);
-    // The toolkit has just taken the user's locale; "2.9" in the settings file is no matter of
-    // taste.
+    // The toolkit has just taken over the user's locale, in which "2.9" may not be a number. The
+    // settings file always has a point.
     std::setlocale(LC_NUMERIC, "C");
 
     QTranslator translator;
-    // What is left out must be null: an empty directory or suffix that is not null is looked for.
+    // Null strings ask for the defaults. An empty string that is not null would be taken literally.
     translator.load(QStringLiteral("czech_cs"), QString(), QString(), QString());
     QCoreApplication::installTranslator(&translator);
 

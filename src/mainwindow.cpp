@@ -102,6 +102,7 @@ void MainWindow::createActions()
     exitAction->setShortcut(QKeySequence(QStringLiteral("ctrl+q")));
 
     exportGraphAction = create(tr("Export graph"), this, &MainWindow::saveSvg);
+    // Required as is: exporting answers to the print key.
     exportGraphAction->setShortcuts(QKeySequence::Print);
     exportGraphAction->setStatusTip(tr("Export currently selected graph to svg"));
 
@@ -187,6 +188,7 @@ QBoxLayout *MainWindow::createInformation()
     information->addWidget(new QLabel(tr("Information")));
     information->addWidget(new QLabel(tr("Method Results: Convergence/Variability")));
     information->addWidget(new QLabel(tr("Convergence: B - Better, W - Worse")));
+    // Required as is: the blank at the end.
     information->addWidget(new QLabel(tr("Variability: B - Better, W - Worse ")));
 
     convergenceLabel = new QLabel;
@@ -477,7 +479,7 @@ void MainWindow::split()
         return;
     }
     auto *subWindow = createSubWindow();
-    // Before the area gets it, which places a sub-window by its size.
+    // The area looks at the size when it gets the sub-window, so the size comes first.
     subWindow->setMinimumSize(groupGraphSize);
     mdiArea->addSubWindow(subWindow);
     subWindow->setWidget(createResultPlot(scores));

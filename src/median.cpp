@@ -6,7 +6,7 @@
 
 void sortAscending(QVector<double> &values)
 {
-    // operator< alone is no strict weak order on a list that holds not a number.
+    // With NaN in the list, operator< alone is no strict weak order, and sorting undefined.
     std::sort(values.begin(), values.end(),
               [](double a, double b) { return std::isnan(b) ? !std::isnan(a) : a < b; });
 }

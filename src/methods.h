@@ -4,8 +4,9 @@
 
 #include "patientscorerecord.h"
 
-/// One method, and what each place calls it. No wording may be changed: people search for them, and
-/// the programs that read the saved workbooks do too.
+/// One method, and what each place calls it.
+///
+/// Required as is: each place has its own wording, and readers of the saved workbooks rely on it.
 struct Method {
     /// The value label of the window; source text in the context MainWindow.
     const char *window;

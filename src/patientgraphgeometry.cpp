@@ -27,7 +27,7 @@ PatientGraphBounds::PatientGraphBounds(const QVector<PatientRecord> &patients)
 {
     for (const PatientRecord &patient : patients) {
         for (const double value : patient.values) {
-            // Only what is above 0 gets here, so that nothing wraps.
+            // A value in this branch is above 0, so that toUnsigned() does not wrap.
             if (value > double(maxValue)) {
                 maxValue = toUnsigned(value);
             }
@@ -107,6 +107,7 @@ void PatientGraphGeometry::buildHorizontalLabels(const PatientGraphBounds &bound
 {
     for (int i = 0; i < bounds.maxCount; ++i) {
         placeText(horizontalLabels, i * xStep + 57, axisY + 21, QString::number(i + 1));
+        // Required as is: the first patient, not the longest, decides whether the "x" is there.
         if (i == firstPatientCount - 1) {
             placeText(horizontalLabels, width - 25, axisY + 10, QStringLiteral("x"));
         }
@@ -125,6 +126,7 @@ void PatientGraphGeometry::buildLegend(const QVector<PatientRecord> &patients, d
     for (int i = 0; i < patients.size(); ++i) {
         const QString name = xmlText(patients.at(i).id);
         const double entryWidth = 25 + textWidth(name) + 15;
+        // Required as is: an entry wider than the graph leaves a line empty above it.
         if (x + entryWidth >= width) {
             y += lineHeight;
             x = left;

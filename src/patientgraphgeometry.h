@@ -22,9 +22,9 @@ struct PatientGraphBounds {
 /// Where everything of the patient graph lies on a rectangle from (0, 0) to (width, height), in
 /// pixels. What is not placeable is in none of the lists.
 struct PatientGraphGeometry {
-    /// The mark of one patient in the legend.
+    /// One patient in the legend.
     struct LegendEntry {
-        /// Position of the patient in the group, which decides the colour.
+        /// Index of the patient in the group, which decides the colour.
         int patient;
         QRectF square;
         GraphText name;

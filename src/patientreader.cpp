@@ -11,7 +11,7 @@ namespace
 constexpr int firstPatientRow = 2;
 constexpr int identifierColumn = 1;
 constexpr int firstValueColumn = 2;
-// Far more measurements than a patient has: one allocation a row as a rule.
+// Reserved for each patient: one allocation a row, as hardly anybody has more measurements.
 constexpr int expectedValues = 1000;
 
 } // namespace
@@ -39,7 +39,7 @@ QVector<double> readPatientValues(const QXlsx::Document &document, int patient)
     QVector<double> values;
     values.reserve(expectedValues);
     const int row = workbookRow(patient);
-    // The end is a comparison with 0, which not a number passes.
+    // NaN differs from 0 and does not end the row.
     for (;;) {
         const double value = document.read(row, firstValueColumn + values.size()).toDouble();
         if (value == 0.0) {

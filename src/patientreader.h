@@ -34,7 +34,7 @@ QVector<double> readPatientValues(const QXlsx::Document &document, int patient);
 /// The text of column 1 of the workbook row \p row, counted from 1, with its blanks.
 QString readPatientId(const QXlsx::Document &document, int row);
 
-/// All patients of the current sheet in row order, none of them marked.
+/// All patients of the current sheet in row order, each without an ideal kvadrant.
 QVector<PatientRecord> readPatients(const QXlsx::Document &document);
 
 /// Workbook row, counted from 1, of the patient with the index \p patient, counted from 0.

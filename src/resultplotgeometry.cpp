@@ -92,7 +92,7 @@ void ResultPlotGeometry::buildHorizontalTicks(const ResultPlotAxis &axis)
     }
     const double low = axis.lowest - axis.center;
     const double high = axis.highest - axis.center;
-    // The last label is half the distance, where the others are positions on the axis.
+    // Required as is: the last label tells half the distance, the others a value of the axis.
     for (const Tick &tick :
          {Tick{low, axis.lowest}, Tick{low * 0.5, (axis.center + axis.lowest) * 0.5},
           Tick{high, axis.highest}, Tick{high * 0.5, high * 0.5}}) {

@@ -12,7 +12,7 @@
 
 /// One axis of the result plot: its center and the bounds of the values shown.
 struct ResultPlotAxis {
-    /// Takes \p value into the bounds; not a number changes nothing.
+    /// Takes \p value into the bounds; NaN changes nothing.
     void include(double value);
     /// Whether no value has set the bounds.
     bool isEmpty() const { return lowest > highest; }
@@ -32,8 +32,8 @@ struct ResultPlotData {
         double variability;
     };
 
-    /// Takes from each of \p scores the values of the two methods. An index that is none of a
-    /// method gives values that are not numbers.
+    /// Takes from each of \p scores the values of the two methods. An index without a
+    /// method gives NaN.
     ResultPlotData(const QVector<PatientScoreRecord> &scores, int variabilityIndex,
                    int convergenceIndex, double centerY, double centerX);
 
@@ -57,8 +57,8 @@ struct ResultPlotTexts {
 ///
 /// The axes cross in the middle, at the center; the farthest value of an axis lies 30 pixels from
 /// the left or right edge, 40 pixels from the upper or lower one. An axis without spread has no
-/// scale: nothing can be placed along it, only the center's own label stands there. Neither has an
-/// axis on which every value is not a number.
+/// scale: nothing can be placed along it, only the center's own label stands there. An axis
+/// on which every value is NaN has none either.
 struct ResultPlotGeometry {
     struct Dot {
         QPointF center;

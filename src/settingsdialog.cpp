@@ -33,8 +33,8 @@ QHBoxLayout *labelledRow(const QString &text, QWidget *widget)
     return row;
 }
 
-// A value beyond the spin box's range goes to its nearer end. From 2^63 on a number counts as
-// negative, one that has wrapped, and goes to 0.
+// A value beyond the spin box's range becomes its nearer end. A number from 2^63 on is a negative
+// one that has wrapped, and becomes 0.
 int offsetIn(const QSpinBox *spin, quint64 skip)
 {
     return int(qBound(qint64(spin->minimum()), qint64(skip), qint64(spin->maximum())));
@@ -89,7 +89,8 @@ QGroupBox *SettingsDialog::methodGroup()
     return group;
 }
 
-// In no layout and never shown: its check box carries the flag through the dialog and back.
+// Required as is: in no layout and never shown. Its check box carries the flag through the dialog
+// and back.
 QGroupBox *SettingsDialog::showInfoGroup()
 {
     auto *group = new QGroupBox(tr("Show information"), this);
@@ -136,7 +137,7 @@ void SettingsDialog::okButtonClicked()
     CConfig::instance().saveConfig(convergenceCombo->currentIndex(), varianceCombo->currentIndex(),
                                    medianCheck->isChecked(), offsetSpin->value(),
                                    showInfoCheck->isChecked());
-    // Closing rejects the dialog, so the result comes after it.
+    // close() rejects the dialog, so setResult() has to come after it.
     close();
     setResult(Accepted);
 }

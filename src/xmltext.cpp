@@ -10,10 +10,10 @@ bool fitsXml(QChar character)
         && (code >= ' ' || code == '\t' || code == '\n' || code == '\r');
 }
 
-bool isPairAt(const QString &text, int position)
+bool isPairAt(const QString &text, int index)
 {
-    return position + 1 < text.size() && text.at(position).isHighSurrogate()
-        && text.at(position + 1).isLowSurrogate();
+    return index + 1 < text.size() && text.at(index).isHighSurrogate()
+        && text.at(index + 1).isLowSurrogate();
 }
 
 } // namespace
