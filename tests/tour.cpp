@@ -21,8 +21,8 @@
 #include <QTranslator>
 #include <xlsxdocument.h>
 
-#include "mainwindowtester.h"
 #include "settingsdialog.h"
+#include "support/mainwindowtester.h"
 
 namespace
 {

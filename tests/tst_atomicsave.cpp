@@ -16,7 +16,7 @@
 
 #include "analysisworkbook.h"
 #include "dataworkbook.h"
-#include "testgroups.h"
+#include "support/testgroups.h"
 
 namespace
 {

@@ -10,7 +10,7 @@
 #endif
 
 #include "cconfig.h"
-#include "numbers.h"
+#include "support/numbers.h"
 
 namespace
 {

@@ -7,7 +7,7 @@
 
 #include "cconfig.h"
 #include "centers.h"
-#include "numbers.h"
+#include "support/numbers.h"
 
 using Numbers::difference;
 using Numbers::infinity;

@@ -6,8 +6,8 @@
 
 #include "convergence.h"
 #include "median.h"
-#include "numbers.h"
 #include "patientrecord.h"
+#include "support/numbers.h"
 
 using Numbers::difference;
 using Numbers::differenceFromZero;

@@ -9,8 +9,8 @@
 
 #include "cconfig.h"
 #include "cpatientscore.h"
-#include "modeltesting.h"
-#include "numbers.h"
+#include "support/modeltesting.h"
+#include "support/numbers.h"
 
 using Numbers::infinity;
 using Numbers::notANumber;

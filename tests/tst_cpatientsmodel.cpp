@@ -8,8 +8,8 @@
 
 #include "cconfig.h"
 #include "cpatientsmodel.h"
-#include "modeltesting.h"
-#include "numbers.h"
+#include "support/modeltesting.h"
+#include "support/numbers.h"
 
 using Numbers::infinity;
 using Numbers::notANumber;

@@ -6,9 +6,9 @@
 #include <xlsxdocument.h>
 
 #include "cconfig.h"
-#include "expectedsheets.h"
-#include "numbers.h"
-#include "testgroups.h"
+#include "support/expectedsheets.h"
+#include "support/numbers.h"
+#include "support/testgroups.h"
 
 using ExpectedSheets::Book;
 using ExpectedSheets::Cells;

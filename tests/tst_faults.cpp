@@ -11,9 +11,9 @@
 #include <QTest>
 
 #include "cconfig.h"
-#include "mainwindowtester.h"
 #include "settingsdialog.h"
-#include "testworkbooks.h"
+#include "support/mainwindowtester.h"
+#include "support/testworkbooks.h"
 
 namespace
 {

@@ -19,11 +19,11 @@
 
 #include "graphexport.h"
 #include "graphsubwindow.h"
-#include "mainwindowtester.h"
-#include "recordingpaintdevice.h"
 #include "resultsubwindow.h"
 #include "settingsdialog.h"
-#include "testworkbooks.h"
+#include "support/mainwindowtester.h"
+#include "support/recordingpaintdevice.h"
+#include "support/testworkbooks.h"
 
 namespace
 {

@@ -5,8 +5,8 @@
 
 #include "graphpalette.h"
 #include "graphsubwindow.h"
-#include "recordingpaintdevice.h"
-#include "svgdrawing.h"
+#include "support/recordingpaintdevice.h"
+#include "support/svgdrawing.h"
 
 namespace
 {

@@ -11,9 +11,9 @@
 #include <QTextDocument>
 #include <QTimer>
 
-#include "handmadeworkbook.h"
-#include "mainwindowtester.h"
-#include "testworkbooks.h"
+#include "support/handmadeworkbook.h"
+#include "support/mainwindowtester.h"
+#include "support/testworkbooks.h"
 
 namespace
 {

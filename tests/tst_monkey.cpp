@@ -16,9 +16,9 @@
 #include <QTabWidget>
 #include <QTest>
 
-#include "mainwindowtester.h"
 #include "settingsdialog.h"
-#include "testworkbooks.h"
+#include "support/mainwindowtester.h"
+#include "support/testworkbooks.h"
 
 namespace
 {

@@ -11,7 +11,7 @@
 #include <sys/resource.h>
 
 #include "patientreader.h"
-#include "testworkbooks.h"
+#include "support/testworkbooks.h"
 #include "xlsx/workbookloader.h"
 
 namespace

@@ -3,7 +3,7 @@
 #include <QtTest>
 
 #include "patientgraphgeometry.h"
-#include "recordingpaintdevice.h"
+#include "support/recordingpaintdevice.h"
 
 namespace
 {

@@ -4,11 +4,11 @@
 #include <QtTest>
 #include <xlsxabstractsheet.h>
 
-#include "handmadeworkbook.h"
-#include "numbers.h"
 #include "patientreader.h"
 #include "patientrecord.h"
-#include "testworkbooks.h"
+#include "support/handmadeworkbook.h"
+#include "support/numbers.h"
+#include "support/testworkbooks.h"
 #include "xlsx/workbookloader.h"
 
 using Numbers::difference;

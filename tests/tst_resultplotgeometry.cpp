@@ -2,8 +2,8 @@
 
 #include <QtTest>
 
-#include "recordingpaintdevice.h"
 #include "resultplotgeometry.h"
+#include "support/recordingpaintdevice.h"
 
 namespace
 {

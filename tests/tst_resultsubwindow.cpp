@@ -3,9 +3,9 @@
 #include <QPainter>
 #include <QtTest>
 
-#include "recordingpaintdevice.h"
 #include "resultsubwindow.h"
-#include "svgdrawing.h"
+#include "support/recordingpaintdevice.h"
+#include "support/svgdrawing.h"
 
 namespace
 {

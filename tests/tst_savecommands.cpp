@@ -2,8 +2,8 @@
 #include <QTest>
 #include <xlsxdocument.h>
 
-#include "mainwindowtester.h"
-#include "testworkbooks.h"
+#include "support/mainwindowtester.h"
+#include "support/testworkbooks.h"
 
 namespace
 {

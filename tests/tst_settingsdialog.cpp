@@ -14,8 +14,8 @@
 #include <QtTest>
 
 #include "cconfig.h"
-#include "modalanswers.h"
 #include "settingsdialog.h"
+#include "support/modalanswers.h"
 
 namespace
 {

@@ -21,9 +21,9 @@
 #include <xlsxcellrange.h>
 #include <xlsxdocument.h>
 
-#include "mainwindowtester.h"
 #include "settingsdialog.h"
-#include "testworkbooks.h"
+#include "support/mainwindowtester.h"
+#include "support/testworkbooks.h"
 
 namespace
 {

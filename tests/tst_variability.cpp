@@ -9,8 +9,8 @@
 #include <QtTest>
 
 #include "cconfig.h"
-#include "numbers.h"
 #include "patientrecord.h"
+#include "support/numbers.h"
 #include "variability.h"
 
 using Numbers::difference;

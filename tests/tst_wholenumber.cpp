@@ -3,7 +3,7 @@
 
 #include <QTest>
 
-#include "numbers.h"
+#include "support/numbers.h"
 #include "wholenumber.h"
 
 class TestWholeNumber : public QObject

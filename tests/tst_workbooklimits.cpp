@@ -8,7 +8,7 @@
 #include <sys/resource.h>
 #include <zip.h>
 
-#include "handmadeworkbook.h"
+#include "support/handmadeworkbook.h"
 #include "xlsx/workbooklimits.h"
 #include "xlsx/workbookloader.h"
 

@@ -9,9 +9,9 @@
 #include <unistd.h>
 #include <zip.h>
 
-#include "handmadeworkbook.h"
 #include "patientreader.h"
-#include "testworkbooks.h"
+#include "support/handmadeworkbook.h"
+#include "support/testworkbooks.h"
 #include "xlsx/workbookloader.h"
 
 Q_DECLARE_METATYPE(LoadError)

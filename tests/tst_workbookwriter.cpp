@@ -2,8 +2,8 @@
 
 #include <QtTest>
 
-#include "expectedsheets.h"
-#include "numbers.h"
+#include "support/expectedsheets.h"
+#include "support/numbers.h"
 #include "xlsx/zippackage.h"
 
 using ExpectedSheets::Book;

@@ -1,4 +1,4 @@
-#include "mainwindowtester.h"
+#include "support/mainwindowtester.h"
 
 #include <QLabel>
 #include <QMenu>

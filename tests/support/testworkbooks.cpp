@@ -1,4 +1,4 @@
-#include "testworkbooks.h"
+#include "support/testworkbooks.h"
 
 #include <private/qzipwriter_p.h>
 #include <xlsxdocument.h>

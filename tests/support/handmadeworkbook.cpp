@@ -1,6 +1,6 @@
-#include "handmadeworkbook.h"
+#include "support/handmadeworkbook.h"
 
-#include "testworkbooks.h"
+#include "support/testworkbooks.h"
 
 const QByteArray HandmadeWorkbook::transitional = "transitional";
 const QByteArray HandmadeWorkbook::strict = "strict";

@@ -1,4 +1,4 @@
-#include "svgdrawing.h"
+#include "support/svgdrawing.h"
 
 #include <QBuffer>
 #include <QPainter>

@@ -10,7 +10,7 @@
 #include "cpatientscore.h"
 #include "cpatientsmodel.h"
 #include "mainwindow.h"
-#include "modalanswers.h"
+#include "support/modalanswers.h"
 
 /// A main window in a folder of its own, and the ways in which a user reaches what it holds.
 class MainWindowTester

@@ -1,4 +1,4 @@
-#include "recordingpaintdevice.h"
+#include "support/recordingpaintdevice.h"
 
 #include <QPaintEngine>
 #include <QPainter>

@@ -1,4 +1,4 @@
-#include "testgroups.h"
+#include "support/testgroups.h"
 
 #include <QFile>
 

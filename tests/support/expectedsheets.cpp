@@ -1,4 +1,4 @@
-#include "expectedsheets.h"
+#include "support/expectedsheets.h"
 
 #include <cmath>
 

@@ -1,4 +1,4 @@
-#include "modalanswers.h"
+#include "support/modalanswers.h"
 
 #include <QApplication>
 #include <QLineEdit>
