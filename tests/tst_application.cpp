@@ -10,47 +10,45 @@ class TestApplication : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void settingsReadTheSameUnderACommaLocale();
-};
+    void settingsReadTheSameUnderACommaLocale()
+    {
+        const QTemporaryDir folder;
+        const QString locales = folder.filePath(QStringLiteral("locales"));
+        QVERIFY(QDir().mkdir(locales));
+        QProcess localedef;
+        localedef.start(QStringLiteral("localedef"),
+                        {QStringLiteral("-i"), QStringLiteral("cs_CZ"), QStringLiteral("-f"),
+                         QStringLiteral("UTF-8"), locales + QStringLiteral("/cs_CZ.UTF-8")});
+        if (!localedef.waitForFinished() || localedef.exitCode() != 0) {
+            QSKIP("this system cannot make a Czech locale");
+        }
 
-void TestApplication::settingsReadTheSameUnderACommaLocale()
-{
-    const QTemporaryDir folder;
-    const QString locales = folder.filePath(QStringLiteral("locales"));
-    QVERIFY(QDir().mkdir(locales));
-    QProcess localedef;
-    localedef.start(QStringLiteral("localedef"),
-                    {QStringLiteral("-i"), QStringLiteral("cs_CZ"), QStringLiteral("-f"),
-                     QStringLiteral("UTF-8"), locales + QStringLiteral("/cs_CZ.UTF-8")});
-    if (!localedef.waitForFinished() || localedef.exitCode() != 0) {
-        QSKIP("this system cannot make a Czech locale");
-    }
-
-    // 3.5 is too large and gets corrected; read with a decimal comma it would be no number at all,
-    // which stays as it is.
-    QFile config(folder.filePath(QStringLiteral("config.ini")));
-    QVERIFY(config.open(QFile::WriteOnly));
-    config.write("[Method]\nConvergence = 3.5\n");
-    config.close();
-
-    QProcess program;
-    program.setWorkingDirectory(folder.path());
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("LOCPATH"), locales);
-    environment.insert(QStringLiteral("LC_ALL"), QStringLiteral("cs_CZ.UTF-8"));
-    program.setProcessEnvironment(environment);
-    program.start(QStringLiteral(GLYMARK_PROGRAM), QStringList());
-    QVERIFY(program.waitForStarted());
-    const auto content = [&config] {
-        const bool open = config.open(QFile::ReadOnly);
-        QByteArray all = open ? config.readAll() : QByteArray();
+        // 3.5 is too large and gets corrected; read with a decimal comma it would be no number at
+        // all, which stays as it is.
+        QFile config(folder.filePath(QStringLiteral("config.ini")));
+        QVERIFY(config.open(QFile::WriteOnly));
+        config.write("[Method]\nConvergence = 3.5\n");
         config.close();
-        return all;
-    };
-    QTRY_COMPARE_WITH_TIMEOUT(content(), QByteArray("[Method]\nConvergence = 0\n"), 20000);
-    program.kill();
-    program.waitForFinished();
-}
+
+        QProcess program;
+        program.setWorkingDirectory(folder.path());
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("LOCPATH"), locales);
+        environment.insert(QStringLiteral("LC_ALL"), QStringLiteral("cs_CZ.UTF-8"));
+        program.setProcessEnvironment(environment);
+        program.start(QStringLiteral(GLYMARK_PROGRAM), QStringList());
+        QVERIFY(program.waitForStarted());
+        const auto content = [&config] {
+            const bool open = config.open(QFile::ReadOnly);
+            QByteArray all = open ? config.readAll() : QByteArray();
+            config.close();
+            return all;
+        };
+        QTRY_COMPARE_WITH_TIMEOUT(content(), QByteArray("[Method]\nConvergence = 0\n"), 20000);
+        program.kill();
+        program.waitForFinished();
+    }
+};
 
 QTEST_GUILESS_MAIN(TestApplication)
 #include "tst_application.moc"

@@ -127,277 +127,258 @@ class TestAtomicSave : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
-    void newFileIsWritten();
-    void earlierFileIsReplaced();
-    void permissionsStay();
-    void linkIsFollowed();
-    void linkToNothingMakesItsTarget();
-    void shortCountsAreWrittenOn();
-    void failingDeviceCommitsNothing_data();
-    void failingDeviceCommitsNothing();
-    void emptyNameIsNoFile();
+    void init()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+        QVERIFY(m_folder->isValid());
+        QVERIFY(QDir::setCurrent(m_folder->path()));
+        useSkip(QStringLiteral("3"));
+        QVERIFY(QDir().mkdir(QStringLiteral("saves")));
+        QVERIFY(QDir::setCurrent(QStringLiteral("saves")));
+    }
+
+    void cleanup()
+    {
+        QVERIFY(QDir::setCurrent(QDir::rootPath()));
+        m_folder.reset();
+    }
+
+    void newFileIsWritten()
+    {
+        const QString name = QStringLiteral("new");
+        QVERIFY(saveAtomically(name, longContent()));
+        QCOMPARE(contentOf(name), longContent());
+        QCOMPARE(namesIn(QStringLiteral(".")), QStringList(name));
+    }
+
+    void earlierFileIsReplaced()
+    {
+        const QString name = QStringLiteral("earlier");
+        writeFile(name, longContent());
+        QVERIFY(saveAtomically(name, "short"));
+        QCOMPARE(contentOf(name), QByteArray("short"));
+        QCOMPARE(namesIn(QStringLiteral(".")), QStringList(name));
+    }
+
+    void permissionsStay()
+    {
+        const QString name = QStringLiteral("private");
+        writeFile(name, earlier);
+        const auto ownerOnly = QFile::ReadOwner | QFile::WriteOwner;
+        QVERIFY(QFile::setPermissions(name, ownerOnly));
+        QVERIFY(saveAtomically(name, "new"));
+        const auto others =
+            QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther;
+        QCOMPARE(QFile::permissions(name) & others, QFile::Permissions());
+    }
+
+    void linkIsFollowed()
+    {
+        writeFile(QStringLiteral("target"), earlier);
+        QVERIFY(QFile::link(QStringLiteral("target"), QStringLiteral("near")));
+        QVERIFY(QFile::link(QStringLiteral("near"), QStringLiteral("far")));
+        QVERIFY(saveAtomically(QStringLiteral("far"), "new"));
+        QCOMPARE(contentOf(QStringLiteral("target")), QByteArray("new"));
+        QVERIFY(QFileInfo(QStringLiteral("near")).isSymLink());
+        QVERIFY(QFileInfo(QStringLiteral("far")).isSymLink());
+    }
+
+    void linkToNothingMakesItsTarget()
+    {
+        QVERIFY(QFile::link(QStringLiteral("target"), QStringLiteral("link")));
+        QVERIFY(saveAtomically(QStringLiteral("link"), "new"));
+        QCOMPARE(contentOf(QStringLiteral("target")), QByteArray("new"));
+        QVERIFY(QFileInfo(QStringLiteral("link")).isSymLink());
+    }
+
+    void shortCountsAreWrittenOn()
+    {
+        const QString name = QStringLiteral("slow");
+        writeFile(name, earlier);
+        ReluctantFile file(name);
+        file.atATime = 1000;
+        QVERIFY(commitContent(file, longContent()));
+        QCOMPARE(contentOf(name), longContent());
+    }
+
+    void failingDeviceCommitsNothing_data()
+    {
+        QTest::addColumn<qint64>("room");
+        QTest::addColumn<qint64>("atATime");
+        QTest::addColumn<int>("failure");
+        const qint64 all = longContent().size();
+        for (const qint64 room : {qint64(0), qint64(1), qint64(1000), qint64(20000), all - 1}) {
+            for (const qint64 atATime : {qint64(777), all}) {
+                QTest::addRow("error after %lld, %lld at a time", room, atATime)
+                    << room << atATime << int(ReluctantFile::Refusal);
+                QTest::addRow("nothing taken after %lld, %lld at a time", room, atATime)
+                    << room << atATime << int(ReluctantFile::NothingTaken);
+            }
+        }
+    }
+
+    void failingDeviceCommitsNothing()
+    {
+        QFETCH(qint64, room);
+        QFETCH(qint64, atATime);
+        QFETCH(int, failure);
+        const QString name = QStringLiteral("file");
+        const QString other = QStringLiteral("other");
+        writeFile(name, earlier);
+        for (const QString &target : {name, other}) {
+            ReluctantFile file(target);
+            file.room = room;
+            file.atATime = atATime;
+            file.failure = static_cast<ReluctantFile::Failure>(failure);
+            QVERIFY(!commitContent(file, longContent()));
+        }
+        QCOMPARE(contentOf(name), earlier);
+        QCOMPARE(namesIn(QStringLiteral(".")), QStringList(name));
+    }
+
+    void emptyNameIsNoFile()
+    {
+        QVERIFY(!saveAtomically(QString(), "new"));
+        QCOMPARE(namesIn(QStringLiteral(".")), QStringList());
+    }
+
     void directoryIsLeftAlone_data() { writers(); }
-    void directoryIsLeftAlone();
+    void directoryIsLeftAlone()
+    {
+        QFETCH(Writer, write);
+        const QString name = QStringLiteral("directory");
+        QVERIFY(QDir().mkdir(name));
+        write(name);
+        QVERIFY(QFileInfo(name).isDir());
+        QCOMPARE(namesIn(name), QStringList());
+        QCOMPARE(namesIn(QStringLiteral(".")), QStringList(name));
+    }
+
     void pipeIsLeftAlone_data() { writers(); }
-    void pipeIsLeftAlone();
+    void pipeIsLeftAlone()
+    {
+        QFETCH(Writer, write);
+        QCOMPARE(mkfifo("pipe", 0600), 0);
+        write(QStringLiteral("pipe"));
+        struct stat status = {};
+        QCOMPARE(lstat("pipe", &status), 0);
+        QVERIFY(S_ISFIFO(status.st_mode));
+        QCOMPARE(namesIn(QStringLiteral(".")), QStringList(QStringLiteral("pipe")));
+    }
+
     void linkToAPipeIsLeftAlone_data() { writers(); }
-    void linkToAPipeIsLeftAlone();
+    void linkToAPipeIsLeftAlone()
+    {
+        QFETCH(Writer, write);
+        QCOMPARE(mkfifo("pipe", 0600), 0);
+        QVERIFY(QFile::link(QStringLiteral("pipe"), QStringLiteral("link")));
+        write(QStringLiteral("link"));
+        struct stat status = {};
+        QCOMPARE(lstat("pipe", &status), 0);
+        QVERIFY(S_ISFIFO(status.st_mode));
+        QVERIFY(QFileInfo(QStringLiteral("link")).isSymLink());
+    }
+
     void linkLoopIsLeftAlone_data() { writers(); }
-    void linkLoopIsLeftAlone();
+    void linkLoopIsLeftAlone()
+    {
+        QFETCH(Writer, write);
+        QCOMPARE(symlink("self", "self"), 0);
+        QCOMPARE(symlink("there", "back"), 0);
+        QCOMPARE(symlink("back", "there"), 0);
+        const QStringList names = {QStringLiteral("back"), QStringLiteral("self"),
+                                   QStringLiteral("there")};
+        for (const QString &name : names) {
+            write(name);
+        }
+        QCOMPARE(namesIn(QStringLiteral(".")), names);
+        for (const QString &name : names) {
+            QVERIFY(QFileInfo(name).isSymLink());
+        }
+    }
+
     void missingFolderIsNotMade_data() { writers(); }
-    void missingFolderIsNotMade();
+    void missingFolderIsNotMade()
+    {
+        QFETCH(Writer, write);
+        write(QStringLiteral("nowhere/file"));
+        QCOMPARE(namesIn(QStringLiteral(".")), QStringList());
+    }
+
     void readOnlyFolderKeepsItsFile_data() { writers(); }
-    void readOnlyFolderKeepsItsFile();
+    void readOnlyFolderKeepsItsFile()
+    {
+        QFETCH(Writer, write);
+        // An ordinary user has to get here.
+        QVERIFY(chmod(qPrintable(m_folder->path()), 0755) == 0);
+        QVERIFY(QDir().mkdir(QStringLiteral("locked")));
+        writeFile(QStringLiteral("locked/file"), earlier);
+        QVERIFY(chmod("locked/file", 0666) == 0);
+        QVERIFY(chmod("locked", 0555) == 0);
+        const int result = inChild([&write] {
+            constexpr uid_t nobody = 65534;
+            const bool root = geteuid() == 0;
+            if (root
+                && (setgroups(0, nullptr) != 0 || setgid(nobody) != 0 || setuid(nobody) != 0)) {
+                return int(NoUser);
+            }
+            write(QStringLiteral("locked/file"));
+            write(QStringLiteral("locked/other"));
+            return int(Done);
+        });
+        if (result == NoUser) {
+            QSKIP("this machine does not let root become an ordinary user");
+        }
+        QCOMPARE(result, int(Done));
+        QCOMPARE(contentOf(QStringLiteral("locked/file")), earlier);
+        QCOMPARE(namesIn(QStringLiteral("locked")), QStringList(QStringLiteral("file")));
+        QVERIFY(chmod("locked", 0755) == 0);
+    }
+
     void fullDiskKeepsTheEarlierFile_data() { writers(); }
-    void fullDiskKeepsTheEarlierFile();
+    // A small file system that only the child sees.
+    void fullDiskKeepsTheEarlierFile()
+    {
+        QFETCH(Writer, write);
+        QVERIFY(QDir().mkdir(QStringLiteral("disk")));
+        const int result = inChild([&write] {
+            if (unshare(CLONE_NEWNS) != 0
+                || mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0
+                || mount("tmpfs", "disk", "tmpfs", 0, "size=16k") != 0) {
+                return int(NoNamespace);
+            }
+            writeFile(QStringLiteral("disk/file"), earlier);
+            QFile filler(QStringLiteral("disk/filler"));
+            if (!filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
+                return 1;
+            }
+            while (filler.write("x") == 1) { }
+            // Room for a part of the file, so that it starts well.
+            filler.resize(filler.size() - 4096);
+            const QStringList before = namesIn(QStringLiteral("disk"));
+            write(QStringLiteral("disk/file"));
+            write(QStringLiteral("disk/other"));
+            const bool untouched = contentOf(QStringLiteral("disk/file")) == earlier
+                && namesIn(QStringLiteral("disk")) == before;
+            return untouched ? int(Done) : 2;
+        });
+        if (result == NoNamespace) {
+            QSKIP("this machine does not let the test mount a file system of its own");
+        }
+        QCOMPARE(result, int(Done));
+    }
 
 private:
-    static void writers();
+    static void writers()
+    {
+        QTest::addColumn<Writer>("write");
+        QTest::newRow("plain content") << Writer(writeContent);
+        QTest::newRow("data workbook") << Writer(writeData);
+        QTest::newRow("analysis workbook") << Writer(writeAnalysis);
+    }
 
     std::unique_ptr<QTemporaryDir> m_folder;
 };
-
-void TestAtomicSave::init()
-{
-    m_folder = std::make_unique<QTemporaryDir>();
-    QVERIFY(m_folder->isValid());
-    QVERIFY(QDir::setCurrent(m_folder->path()));
-    useSkip(QStringLiteral("3"));
-    QVERIFY(QDir().mkdir(QStringLiteral("saves")));
-    QVERIFY(QDir::setCurrent(QStringLiteral("saves")));
-}
-
-void TestAtomicSave::cleanup()
-{
-    QVERIFY(QDir::setCurrent(QDir::rootPath()));
-    m_folder.reset();
-}
-
-void TestAtomicSave::writers()
-{
-    QTest::addColumn<Writer>("write");
-    QTest::newRow("plain content") << Writer(writeContent);
-    QTest::newRow("data workbook") << Writer(writeData);
-    QTest::newRow("analysis workbook") << Writer(writeAnalysis);
-}
-
-void TestAtomicSave::newFileIsWritten()
-{
-    const QString name = QStringLiteral("new");
-    QVERIFY(saveAtomically(name, longContent()));
-    QCOMPARE(contentOf(name), longContent());
-    QCOMPARE(namesIn(QStringLiteral(".")), QStringList(name));
-}
-
-void TestAtomicSave::earlierFileIsReplaced()
-{
-    const QString name = QStringLiteral("earlier");
-    writeFile(name, longContent());
-    QVERIFY(saveAtomically(name, "short"));
-    QCOMPARE(contentOf(name), QByteArray("short"));
-    QCOMPARE(namesIn(QStringLiteral(".")), QStringList(name));
-}
-
-void TestAtomicSave::permissionsStay()
-{
-    const QString name = QStringLiteral("private");
-    writeFile(name, earlier);
-    const auto ownerOnly = QFile::ReadOwner | QFile::WriteOwner;
-    QVERIFY(QFile::setPermissions(name, ownerOnly));
-    QVERIFY(saveAtomically(name, "new"));
-    const auto others = QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther;
-    QCOMPARE(QFile::permissions(name) & others, QFile::Permissions());
-}
-
-void TestAtomicSave::linkIsFollowed()
-{
-    writeFile(QStringLiteral("target"), earlier);
-    QVERIFY(QFile::link(QStringLiteral("target"), QStringLiteral("near")));
-    QVERIFY(QFile::link(QStringLiteral("near"), QStringLiteral("far")));
-    QVERIFY(saveAtomically(QStringLiteral("far"), "new"));
-    QCOMPARE(contentOf(QStringLiteral("target")), QByteArray("new"));
-    QVERIFY(QFileInfo(QStringLiteral("near")).isSymLink());
-    QVERIFY(QFileInfo(QStringLiteral("far")).isSymLink());
-}
-
-void TestAtomicSave::linkToNothingMakesItsTarget()
-{
-    QVERIFY(QFile::link(QStringLiteral("target"), QStringLiteral("link")));
-    QVERIFY(saveAtomically(QStringLiteral("link"), "new"));
-    QCOMPARE(contentOf(QStringLiteral("target")), QByteArray("new"));
-    QVERIFY(QFileInfo(QStringLiteral("link")).isSymLink());
-}
-
-void TestAtomicSave::shortCountsAreWrittenOn()
-{
-    const QString name = QStringLiteral("slow");
-    writeFile(name, earlier);
-    ReluctantFile file(name);
-    file.atATime = 1000;
-    QVERIFY(commitContent(file, longContent()));
-    QCOMPARE(contentOf(name), longContent());
-}
-
-void TestAtomicSave::failingDeviceCommitsNothing_data()
-{
-    QTest::addColumn<qint64>("room");
-    QTest::addColumn<qint64>("atATime");
-    QTest::addColumn<int>("failure");
-    const qint64 all = longContent().size();
-    for (const qint64 room : {qint64(0), qint64(1), qint64(1000), qint64(20000), all - 1}) {
-        for (const qint64 atATime : {qint64(777), all}) {
-            QTest::addRow("error after %lld, %lld at a time", room, atATime)
-                << room << atATime << int(ReluctantFile::Refusal);
-            QTest::addRow("nothing taken after %lld, %lld at a time", room, atATime)
-                << room << atATime << int(ReluctantFile::NothingTaken);
-        }
-    }
-}
-
-void TestAtomicSave::failingDeviceCommitsNothing()
-{
-    QFETCH(qint64, room);
-    QFETCH(qint64, atATime);
-    QFETCH(int, failure);
-    const QString name = QStringLiteral("file");
-    const QString other = QStringLiteral("other");
-    writeFile(name, earlier);
-    for (const QString &target : {name, other}) {
-        ReluctantFile file(target);
-        file.room = room;
-        file.atATime = atATime;
-        file.failure = static_cast<ReluctantFile::Failure>(failure);
-        QVERIFY(!commitContent(file, longContent()));
-    }
-    QCOMPARE(contentOf(name), earlier);
-    QCOMPARE(namesIn(QStringLiteral(".")), QStringList(name));
-}
-
-void TestAtomicSave::emptyNameIsNoFile()
-{
-    QVERIFY(!saveAtomically(QString(), "new"));
-    QCOMPARE(namesIn(QStringLiteral(".")), QStringList());
-}
-
-void TestAtomicSave::directoryIsLeftAlone()
-{
-    QFETCH(Writer, write);
-    const QString name = QStringLiteral("directory");
-    QVERIFY(QDir().mkdir(name));
-    write(name);
-    QVERIFY(QFileInfo(name).isDir());
-    QCOMPARE(namesIn(name), QStringList());
-    QCOMPARE(namesIn(QStringLiteral(".")), QStringList(name));
-}
-
-void TestAtomicSave::pipeIsLeftAlone()
-{
-    QFETCH(Writer, write);
-    QCOMPARE(mkfifo("pipe", 0600), 0);
-    write(QStringLiteral("pipe"));
-    struct stat status = {};
-    QCOMPARE(lstat("pipe", &status), 0);
-    QVERIFY(S_ISFIFO(status.st_mode));
-    QCOMPARE(namesIn(QStringLiteral(".")), QStringList(QStringLiteral("pipe")));
-}
-
-void TestAtomicSave::linkToAPipeIsLeftAlone()
-{
-    QFETCH(Writer, write);
-    QCOMPARE(mkfifo("pipe", 0600), 0);
-    QVERIFY(QFile::link(QStringLiteral("pipe"), QStringLiteral("link")));
-    write(QStringLiteral("link"));
-    struct stat status = {};
-    QCOMPARE(lstat("pipe", &status), 0);
-    QVERIFY(S_ISFIFO(status.st_mode));
-    QVERIFY(QFileInfo(QStringLiteral("link")).isSymLink());
-}
-
-void TestAtomicSave::linkLoopIsLeftAlone()
-{
-    QFETCH(Writer, write);
-    QCOMPARE(symlink("self", "self"), 0);
-    QCOMPARE(symlink("there", "back"), 0);
-    QCOMPARE(symlink("back", "there"), 0);
-    const QStringList names = {QStringLiteral("back"), QStringLiteral("self"),
-                               QStringLiteral("there")};
-    for (const QString &name : names) {
-        write(name);
-    }
-    QCOMPARE(namesIn(QStringLiteral(".")), names);
-    for (const QString &name : names) {
-        QVERIFY(QFileInfo(name).isSymLink());
-    }
-}
-
-void TestAtomicSave::missingFolderIsNotMade()
-{
-    QFETCH(Writer, write);
-    write(QStringLiteral("nowhere/file"));
-    QCOMPARE(namesIn(QStringLiteral(".")), QStringList());
-}
-
-void TestAtomicSave::readOnlyFolderKeepsItsFile()
-{
-    QFETCH(Writer, write);
-    // An ordinary user has to get here.
-    QVERIFY(chmod(qPrintable(m_folder->path()), 0755) == 0);
-    QVERIFY(QDir().mkdir(QStringLiteral("locked")));
-    writeFile(QStringLiteral("locked/file"), earlier);
-    QVERIFY(chmod("locked/file", 0666) == 0);
-    QVERIFY(chmod("locked", 0555) == 0);
-    const int result = inChild([&write] {
-        constexpr uid_t nobody = 65534;
-        const bool root = geteuid() == 0;
-        if (root && (setgroups(0, nullptr) != 0 || setgid(nobody) != 0 || setuid(nobody) != 0)) {
-            return int(NoUser);
-        }
-        write(QStringLiteral("locked/file"));
-        write(QStringLiteral("locked/other"));
-        return int(Done);
-    });
-    if (result == NoUser) {
-        QSKIP("this machine does not let root become an ordinary user");
-    }
-    QCOMPARE(result, int(Done));
-    QCOMPARE(contentOf(QStringLiteral("locked/file")), earlier);
-    QCOMPARE(namesIn(QStringLiteral("locked")), QStringList(QStringLiteral("file")));
-    QVERIFY(chmod("locked", 0755) == 0);
-}
-
-// A small file system that only the child sees.
-void TestAtomicSave::fullDiskKeepsTheEarlierFile()
-{
-    QFETCH(Writer, write);
-    QVERIFY(QDir().mkdir(QStringLiteral("disk")));
-    const int result = inChild([&write] {
-        if (unshare(CLONE_NEWNS) != 0
-            || mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0
-            || mount("tmpfs", "disk", "tmpfs", 0, "size=16k") != 0) {
-            return int(NoNamespace);
-        }
-        writeFile(QStringLiteral("disk/file"), earlier);
-        QFile filler(QStringLiteral("disk/filler"));
-        if (!filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
-            return 1;
-        }
-        while (filler.write("x") == 1) { }
-        // Room for a part of the file, so that it starts well.
-        filler.resize(filler.size() - 4096);
-        const QStringList before = namesIn(QStringLiteral("disk"));
-        write(QStringLiteral("disk/file"));
-        write(QStringLiteral("disk/other"));
-        const bool untouched = contentOf(QStringLiteral("disk/file")) == earlier
-            && namesIn(QStringLiteral("disk")) == before;
-        return untouched ? int(Done) : 2;
-    });
-    if (result == NoNamespace) {
-        QSKIP("this machine does not let the test mount a file system of its own");
-    }
-    QCOMPARE(result, int(Done));
-}
 
 QTEST_GUILESS_MAIN(TestAtomicSave)
 #include "tst_atomicsave.moc"

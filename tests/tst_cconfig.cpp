@@ -88,406 +88,385 @@ class TestCConfig : public QObject
     std::unique_ptr<QTemporaryDir> m_folder;
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
+    void init()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+        QVERIFY(m_folder->isValid());
+        QVERIFY(QDir::setCurrent(m_folder->path()));
+    }
 
-    void aMissingFileFailsTheLoadAndLeavesNoFile();
-    void defaultsAreWrittenByteForByte();
-    void defaultsKeepTheFailedStatus();
-    void defaultsReplaceWhatWasRead();
-    void anEmptyFileReadsAsZerosAndStaysEmpty();
-    void anyContentLoads_data();
-    void anyContentLoads();
-    void aFolderInPlaceOfTheFileFailsLoadAndWrite();
-    void aLocationThatIsGoneKeepsTheDefaultsInMemory();
-    void aReadOnlyLocationKeepsTheDefaultsInMemory();
-    void aCorrectionOfAReadOnlyFileHoldsInMemory();
-    void anUnreadableFileFailsTheLoad();
-    void aTextBecomesASetting_data();
-    void aTextBecomesASetting();
-    void aBadValueIsRepairedOnItsOwn();
-    void allBadValuesAreRepaired();
-    void aMissingKeyIsNotAdded();
-    void namesCompareWithoutRegardToCase();
-    void theOrderOfTheFileIsKept();
-    void aRepeatedKeyCountsWithItsLastValue();
-    void savingWritesAllSettings();
-    void savingAfterAnEmptyFileWritesTheUsualOrder();
-    void savingNegativeNumbersWritesThemAsTheyAre();
-    void aFailedSaveKeepsTheNewValues();
-    void laterChangesOfTheFileAreNotNoticedAndOverwritten();
-    void theStoreIsOne();
+    void cleanup()
+    {
+        CConfig::resetInstance();
+        QDir::setCurrent(QDir::rootPath());
+        m_folder.reset();
+    }
+
+    void aMissingFileFailsTheLoadAndLeavesNoFile()
+    {
+        const CConfig config;
+        QCOMPARE(config.status(), int(CConfig::LoadFailed));
+        QCOMPARE(config.status(), -1);
+        QVERIFY(!QFile::exists(configFile()));
+        QCOMPARE(settings(config), Settings({0, 0, 0, 0, 0}));
+    }
+
+    void defaultsAreWrittenByteForByte()
+    {
+        CConfig config;
+        QCOMPARE(config.createDefaultConfig(), 0);
+        QCOMPARE(fileContent(), defaults);
+        QCOMPARE(settings(config), Settings({0, 0, 1, 3, 1}));
+        const CConfig next;
+        QCOMPARE(next.status(), 0);
+        QCOMPARE(settings(next), Settings({0, 0, 1, 3, 1}));
+    }
+
+    void defaultsKeepTheFailedStatus()
+    {
+        CConfig config;
+        config.createDefaultConfig();
+        QCOMPARE(config.status(), -1);
+    }
+
+    void defaultsReplaceWhatWasRead()
+    {
+        writeConfig("[Variable]\nSkip = 8\n\n\n[Method]\nVariance = 2\n");
+        CConfig config;
+        QCOMPARE(config.createDefaultConfig(), 0);
+        QCOMPARE(settings(config), Settings({0, 0, 1, 3, 1}));
+        QCOMPARE(fileContent(),
+                 QByteArray("[Variable]\nSkip = 3\n\n\n[Method]\nVariance = 0\n"
+                            "Convergence = 0\n\n\n[Result]\nMedian = 1\n\n\n"
+                            "[Info]\nShow = 1\n"));
+    }
+
+    void anEmptyFileReadsAsZerosAndStaysEmpty()
+    {
+        writeConfig("");
+        const CConfig config;
+        QCOMPARE(config.status(), 0);
+        QCOMPARE(settings(config), Settings({0, 0, 0, 0, 0}));
+        QCOMPARE(fileContent(), QByteArray());
+    }
+
+    void anyContentLoads_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::newRow("prose") << QByteArray("nothing that looks like settings\n");
+        QTest::newRow("no line end") << QByteArray("x");
+        QTest::newRow("only a byte order mark") << QByteArray("\xEF\xBB\xBF");
+        QTest::newRow("open section") << QByteArray("[Method\nConvergence");
+        QTest::newRow("brackets and signs") << QByteArray("]]]][[[[=====;;;;####\n[]\n=\n");
+        QTest::newRow("open multi-line value") << QByteArray("[Method]\nConvergence = <<<END\n2\n");
+        QTest::newRow("null bytes") << QByteArray(4096, '\0');
+        QByteArray bytes;
+        for (int i = 0; i < 4096; ++i) {
+            bytes.append(char((i * 37 + i / 256) % 256));
+        }
+        QTest::newRow("every byte") << bytes;
+        QTest::newRow("a packed file")
+            << QByteArray("PK\3\4\24\0\0\0\10\0\xFF\xFE\x80\n\n\0\1", 17);
+    }
+
+    void anyContentLoads()
+    {
+        QFETCH(const QByteArray, content);
+        writeConfig(content);
+        const CConfig config;
+        QCOMPARE(config.status(), 0);
+        QCOMPARE(settings(config), Settings({0, 0, 0, 0, 0}));
+        QCOMPARE(fileContent(), content);
+    }
+
+    void aFolderInPlaceOfTheFileFailsLoadAndWrite()
+    {
+        QVERIFY(QDir().mkdir(configFile()));
+        CConfig config;
+        QCOMPARE(config.status(), -1);
+        QCOMPARE(config.writeFile(), -3);
+        QCOMPARE(config.createDefaultConfig(), -3);
+        QCOMPARE(settings(config), Settings({0, 0, 1, 3, 1}));
+        QVERIFY(QFileInfo(configFile()).isDir());
+    }
+
+    void aLocationThatIsGoneKeepsTheDefaultsInMemory()
+    {
+        QVERIFY(QDir().mkdir(QStringLiteral("gone")));
+        QVERIFY(QDir::setCurrent(m_folder->filePath(QStringLiteral("gone"))));
+        QVERIFY(QDir(m_folder->path()).rmdir(QStringLiteral("gone")));
+        CConfig config;
+        QCOMPARE(config.status(), -1);
+        QCOMPARE(config.createDefaultConfig(), int(CConfig::WriteFailed));
+        QCOMPARE(config.createDefaultConfig(), -3);
+        QCOMPARE(settings(config), Settings({0, 0, 1, 3, 1}));
+        const CConfig next;
+        QCOMPARE(next.status(), -1);
+    }
+
+    void aReadOnlyLocationKeepsTheDefaultsInMemory()
+    {
+        QVERIFY(QFile::setPermissions(m_folder->path(), readOnlyFolder));
+        const OrdinaryUser user;
+        if (!user.ready()) {
+            QSKIP("cannot become an ordinary user here");
+        }
+        CConfig config;
+        QCOMPARE(config.status(), -1);
+        QCOMPARE(config.createDefaultConfig(), -3);
+        QCOMPARE(settings(config), Settings({0, 0, 1, 3, 1}));
+        QVERIFY(!QFile::exists(configFile()));
+        const CConfig next;
+        QCOMPARE(next.status(), -1);
+    }
+
+    void aCorrectionOfAReadOnlyFileHoldsInMemory()
+    {
+        const QByteArray content = "[Method]\nConvergence = 7\nVariance = 2\n";
+        writeConfig(content);
+        QVERIFY(QFile::setPermissions(configFile(), readOnlyFile));
+        QVERIFY(QFile::setPermissions(m_folder->path(), readOnlyFolder));
+        const OrdinaryUser user;
+        if (!user.ready()) {
+            QSKIP("cannot become an ordinary user here");
+        }
+        const CConfig config;
+        QCOMPARE(config.status(), 0);
+        QCOMPARE(settings(config), Settings({0, 2, 0, 0, 0}));
+        QCOMPARE(fileContent(), content);
+    }
+
+    void anUnreadableFileFailsTheLoad()
+    {
+        writeConfig(defaults);
+        QVERIFY(QFile::setPermissions(configFile(), {}));
+        QVERIFY(QFile::setPermissions(m_folder->path(), readOnlyFolder));
+        const OrdinaryUser user;
+        if (!user.ready()) {
+            QSKIP("cannot become an ordinary user here");
+        }
+        const CConfig config;
+        QCOMPARE(config.status(), -1);
+    }
+
+    void aTextBecomesASetting_data()
+    {
+        QTest::addColumn<QByteArray>("section");
+        QTest::addColumn<QByteArray>("key");
+        QTest::addColumn<int>("position");
+        QTest::addColumn<QByteArray>("text");
+        QTest::addColumn<quint64>("expected");
+        QTest::addColumn<QByteArray>("corrected");
+
+        const auto row = [](const char *section, const char *key, int position,
+                            const QByteArray &text, quint64 expected,
+                            const QByteArray &corrected = {}) {
+            QTest::addRow("%s %s", key, text.constData())
+                << QByteArray(section) << QByteArray(key) << position << text << expected
+                << corrected;
+        };
+        // What reads alike for every setting, and is left as it stands.
+        const auto common = [&row](const char *section, const char *key, int position) {
+            const QByteArray longest = "1." + QByteArray(61, '0');
+            row(section, key, position, "0", 0);
+            row(section, key, position, "1", 1);
+            row(section, key, position, "1.9", 1);
+            row(section, key, position, "0.999", 0);
+            row(section, key, position, "-0.5", 0);
+            row(section, key, position, "-0", 0);
+            row(section, key, position, "1e0", 1);
+            row(section, key, position, "10e-1", 1);
+            row(section, key, position, "1x", 0);
+            row(section, key, position, "5x", 0);
+            row(section, key, position, "1 1", 0);
+            row(section, key, position, "0,5", 0);
+            row(section, key, position, "abc", 0);
+            row(section, key, position, "", 0);
+            row(section, key, position, longest, 1);
+            row(section, key, position, longest + "0", 0);
+            row(section, key, position, "9" + longest + "0", 0);
+        };
+        common("Method", "Convergence", 0);
+        common("Method", "Variance", 1);
+        common("Result", "Median", 2);
+        common("Variable", "Skip", 3);
+        common("Info", "Show", 4);
+
+        row("Method", "Convergence", 0, "2", 2);
+        row("Method", "Convergence", 0, "2.9", 2);
+        row("Method", "Variance", 1, "2", 2);
+        row("Method", "Variance", 1, "2.9", 2);
+        for (const char *bad : {"3", "3.0", "-1", "-1.5", "1e300", "-1e300", "nan", "inf"}) {
+            row("Method", "Convergence", 0, bad, 0, "0");
+            row("Method", "Variance", 1, bad, 0, "0");
+        }
+        for (const char *bad : {"2", "2.9", "3", "-1", "-2", "1e300", "nan", "-inf"}) {
+            row("Result", "Median", 2, bad, 1, "1");
+            row("Info", "Show", 4, bad, 1, "1");
+        }
+        row("Variable", "Skip", 3, "3", 3);
+        row("Variable", "Skip", 3, "2.9", 2);
+        row("Variable", "Skip", 3, "5000", 5000);
+        row("Variable", "Skip", 3, "-1", largest);
+        row("Variable", "Skip", 3, "-2", largest - 1);
+        row("Variable", "Skip", 3, "1e300", largest);
+        row("Variable", "Skip", 3, "nan", largest);
+        row("Variable", "Skip", 3, "inf", largest);
+    }
+
+    void aTextBecomesASetting()
+    {
+        QFETCH(const QByteArray, section);
+        QFETCH(const QByteArray, key);
+        QFETCH(const int, position);
+        QFETCH(const QByteArray, text);
+        QFETCH(const quint64, expected);
+        QFETCH(const QByteArray, corrected);
+        const QByteArray start = '[' + section + "]\n" + key + " = ";
+        writeConfig(start + text + '\n');
+        const CConfig config;
+        QCOMPARE(config.status(), 0);
+        Settings all = {0, 0, 0, 0, 0};
+        all[position] = expected;
+        QCOMPARE(settings(config), all);
+        QCOMPARE(fileContent(), start + (corrected.isNull() ? text : corrected) + '\n');
+    }
+
+    void aBadValueIsRepairedOnItsOwn()
+    {
+        writeConfig("[Method]\nConvergence = 3\nVariance = 2\n\n\n[Result]\nMedian = 0\n\n\n"
+                    "[Variable]\nSkip = -1\n\n\n[Info]\nShow = 0\n");
+        const CConfig config;
+        QCOMPARE(config.status(), 0);
+        QCOMPARE(settings(config), Settings({0, 2, 0, largest, 0}));
+        QCOMPARE(
+            fileContent(),
+            QByteArray("[Method]\nConvergence = 0\nVariance = 2\n\n\n[Result]\nMedian = 0\n\n\n"
+                       "[Variable]\nSkip = -1\n\n\n[Info]\nShow = 0\n"));
+    }
+
+    void allBadValuesAreRepaired()
+    {
+        writeConfig("[Info]\nShow = 2\n[Result]\nMedian = -1\n[Method]\nVariance = 9\n"
+                    "Convergence = 3\n[Variable]\nSkip = 2.9\n");
+        const CConfig config;
+        QCOMPARE(config.status(), 0);
+        QCOMPARE(settings(config), Settings({0, 0, 1, 2, 1}));
+        QCOMPARE(
+            fileContent(),
+            QByteArray("[Info]\nShow = 1\n\n\n[Result]\nMedian = 1\n\n\n[Method]\nVariance = 0\n"
+                       "Convergence = 0\n\n\n[Variable]\nSkip = 2.9\n"));
+    }
+
+    void aMissingKeyIsNotAdded()
+    {
+        const QByteArray content = "[Method]\nVariance = 1\n";
+        writeConfig(content);
+        const CConfig config;
+        QCOMPARE(settings(config), Settings({0, 1, 0, 0, 0}));
+        QCOMPARE(fileContent(), content);
+        // Not even when another value makes the file be written.
+        writeConfig("[Method]\nVariance = 4\n");
+        const CConfig correcting;
+        QCOMPARE(fileContent(), QByteArray("[Method]\nVariance = 0\n"));
+    }
+
+    void namesCompareWithoutRegardToCase()
+    {
+        writeConfig("[method]\nCONVERGENCE = 2\n\n\n[RESULT]\nmedian = 1\n");
+        CConfig config;
+        QCOMPARE(settings(config), Settings({2, 0, 1, 0, 0}));
+        config.saveConfig(1, 2, 0, 4, 1);
+        QCOMPARE(settings(config), Settings({1, 2, 0, 4, 1}));
+        QCOMPARE(
+            fileContent(),
+            QByteArray("[method]\nCONVERGENCE = 1\nVariance = 2\n\n\n[RESULT]\nmedian = 0\n\n\n"
+                       "[Variable]\nSkip = 4\n\n\n[Info]\nShow = 1\n"));
+    }
+
+    void theOrderOfTheFileIsKept()
+    {
+        writeConfig(
+            "[Info]\nShow = 0\nMore = x\n\n\n[Own]\nb = 2\na = 1\n\n\n[Method]\nVariance = 1\n"
+            "Other = y\n");
+        CConfig config;
+        config.saveConfig(2, 2, 1, 5, 1);
+        QCOMPARE(
+            fileContent(),
+            QByteArray("[Info]\nShow = 1\nMore = x\n\n\n[Own]\nb = 2\na = 1\n\n\n[Method]\n"
+                       "Variance = 2\nOther = y\nConvergence = 2\n\n\n[Result]\nMedian = 1\n\n\n"
+                       "[Variable]\nSkip = 5\n"));
+    }
+
+    void aRepeatedKeyCountsWithItsLastValue()
+    {
+        writeConfig("[Method]\nConvergence = 1\nConvergence = 2\n");
+        CConfig config;
+        QCOMPARE(config.convergenceMethod(), quint64(2));
+        QCOMPARE(config.writeFile(), 0);
+        QCOMPARE(fileContent(), QByteArray("[Method]\nConvergence = 2\n"));
+    }
+
+    void savingWritesAllSettings()
+    {
+        CConfig config;
+        config.createDefaultConfig();
+        config.saveConfig(2, 1, 0, 12, 0);
+        QCOMPARE(settings(config), Settings({2, 1, 0, 12, 0}));
+        QCOMPARE(
+            fileContent(),
+            QByteArray("[Method]\nConvergence = 2\nVariance = 1\n\n\n[Result]\nMedian = 0\n\n\n"
+                       "[Variable]\nSkip = 12\n\n\n[Info]\nShow = 0\n"));
+        const CConfig next;
+        QCOMPARE(settings(next), Settings({2, 1, 0, 12, 0}));
+    }
+
+    void savingAfterAnEmptyFileWritesTheUsualOrder()
+    {
+        writeConfig("");
+        CConfig config;
+        config.saveConfig(0, 0, 1, 3, 1);
+        QCOMPARE(fileContent(), defaults);
+    }
+
+    void savingNegativeNumbersWritesThemAsTheyAre()
+    {
+        CConfig config;
+        config.saveConfig(0, 0, 1, std::numeric_limits<int>::min(), 1);
+        QVERIFY(fileContent().contains("\nSkip = -2147483648\n"));
+        QCOMPARE(config.skip(), quint64(0) - quint64(2147483648));
+    }
+
+    void aFailedSaveKeepsTheNewValues()
+    {
+        QVERIFY(QDir().mkdir(configFile()));
+        CConfig config;
+        config.saveConfig(1, 2, 0, 7, 1);
+        QCOMPARE(settings(config), Settings({1, 2, 0, 7, 1}));
+    }
+
+    void laterChangesOfTheFileAreNotNoticedAndOverwritten()
+    {
+        writeConfig(defaults);
+        CConfig config;
+        writeConfig("[Method]\nConvergence = 2\nVariance = 2\nMine = 1\n");
+        QCOMPARE(settings(config), Settings({0, 0, 1, 3, 1}));
+        QCOMPARE(config.writeFile(), 0);
+        QCOMPARE(fileContent(), defaults);
+    }
+
+    void theStoreIsOne()
+    {
+        writeConfig("[Variable]\nSkip = 6\n");
+        CConfig &first = CConfig::instance();
+        QCOMPARE(&CConfig::instance(), &first);
+        QCOMPARE(first.skip(), quint64(6));
+        writeConfig("[Variable]\nSkip = 9\n");
+        QCOMPARE(CConfig::instance().skip(), quint64(6));
+        CConfig::resetInstance();
+        QCOMPARE(CConfig::instance().skip(), quint64(9));
+    }
 };
-
-void TestCConfig::init()
-{
-    m_folder = std::make_unique<QTemporaryDir>();
-    QVERIFY(m_folder->isValid());
-    QVERIFY(QDir::setCurrent(m_folder->path()));
-}
-
-void TestCConfig::cleanup()
-{
-    CConfig::resetInstance();
-    QDir::setCurrent(QDir::rootPath());
-    m_folder.reset();
-}
-
-void TestCConfig::aMissingFileFailsTheLoadAndLeavesNoFile()
-{
-    const CConfig config;
-    QCOMPARE(config.status(), int(CConfig::LoadFailed));
-    QCOMPARE(config.status(), -1);
-    QVERIFY(!QFile::exists(configFile()));
-    QCOMPARE(settings(config), Settings({0, 0, 0, 0, 0}));
-}
-
-void TestCConfig::defaultsAreWrittenByteForByte()
-{
-    CConfig config;
-    QCOMPARE(config.createDefaultConfig(), 0);
-    QCOMPARE(fileContent(), defaults);
-    QCOMPARE(settings(config), Settings({0, 0, 1, 3, 1}));
-    const CConfig next;
-    QCOMPARE(next.status(), 0);
-    QCOMPARE(settings(next), Settings({0, 0, 1, 3, 1}));
-}
-
-void TestCConfig::defaultsKeepTheFailedStatus()
-{
-    CConfig config;
-    config.createDefaultConfig();
-    QCOMPARE(config.status(), -1);
-}
-
-void TestCConfig::defaultsReplaceWhatWasRead()
-{
-    writeConfig("[Variable]\nSkip = 8\n\n\n[Method]\nVariance = 2\n");
-    CConfig config;
-    QCOMPARE(config.createDefaultConfig(), 0);
-    QCOMPARE(settings(config), Settings({0, 0, 1, 3, 1}));
-    QCOMPARE(fileContent(),
-             QByteArray("[Variable]\nSkip = 3\n\n\n[Method]\nVariance = 0\n"
-                        "Convergence = 0\n\n\n[Result]\nMedian = 1\n\n\n"
-                        "[Info]\nShow = 1\n"));
-}
-
-void TestCConfig::anEmptyFileReadsAsZerosAndStaysEmpty()
-{
-    writeConfig("");
-    const CConfig config;
-    QCOMPARE(config.status(), 0);
-    QCOMPARE(settings(config), Settings({0, 0, 0, 0, 0}));
-    QCOMPARE(fileContent(), QByteArray());
-}
-
-void TestCConfig::anyContentLoads_data()
-{
-    QTest::addColumn<QByteArray>("content");
-    QTest::newRow("prose") << QByteArray("nothing that looks like settings\n");
-    QTest::newRow("no line end") << QByteArray("x");
-    QTest::newRow("only a byte order mark") << QByteArray("\xEF\xBB\xBF");
-    QTest::newRow("open section") << QByteArray("[Method\nConvergence");
-    QTest::newRow("brackets and signs") << QByteArray("]]]][[[[=====;;;;####\n[]\n=\n");
-    QTest::newRow("open multi-line value") << QByteArray("[Method]\nConvergence = <<<END\n2\n");
-    QTest::newRow("null bytes") << QByteArray(4096, '\0');
-    QByteArray bytes;
-    for (int i = 0; i < 4096; ++i) {
-        bytes.append(char((i * 37 + i / 256) % 256));
-    }
-    QTest::newRow("every byte") << bytes;
-    QTest::newRow("a packed file") << QByteArray("PK\3\4\24\0\0\0\10\0\xFF\xFE\x80\n\n\0\1", 17);
-}
-
-void TestCConfig::anyContentLoads()
-{
-    QFETCH(const QByteArray, content);
-    writeConfig(content);
-    const CConfig config;
-    QCOMPARE(config.status(), 0);
-    QCOMPARE(settings(config), Settings({0, 0, 0, 0, 0}));
-    QCOMPARE(fileContent(), content);
-}
-
-void TestCConfig::aFolderInPlaceOfTheFileFailsLoadAndWrite()
-{
-    QVERIFY(QDir().mkdir(configFile()));
-    CConfig config;
-    QCOMPARE(config.status(), -1);
-    QCOMPARE(config.writeFile(), -3);
-    QCOMPARE(config.createDefaultConfig(), -3);
-    QCOMPARE(settings(config), Settings({0, 0, 1, 3, 1}));
-    QVERIFY(QFileInfo(configFile()).isDir());
-}
-
-void TestCConfig::aLocationThatIsGoneKeepsTheDefaultsInMemory()
-{
-    QVERIFY(QDir().mkdir(QStringLiteral("gone")));
-    QVERIFY(QDir::setCurrent(m_folder->filePath(QStringLiteral("gone"))));
-    QVERIFY(QDir(m_folder->path()).rmdir(QStringLiteral("gone")));
-    CConfig config;
-    QCOMPARE(config.status(), -1);
-    QCOMPARE(config.createDefaultConfig(), int(CConfig::WriteFailed));
-    QCOMPARE(config.createDefaultConfig(), -3);
-    QCOMPARE(settings(config), Settings({0, 0, 1, 3, 1}));
-    const CConfig next;
-    QCOMPARE(next.status(), -1);
-}
-
-void TestCConfig::aReadOnlyLocationKeepsTheDefaultsInMemory()
-{
-    QVERIFY(QFile::setPermissions(m_folder->path(), readOnlyFolder));
-    const OrdinaryUser user;
-    if (!user.ready()) {
-        QSKIP("cannot become an ordinary user here");
-    }
-    CConfig config;
-    QCOMPARE(config.status(), -1);
-    QCOMPARE(config.createDefaultConfig(), -3);
-    QCOMPARE(settings(config), Settings({0, 0, 1, 3, 1}));
-    QVERIFY(!QFile::exists(configFile()));
-    const CConfig next;
-    QCOMPARE(next.status(), -1);
-}
-
-void TestCConfig::aCorrectionOfAReadOnlyFileHoldsInMemory()
-{
-    const QByteArray content = "[Method]\nConvergence = 7\nVariance = 2\n";
-    writeConfig(content);
-    QVERIFY(QFile::setPermissions(configFile(), readOnlyFile));
-    QVERIFY(QFile::setPermissions(m_folder->path(), readOnlyFolder));
-    const OrdinaryUser user;
-    if (!user.ready()) {
-        QSKIP("cannot become an ordinary user here");
-    }
-    const CConfig config;
-    QCOMPARE(config.status(), 0);
-    QCOMPARE(settings(config), Settings({0, 2, 0, 0, 0}));
-    QCOMPARE(fileContent(), content);
-}
-
-void TestCConfig::anUnreadableFileFailsTheLoad()
-{
-    writeConfig(defaults);
-    QVERIFY(QFile::setPermissions(configFile(), {}));
-    QVERIFY(QFile::setPermissions(m_folder->path(), readOnlyFolder));
-    const OrdinaryUser user;
-    if (!user.ready()) {
-        QSKIP("cannot become an ordinary user here");
-    }
-    const CConfig config;
-    QCOMPARE(config.status(), -1);
-}
-
-void TestCConfig::aTextBecomesASetting_data()
-{
-    QTest::addColumn<QByteArray>("section");
-    QTest::addColumn<QByteArray>("key");
-    QTest::addColumn<int>("position");
-    QTest::addColumn<QByteArray>("text");
-    QTest::addColumn<quint64>("expected");
-    QTest::addColumn<QByteArray>("corrected");
-
-    const auto row = [](const char *section, const char *key, int position, const QByteArray &text,
-                        quint64 expected, const QByteArray &corrected = {}) {
-        QTest::addRow("%s %s", key, text.constData())
-            << QByteArray(section) << QByteArray(key) << position << text << expected << corrected;
-    };
-    // What reads alike for every setting, and is left as it stands.
-    const auto common = [&row](const char *section, const char *key, int position) {
-        const QByteArray longest = "1." + QByteArray(61, '0');
-        row(section, key, position, "0", 0);
-        row(section, key, position, "1", 1);
-        row(section, key, position, "1.9", 1);
-        row(section, key, position, "0.999", 0);
-        row(section, key, position, "-0.5", 0);
-        row(section, key, position, "-0", 0);
-        row(section, key, position, "1e0", 1);
-        row(section, key, position, "10e-1", 1);
-        row(section, key, position, "1x", 0);
-        row(section, key, position, "5x", 0);
-        row(section, key, position, "1 1", 0);
-        row(section, key, position, "0,5", 0);
-        row(section, key, position, "abc", 0);
-        row(section, key, position, "", 0);
-        row(section, key, position, longest, 1);
-        row(section, key, position, longest + "0", 0);
-        row(section, key, position, "9" + longest + "0", 0);
-    };
-    common("Method", "Convergence", 0);
-    common("Method", "Variance", 1);
-    common("Result", "Median", 2);
-    common("Variable", "Skip", 3);
-    common("Info", "Show", 4);
-
-    row("Method", "Convergence", 0, "2", 2);
-    row("Method", "Convergence", 0, "2.9", 2);
-    row("Method", "Variance", 1, "2", 2);
-    row("Method", "Variance", 1, "2.9", 2);
-    for (const char *bad : {"3", "3.0", "-1", "-1.5", "1e300", "-1e300", "nan", "inf"}) {
-        row("Method", "Convergence", 0, bad, 0, "0");
-        row("Method", "Variance", 1, bad, 0, "0");
-    }
-    for (const char *bad : {"2", "2.9", "3", "-1", "-2", "1e300", "nan", "-inf"}) {
-        row("Result", "Median", 2, bad, 1, "1");
-        row("Info", "Show", 4, bad, 1, "1");
-    }
-    row("Variable", "Skip", 3, "3", 3);
-    row("Variable", "Skip", 3, "2.9", 2);
-    row("Variable", "Skip", 3, "5000", 5000);
-    row("Variable", "Skip", 3, "-1", largest);
-    row("Variable", "Skip", 3, "-2", largest - 1);
-    row("Variable", "Skip", 3, "1e300", largest);
-    row("Variable", "Skip", 3, "nan", largest);
-    row("Variable", "Skip", 3, "inf", largest);
-}
-
-void TestCConfig::aTextBecomesASetting()
-{
-    QFETCH(const QByteArray, section);
-    QFETCH(const QByteArray, key);
-    QFETCH(const int, position);
-    QFETCH(const QByteArray, text);
-    QFETCH(const quint64, expected);
-    QFETCH(const QByteArray, corrected);
-    const QByteArray start = '[' + section + "]\n" + key + " = ";
-    writeConfig(start + text + '\n');
-    const CConfig config;
-    QCOMPARE(config.status(), 0);
-    Settings all = {0, 0, 0, 0, 0};
-    all[position] = expected;
-    QCOMPARE(settings(config), all);
-    QCOMPARE(fileContent(), start + (corrected.isNull() ? text : corrected) + '\n');
-}
-
-void TestCConfig::aBadValueIsRepairedOnItsOwn()
-{
-    writeConfig("[Method]\nConvergence = 3\nVariance = 2\n\n\n[Result]\nMedian = 0\n\n\n"
-                "[Variable]\nSkip = -1\n\n\n[Info]\nShow = 0\n");
-    const CConfig config;
-    QCOMPARE(config.status(), 0);
-    QCOMPARE(settings(config), Settings({0, 2, 0, largest, 0}));
-    QCOMPARE(fileContent(),
-             QByteArray("[Method]\nConvergence = 0\nVariance = 2\n\n\n[Result]\nMedian = 0\n\n\n"
-                        "[Variable]\nSkip = -1\n\n\n[Info]\nShow = 0\n"));
-}
-
-void TestCConfig::allBadValuesAreRepaired()
-{
-    writeConfig("[Info]\nShow = 2\n[Result]\nMedian = -1\n[Method]\nVariance = 9\n"
-                "Convergence = 3\n[Variable]\nSkip = 2.9\n");
-    const CConfig config;
-    QCOMPARE(config.status(), 0);
-    QCOMPARE(settings(config), Settings({0, 0, 1, 2, 1}));
-    QCOMPARE(fileContent(),
-             QByteArray("[Info]\nShow = 1\n\n\n[Result]\nMedian = 1\n\n\n[Method]\nVariance = 0\n"
-                        "Convergence = 0\n\n\n[Variable]\nSkip = 2.9\n"));
-}
-
-void TestCConfig::aMissingKeyIsNotAdded()
-{
-    const QByteArray content = "[Method]\nVariance = 1\n";
-    writeConfig(content);
-    const CConfig config;
-    QCOMPARE(settings(config), Settings({0, 1, 0, 0, 0}));
-    QCOMPARE(fileContent(), content);
-    // Not even when another value makes the file be written.
-    writeConfig("[Method]\nVariance = 4\n");
-    const CConfig correcting;
-    QCOMPARE(fileContent(), QByteArray("[Method]\nVariance = 0\n"));
-}
-
-void TestCConfig::namesCompareWithoutRegardToCase()
-{
-    writeConfig("[method]\nCONVERGENCE = 2\n\n\n[RESULT]\nmedian = 1\n");
-    CConfig config;
-    QCOMPARE(settings(config), Settings({2, 0, 1, 0, 0}));
-    config.saveConfig(1, 2, 0, 4, 1);
-    QCOMPARE(settings(config), Settings({1, 2, 0, 4, 1}));
-    QCOMPARE(fileContent(),
-             QByteArray("[method]\nCONVERGENCE = 1\nVariance = 2\n\n\n[RESULT]\nmedian = 0\n\n\n"
-                        "[Variable]\nSkip = 4\n\n\n[Info]\nShow = 1\n"));
-}
-
-void TestCConfig::theOrderOfTheFileIsKept()
-{
-    writeConfig("[Info]\nShow = 0\nMore = x\n\n\n[Own]\nb = 2\na = 1\n\n\n[Method]\nVariance = 1\n"
-                "Other = y\n");
-    CConfig config;
-    config.saveConfig(2, 2, 1, 5, 1);
-    QCOMPARE(fileContent(),
-             QByteArray("[Info]\nShow = 1\nMore = x\n\n\n[Own]\nb = 2\na = 1\n\n\n[Method]\n"
-                        "Variance = 2\nOther = y\nConvergence = 2\n\n\n[Result]\nMedian = 1\n\n\n"
-                        "[Variable]\nSkip = 5\n"));
-}
-
-void TestCConfig::aRepeatedKeyCountsWithItsLastValue()
-{
-    writeConfig("[Method]\nConvergence = 1\nConvergence = 2\n");
-    CConfig config;
-    QCOMPARE(config.convergenceMethod(), quint64(2));
-    QCOMPARE(config.writeFile(), 0);
-    QCOMPARE(fileContent(), QByteArray("[Method]\nConvergence = 2\n"));
-}
-
-void TestCConfig::savingWritesAllSettings()
-{
-    CConfig config;
-    config.createDefaultConfig();
-    config.saveConfig(2, 1, 0, 12, 0);
-    QCOMPARE(settings(config), Settings({2, 1, 0, 12, 0}));
-    QCOMPARE(fileContent(),
-             QByteArray("[Method]\nConvergence = 2\nVariance = 1\n\n\n[Result]\nMedian = 0\n\n\n"
-                        "[Variable]\nSkip = 12\n\n\n[Info]\nShow = 0\n"));
-    const CConfig next;
-    QCOMPARE(settings(next), Settings({2, 1, 0, 12, 0}));
-}
-
-void TestCConfig::savingAfterAnEmptyFileWritesTheUsualOrder()
-{
-    writeConfig("");
-    CConfig config;
-    config.saveConfig(0, 0, 1, 3, 1);
-    QCOMPARE(fileContent(), defaults);
-}
-
-void TestCConfig::savingNegativeNumbersWritesThemAsTheyAre()
-{
-    CConfig config;
-    config.saveConfig(0, 0, 1, std::numeric_limits<int>::min(), 1);
-    QVERIFY(fileContent().contains("\nSkip = -2147483648\n"));
-    QCOMPARE(config.skip(), quint64(0) - quint64(2147483648));
-}
-
-void TestCConfig::aFailedSaveKeepsTheNewValues()
-{
-    QVERIFY(QDir().mkdir(configFile()));
-    CConfig config;
-    config.saveConfig(1, 2, 0, 7, 1);
-    QCOMPARE(settings(config), Settings({1, 2, 0, 7, 1}));
-}
-
-void TestCConfig::laterChangesOfTheFileAreNotNoticedAndOverwritten()
-{
-    writeConfig(defaults);
-    CConfig config;
-    writeConfig("[Method]\nConvergence = 2\nVariance = 2\nMine = 1\n");
-    QCOMPARE(settings(config), Settings({0, 0, 1, 3, 1}));
-    QCOMPARE(config.writeFile(), 0);
-    QCOMPARE(fileContent(), defaults);
-}
-
-void TestCConfig::theStoreIsOne()
-{
-    writeConfig("[Variable]\nSkip = 6\n");
-    CConfig &first = CConfig::instance();
-    QCOMPARE(&CConfig::instance(), &first);
-    QCOMPARE(first.skip(), quint64(6));
-    writeConfig("[Variable]\nSkip = 9\n");
-    QCOMPARE(CConfig::instance().skip(), quint64(6));
-    CConfig::resetInstance();
-    QCOMPARE(CConfig::instance().skip(), quint64(9));
-}
 
 QTEST_GUILESS_MAIN(TestCConfig)
 #include "tst_cconfig.moc"

@@ -54,181 +54,167 @@ class TestCenters : public QObject
     std::unique_ptr<QTemporaryDir> m_folder;
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
-
-    void medianAndMean_data();
-    void medianAndMean();
-    void eachColumnHasItsOwnCenter();
-    void oneSeesOnlyItsFamily();
-    void meansAddInPatientOrder();
-    void notANumberInOneColumn();
-    void manyNotANumber();
-    void theScoresAreLeftAlone();
-    void theSettingChoosesTheCenter_data();
-    void theSettingChoosesTheCenter();
-    void theChoiceIsReadOnEveryCall();
-};
-
-void TestCenters::init()
-{
-    m_folder = std::make_unique<QTemporaryDir>();
-    QVERIFY(m_folder->isValid());
-    QVERIFY(QDir::setCurrent(m_folder->path()));
-}
-
-void TestCenters::cleanup()
-{
-    CConfig::resetInstance();
-    QDir::setCurrent(QDir::rootPath());
-    m_folder.reset();
-}
-
-void TestCenters::medianAndMean_data()
-{
-    QTest::addColumn<Series>("values");
-    QTest::addColumn<double>("median");
-    QTest::addColumn<double>("mean");
-    QTest::newRow("no patients") << Series{} << notANumber << notANumber;
-    QTest::newRow("one patient") << Series{-2.75} << -2.75 << -2.75;
-    QTest::newRow("two patients") << Series{7, 2} << 4.5 << 4.5;
-    QTest::newRow("two equal patients") << Series{3, 3} << 3.0 << 3.0;
-    QTest::newRow("three patients") << Series{1, 2, 9} << 2.0 << 4.0;
-    QTest::newRow("three patients, unsorted") << Series{9, 1, 2} << 2.0 << 4.0;
-    QTest::newRow("four patients") << Series{10, -1, 4, 2} << 3.0 << 3.75;
-    QTest::newRow("five patients") << Series{5, 4, 3, 2, -4} << 3.0 << 2.0;
-    QTest::newRow("not a number is last of three") << Series{notANumber, 5, 3} << 5.0 << notANumber;
-    QTest::newRow("not a number is last of four")
-        << Series{5, notANumber, 3, 8} << 6.5 << notANumber;
-    QTest::newRow("not a number in the middle")
-        << Series{notANumber, 1, notANumber} << notANumber << notANumber;
-    QTest::newRow("half of them not a number")
-        << Series{notANumber, 1, notANumber, 2} << notANumber << notANumber;
-    QTest::newRow("not a number behind infinity")
-        << Series{notANumber, infinity, 1} << infinity << notANumber;
-    QTest::newRow("infinity") << Series{1, infinity, 2} << 2.0 << infinity;
-}
-
-void TestCenters::medianAndMean()
-{
-    QFETCH(const Series, values);
-    QFETCH(const double, median);
-    QFETCH(const double, mean);
-    const Scores scores = everywhere(values);
-    QCOMPARE(differences(convergenceMedians(scores), Series(3, median)), QString());
-    QCOMPARE(differences(variabilityMedians(scores), Series(3, median)), QString());
-    QCOMPARE(differences(convergenceAverages(scores), Series(3, mean)), QString());
-    QCOMPARE(differences(variabilityAverages(scores), Series(3, mean)), QString());
-}
-
-void TestCenters::eachColumnHasItsOwnCenter()
-{
-    // The medians come from three different patients.
-    const Scores scores = {score(1, 20, 9, 4, 50, 600), score(2, 30, 5, 1, 80, 500),
-                           score(9, 10, 7, 7, 20, 100)};
-    QCOMPARE(differences(convergenceMedians(scores), {2, 20, 7}), QString());
-    QCOMPARE(differences(variabilityMedians(scores), {4, 50, 500}), QString());
-    QCOMPARE(differences(convergenceAverages(scores), {4, 20, 7}), QString());
-    QCOMPARE(differences(variabilityAverages(scores), {4, 50, 400}), QString());
-}
-
-void TestCenters::oneSeesOnlyItsFamily()
-{
-    const Scores scores = {score(1, 2, 3, notANumber, notANumber, notANumber)};
-    QCOMPARE(differences(convergenceMedians(scores), {1, 2, 3}), QString());
-    QCOMPARE(differences(convergenceAverages(scores), {1, 2, 3}), QString());
-    QCOMPARE(differences(variabilityMedians(scores), Series(3, notANumber)), QString());
-    QCOMPARE(differences(variabilityAverages(scores), Series(3, notANumber)), QString());
-}
-
-void TestCenters::meansAddInPatientOrder()
-{
-    // The 1 is lost beside the first, and stays beside nothing.
-    const Scores lost = everywhere({1e16, 1, -1e16});
-    QCOMPARE(differences(convergenceAverages(lost), Series(3, 0.0)), QString());
-    QCOMPARE(differences(variabilityAverages(lost), Series(3, 0.0)), QString());
-    const Scores kept = everywhere({1e16, -1e16, 1});
-    QCOMPARE(differences(convergenceAverages(kept), Series(3, 1.0 / 3.0)), QString());
-    QCOMPARE(differences(variabilityAverages(kept), Series(3, 1.0 / 3.0)), QString());
-}
-
-void TestCenters::notANumberInOneColumn()
-{
-    const Scores scores = {score(1, 2, notANumber, 4, 5, 6), score(3, 4, 7, 8, notANumber, 8)};
-    QCOMPARE(differences(convergenceAverages(scores), {2, 3, notANumber}), QString());
-    QCOMPARE(differences(variabilityAverages(scores), {6, notANumber, 7}), QString());
-    QCOMPARE(differences(convergenceMedians(scores), {2, 3, notANumber}), QString());
-    QCOMPARE(differences(variabilityMedians(scores), {6, notANumber, 7}), QString());
-}
-
-void TestCenters::manyNotANumber()
-{
-    // Long enough for a sort to lose its way when the order is no order.
-    Series values;
-    for (int i = 0; i < 1001; ++i) {
-        values.append(i % 3 == 0 ? notANumber : 1000.0 - i);
+    void init()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+        QVERIFY(m_folder->isValid());
+        QVERIFY(QDir::setCurrent(m_folder->path()));
     }
-    // 667 numbers stand before the others; the entry 500 is the 501st smallest of them.
-    Series numbers;
-    for (const double value : qAsConst(values)) {
-        if (value == value) {
-            numbers.prepend(value);
+
+    void cleanup()
+    {
+        CConfig::resetInstance();
+        QDir::setCurrent(QDir::rootPath());
+        m_folder.reset();
+    }
+
+    void medianAndMean_data()
+    {
+        QTest::addColumn<Series>("values");
+        QTest::addColumn<double>("median");
+        QTest::addColumn<double>("mean");
+        QTest::newRow("no patients") << Series{} << notANumber << notANumber;
+        QTest::newRow("one patient") << Series{-2.75} << -2.75 << -2.75;
+        QTest::newRow("two patients") << Series{7, 2} << 4.5 << 4.5;
+        QTest::newRow("two equal patients") << Series{3, 3} << 3.0 << 3.0;
+        QTest::newRow("three patients") << Series{1, 2, 9} << 2.0 << 4.0;
+        QTest::newRow("three patients, unsorted") << Series{9, 1, 2} << 2.0 << 4.0;
+        QTest::newRow("four patients") << Series{10, -1, 4, 2} << 3.0 << 3.75;
+        QTest::newRow("five patients") << Series{5, 4, 3, 2, -4} << 3.0 << 2.0;
+        QTest::newRow("not a number is last of three")
+            << Series{notANumber, 5, 3} << 5.0 << notANumber;
+        QTest::newRow("not a number is last of four")
+            << Series{5, notANumber, 3, 8} << 6.5 << notANumber;
+        QTest::newRow("not a number in the middle")
+            << Series{notANumber, 1, notANumber} << notANumber << notANumber;
+        QTest::newRow("half of them not a number")
+            << Series{notANumber, 1, notANumber, 2} << notANumber << notANumber;
+        QTest::newRow("not a number behind infinity")
+            << Series{notANumber, infinity, 1} << infinity << notANumber;
+        QTest::newRow("infinity") << Series{1, infinity, 2} << 2.0 << infinity;
+    }
+
+    void medianAndMean()
+    {
+        QFETCH(const Series, values);
+        QFETCH(const double, median);
+        QFETCH(const double, mean);
+        const Scores scores = everywhere(values);
+        QCOMPARE(differences(convergenceMedians(scores), Series(3, median)), QString());
+        QCOMPARE(differences(variabilityMedians(scores), Series(3, median)), QString());
+        QCOMPARE(differences(convergenceAverages(scores), Series(3, mean)), QString());
+        QCOMPARE(differences(variabilityAverages(scores), Series(3, mean)), QString());
+    }
+
+    void eachColumnHasItsOwnCenter()
+    {
+        // The medians come from three different patients.
+        const Scores scores = {score(1, 20, 9, 4, 50, 600), score(2, 30, 5, 1, 80, 500),
+                               score(9, 10, 7, 7, 20, 100)};
+        QCOMPARE(differences(convergenceMedians(scores), {2, 20, 7}), QString());
+        QCOMPARE(differences(variabilityMedians(scores), {4, 50, 500}), QString());
+        QCOMPARE(differences(convergenceAverages(scores), {4, 20, 7}), QString());
+        QCOMPARE(differences(variabilityAverages(scores), {4, 50, 400}), QString());
+    }
+
+    void oneSeesOnlyItsFamily()
+    {
+        const Scores scores = {score(1, 2, 3, notANumber, notANumber, notANumber)};
+        QCOMPARE(differences(convergenceMedians(scores), {1, 2, 3}), QString());
+        QCOMPARE(differences(convergenceAverages(scores), {1, 2, 3}), QString());
+        QCOMPARE(differences(variabilityMedians(scores), Series(3, notANumber)), QString());
+        QCOMPARE(differences(variabilityAverages(scores), Series(3, notANumber)), QString());
+    }
+
+    void meansAddInPatientOrder()
+    {
+        // The 1 is lost beside the first, and stays beside nothing.
+        const Scores lost = everywhere({1e16, 1, -1e16});
+        QCOMPARE(differences(convergenceAverages(lost), Series(3, 0.0)), QString());
+        QCOMPARE(differences(variabilityAverages(lost), Series(3, 0.0)), QString());
+        const Scores kept = everywhere({1e16, -1e16, 1});
+        QCOMPARE(differences(convergenceAverages(kept), Series(3, 1.0 / 3.0)), QString());
+        QCOMPARE(differences(variabilityAverages(kept), Series(3, 1.0 / 3.0)), QString());
+    }
+
+    void notANumberInOneColumn()
+    {
+        const Scores scores = {score(1, 2, notANumber, 4, 5, 6), score(3, 4, 7, 8, notANumber, 8)};
+        QCOMPARE(differences(convergenceAverages(scores), {2, 3, notANumber}), QString());
+        QCOMPARE(differences(variabilityAverages(scores), {6, notANumber, 7}), QString());
+        QCOMPARE(differences(convergenceMedians(scores), {2, 3, notANumber}), QString());
+        QCOMPARE(differences(variabilityMedians(scores), {6, notANumber, 7}), QString());
+    }
+
+    void manyNotANumber()
+    {
+        // Long enough for a sort to lose its way when the order is no order.
+        Series values;
+        for (int i = 0; i < 1001; ++i) {
+            values.append(i % 3 == 0 ? notANumber : 1000.0 - i);
+        }
+        // 667 numbers stand before the others; the entry 500 is the 501st smallest of them.
+        Series numbers;
+        for (const double value : qAsConst(values)) {
+            if (value == value) {
+                numbers.prepend(value);
+            }
+        }
+        QCOMPARE(numbers.size(), 667);
+        QCOMPARE(differences(convergenceMedians(everywhere(values)), Series(3, numbers.at(500))),
+                 QString());
+        QCOMPARE(differences(variabilityMedians(everywhere(Series(1001, notANumber))),
+                             Series(3, notANumber)),
+                 QString());
+    }
+
+    void theScoresAreLeftAlone()
+    {
+        const Scores scores = everywhere({3, 1, 2});
+        convergenceMedians(scores);
+        variabilityMedians(scores);
+        for (int i = 0; i < scores.size(); ++i) {
+            QCOMPARE(scores.at(i).convergence, Series(3, Series({3, 1, 2}).at(i)));
+            QCOMPARE(scores.at(i).variability, Series(3, Series({3, 1, 2}).at(i)));
         }
     }
-    QCOMPARE(numbers.size(), 667);
-    QCOMPARE(differences(convergenceMedians(everywhere(values)), Series(3, numbers.at(500))),
-             QString());
-    QCOMPARE(differences(variabilityMedians(everywhere(Series(1001, notANumber))),
-                         Series(3, notANumber)),
-             QString());
-}
 
-void TestCenters::theScoresAreLeftAlone()
-{
-    const Scores scores = everywhere({3, 1, 2});
-    convergenceMedians(scores);
-    variabilityMedians(scores);
-    for (int i = 0; i < scores.size(); ++i) {
-        QCOMPARE(scores.at(i).convergence, Series(3, Series({3, 1, 2}).at(i)));
-        QCOMPARE(scores.at(i).variability, Series(3, Series({3, 1, 2}).at(i)));
+    void theSettingChoosesTheCenter_data()
+    {
+        QTest::addColumn<QByteArray>("file");
+        QTest::addColumn<bool>("isMedian");
+        QTest::newRow("1") << QByteArray("[Result]\nMedian = 1\n") << true;
+        QTest::newRow("0") << QByteArray("[Result]\nMedian = 0\n") << false;
+        QTest::newRow("corrected") << QByteArray("[Result]\nMedian = -1\n") << true;
+        QTest::newRow("1.9") << QByteArray("[Result]\nMedian = 1.9\n") << true;
+        QTest::newRow("not a number") << QByteArray("[Result]\nMedian = 1x\n") << false;
+        QTest::newRow("missing") << QByteArray("[Method]\nVariance = 1\n") << false;
+        QTest::newRow("empty file") << QByteArray() << false;
     }
-}
 
-void TestCenters::theSettingChoosesTheCenter_data()
-{
-    QTest::addColumn<QByteArray>("file");
-    QTest::addColumn<bool>("isMedian");
-    QTest::newRow("1") << QByteArray("[Result]\nMedian = 1\n") << true;
-    QTest::newRow("0") << QByteArray("[Result]\nMedian = 0\n") << false;
-    QTest::newRow("corrected") << QByteArray("[Result]\nMedian = -1\n") << true;
-    QTest::newRow("1.9") << QByteArray("[Result]\nMedian = 1.9\n") << true;
-    QTest::newRow("not a number") << QByteArray("[Result]\nMedian = 1x\n") << false;
-    QTest::newRow("missing") << QByteArray("[Method]\nVariance = 1\n") << false;
-    QTest::newRow("empty file") << QByteArray() << false;
-}
+    void theSettingChoosesTheCenter()
+    {
+        QFETCH(const QByteArray, file);
+        QFETCH(const bool, isMedian);
+        QFile config(QStringLiteral("config.ini"));
+        QVERIFY(config.open(QIODevice::WriteOnly));
+        config.write(file);
+        config.close();
+        const PatientScoreRecord average;
+        const PatientScoreRecord median;
+        QCOMPARE(&chosenCenter(median, average), isMedian ? &median : &average);
+    }
 
-void TestCenters::theSettingChoosesTheCenter()
-{
-    QFETCH(const QByteArray, file);
-    QFETCH(const bool, isMedian);
-    QFile config(QStringLiteral("config.ini"));
-    QVERIFY(config.open(QIODevice::WriteOnly));
-    config.write(file);
-    config.close();
-    const PatientScoreRecord average;
-    const PatientScoreRecord median;
-    QCOMPARE(&chosenCenter(median, average), isMedian ? &median : &average);
-}
-
-void TestCenters::theChoiceIsReadOnEveryCall()
-{
-    const PatientScoreRecord average;
-    const PatientScoreRecord median;
-    CConfig::instance().saveConfig(0, 0, 1, 3, 1);
-    QCOMPARE(&chosenCenter(median, average), &median);
-    CConfig::instance().saveConfig(0, 0, 0, 3, 1);
-    QCOMPARE(&chosenCenter(median, average), &average);
-}
+    void theChoiceIsReadOnEveryCall()
+    {
+        const PatientScoreRecord average;
+        const PatientScoreRecord median;
+        CConfig::instance().saveConfig(0, 0, 1, 3, 1);
+        QCOMPARE(&chosenCenter(median, average), &median);
+        CConfig::instance().saveConfig(0, 0, 0, 3, 1);
+        QCOMPARE(&chosenCenter(median, average), &average);
+    }
+};
 
 QTEST_GUILESS_MAIN(TestCenters)
 #include "tst_centers.moc"

@@ -103,273 +103,253 @@ class TestConvergence : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void knownSeries_data();
-    void knownSeries();
-    void twoValuesGiveTheirStep_data();
-    void twoValuesGiveTheirStep();
-    void threeValuesGiveTheMeanOfTheSteps();
-    void constantSeriesAreFlat_data();
-    void constantSeriesAreFlat();
-    void aReversedSeriesChangesTheSign();
-    void theOrderOfTheValuesMatters();
-    void tooFewValuesAreNotANumber_data();
-    void tooFewValuesAreNotANumber();
-    void negativeValuesHaveNoLogarithm();
-    void zerosHaveNoLogarithm();
-    void notANumberGoesThrough();
-    void aSingularFitDropsAColumn_data();
-    void aSingularFitDropsAColumn();
-    void aSingularFitCanDropTheLevel();
-    void allMethodsComeInOrder();
-    void theSeriesIsLeftAlone();
-    void longSeries();
-    void thePrescribedArithmeticToTheLastBit();
-    void randomSeriesAgreeWithClosedForms();
-};
-
-void TestConvergence::knownSeries_data()
-{
-    QTest::addColumn<Series>("values");
-    QTest::addColumn<double>("step");
-    QTest::addColumn<double>("line");
-    QTest::addColumn<double>("growth");
-    QTest::newRow("rising") << Series{50, 60, 55, 70} << 10.0 << 5.5 << 0.00117255416138;
-    QTest::newRow("falling") << Series{70, 68, 65, 66, 60, 58, 55} << -2.5 << -2.5
-                             << -0.000960182856224;
-    QTest::newRow("two") << Series{50, 60} << 10.0 << 10.0 << 0.0013938956941434;
-}
-
-void TestConvergence::knownSeries()
-{
-    QFETCH(const Series, values);
-    QFETCH(const double, step);
-    QFETCH(const double, line);
-    QFETCH(const double, growth);
-    QCOMPARE(difference(medianDifference(values), step, 0.0), QString());
-    QCOMPARE(difference(linearLeastSquares(values), line, 1e-13), QString());
-    QCOMPARE(difference(exponentialFit(values), growth, 2e-12), QString());
-}
-
-void TestConvergence::twoValuesGiveTheirStep_data()
-{
-    QTest::addColumn<double>("first");
-    QTest::addColumn<double>("second");
-    QTest::newRow("rising") << 50.0 << 60.0;
-    QTest::newRow("falling") << 88.5 << 41.25;
-    QTest::newRow("small") << 0.125 << 3.0;
-    QTest::newRow("far apart") << 1.0 << 1000.0;
-}
-
-void TestConvergence::twoValuesGiveTheirStep()
-{
-    QFETCH(const double, first);
-    QFETCH(const double, second);
-    const Series values = {first, second};
-    QCOMPARE(difference(medianDifference(values), second - first, 0.0), QString());
-    QCOMPARE(difference(linearLeastSquares(values), second - first, 1e-13), QString());
-    const double k = first * std::log(second / first) / (second * (first + second - 1.0));
-    QCOMPARE(difference(exponentialFit(values), k, 1e-12), QString());
-}
-
-void TestConvergence::threeValuesGiveTheMeanOfTheSteps()
-{
-    QCOMPARE(medianDifference({50, 60, 55}), 2.5);
-    QCOMPARE(medianDifference({40, 41, 52}), 6.0);
-}
-
-void TestConvergence::constantSeriesAreFlat_data()
-{
-    QTest::addColumn<Series>("values");
-    for (const double value : {1.0, 2.0, 35.7, 48.0, 55.5, 120.0, 1e6}) {
-        for (const int count : {2, 3, 4, 5, 24, 1000}) {
-            // Singular, as every count of the value (count - 1) / 2: see below.
-            if (count == 5 && value == 2.0) {
-                continue;
-            }
-            QTest::addRow("%d times %g", count, value) << Series(count, value);
-        }
+    void knownSeries_data()
+    {
+        QTest::addColumn<Series>("values");
+        QTest::addColumn<double>("step");
+        QTest::addColumn<double>("line");
+        QTest::addColumn<double>("growth");
+        QTest::newRow("rising") << Series{50, 60, 55, 70} << 10.0 << 5.5 << 0.00117255416138;
+        QTest::newRow("falling") << Series{70, 68, 65, 66, 60, 58, 55} << -2.5 << -2.5
+                                 << -0.000960182856224;
+        QTest::newRow("two") << Series{50, 60} << 10.0 << 10.0 << 0.0013938956941434;
     }
-}
 
-void TestConvergence::constantSeriesAreFlat()
-{
-    QFETCH(const Series, values);
-    QCOMPARE(difference(medianDifference(values), 0.0, 0.0), QString());
-    QCOMPARE(differenceFromZero(linearLeastSquares(values), 1e-13 * values.first()), QString());
-    QCOMPARE(differenceFromZero(exponentialFit(values), 1e-13), QString());
-}
-
-void TestConvergence::aReversedSeriesChangesTheSign()
-{
-    const Series forward = {70, 68, 65, 66, 60, 58, 55, 71};
-    const Series backward = {71, 55, 58, 60, 66, 65, 68, 70};
-    QCOMPARE(difference(medianDifference(backward), -medianDifference(forward), 0.0), QString());
-    QCOMPARE(difference(linearLeastSquares(backward), -linearLeastSquares(forward), 1e-12),
-             QString());
-}
-
-void TestConvergence::theOrderOfTheValuesMatters()
-{
-    const Series sorted = {50, 55, 60, 70};
-    QCOMPARE(difference(medianDifference(sorted), 5.0, 0.0), QString());
-    QCOMPARE(difference(linearLeastSquares(sorted), 6.5, 1e-13), QString());
-    QVERIFY(!difference(exponentialFit(sorted), 0.00117255416138, 1e-3).isEmpty());
-}
-
-void TestConvergence::tooFewValuesAreNotANumber_data()
-{
-    QTest::addColumn<Series>("values");
-    QTest::newRow("none") << Series{};
-    QTest::newRow("one") << Series{55};
-    QTest::newRow("one negative") << Series{-55};
-}
-
-void TestConvergence::tooFewValuesAreNotANumber()
-{
-    QFETCH(const Series, values);
-    QCOMPARE(difference(medianDifference(values), notANumber, 0.0), QString());
-    QCOMPARE(difference(linearLeastSquares(values), notANumber, 0.0), QString());
-    QCOMPARE(difference(exponentialFit(values), notANumber, 0.0), QString());
-}
-
-void TestConvergence::negativeValuesHaveNoLogarithm()
-{
-    const Series values = {50, -60, 55, 70};
-    QCOMPARE(difference(medianDifference(values), 15.0, 0.0), QString());
-    QCOMPARE(difference(linearLeastSquares(values), 17.5, 1e-13), QString());
-    QCOMPARE(difference(exponentialFit(values), notANumber, 0.0), QString());
-    QCOMPARE(difference(exponentialFit({-50, 60}), notANumber, 0.0), QString());
-    QCOMPARE(difference(exponentialFit({50, 60, -1}), notANumber, 0.0), QString());
-}
-
-void TestConvergence::zerosHaveNoLogarithm()
-{
-    QCOMPARE(difference(exponentialFit({50, 0, 55}), notANumber, 0.0), QString());
-}
-
-void TestConvergence::notANumberGoesThrough()
-{
-    // The steps are 10, not a number, not a number, 2 and 1; the sort puts the two last.
-    const Series values = {50, 60, notANumber, 70, 72, 73};
-    QCOMPARE(difference(medianDifference(values), 10.0, 0.0), QString());
-    QCOMPARE(difference(linearLeastSquares(values), notANumber, 0.0), QString());
-    QCOMPARE(difference(exponentialFit(values), notANumber, 0.0), QString());
-}
-
-void TestConvergence::aSingularFitDropsAColumn_data()
-{
-    QTest::addColumn<double>("first");
-    QTest::addColumn<double>("second");
-    QTest::newRow("halves") << 0.5 << 0.5;
-    QTest::newRow("rising") << 0.25 << 0.75;
-    QTest::newRow("falling") << 0.75 << 0.25;
-    QTest::newRow("far apart") << 0.0625 << 0.9375;
-}
-
-void TestConvergence::aSingularFitDropsAColumn()
-{
-    QFETCH(const double, first);
-    QFETCH(const double, second);
-    QCOMPARE(difference(exponentialFit({first, second}), 0.0, 0.0), QString());
-}
-
-// The smaller column is dropped, which here is that of the level: k alone carries the logarithm.
-void TestConvergence::aSingularFitCanDropTheLevel()
-{
-    const double k = std::log(2.0) / 2.0;
-    QCOMPARE(difference(exponentialFit({2, 2, 2, 2, 2}), k, 1e-14), QString());
-}
-
-void TestConvergence::allMethodsComeInOrder()
-{
-    const Series values = {50, 60, 55, 70};
-    const Series all = convergenceValues({QStringLiteral("a"), values, -1});
-    QCOMPARE(all.size(), 3);
-    QCOMPARE(difference(all.at(0), 10.0, 0.0), QString());
-    QCOMPARE(difference(all.at(1), 5.5, 1e-13), QString());
-    QCOMPARE(difference(all.at(2), 0.00117255416138, 2e-12), QString());
-    QCOMPARE(int(MedianDifference), 0);
-    QCOMPARE(int(LinearLeastSquares), 1);
-    QCOMPARE(int(ExponentialFit), 2);
-    QCOMPARE(convergenceValues({}).size(), 3);
-}
-
-void TestConvergence::theSeriesIsLeftAlone()
-{
-    const PatientRecord patient = {QStringLiteral("a"), {70, 50, 60, 55}, 2};
-    convergenceValues(patient);
-    QCOMPARE(patient.values, Series({70, 50, 60, 55}));
-}
-
-void TestConvergence::longSeries()
-{
-    Series values;
-    for (int i = 0; i < 5000; ++i) {
-        values.append(40.0 + 0.25 * i);
-    }
-    QCOMPARE(difference(medianDifference(values), 0.25, 0.0), QString());
-    QCOMPARE(difference(linearLeastSquares(values), 0.25, 1e-12), QString());
-    QCOMPARE(differenceFrom(exponentialFit(values), growth(values)), QString());
-}
-
-// Patients with a constant series lie on the center or beside it by the last bit of these.
-void TestConvergence::thePrescribedArithmeticToTheLastBit()
-{
-    QRandomGenerator random(20);
-    for (int run = 0; run < 200; ++run) {
-        Series values = randomSeries(random);
-        if (run % 4 == 0) {
-            values.fill(values.first());
-        }
-        const int count = values.size();
-        Eigen::MatrixXd a(count, 2);
-        Eigen::VectorXd b(count);
-        Series steps;
-        Series s(5, 0.0);
-        for (int i = 0; i < count; ++i) {
-            a.row(i) << i, 1.0;
-            b(i) = values.at(i);
-            const double y = values.at(i);
-            const double p = i * y;
-            const double l = std::log(y);
-            s[0] += y;
-            s[1] += p;
-            s[2] += (y * y) * i;
-            s[3] += l * y;
-            s[4] += l * p;
-            if (i > 0) {
-                steps.append(y - values.at(i - 1));
-            }
-        }
-        std::sort(steps.begin(), steps.end());
-        const int m = count - 1;
-        const double step =
-            m % 2 == 1 ? steps.at((m - 1) / 2) : (steps.at(m / 2 - 1) + steps.at(m / 2)) * 0.5;
-        const Eigen::JacobiSVD<Eigen::MatrixXd> svd(a, Eigen::ComputeThinU | Eigen::ComputeThinV);
-        const Eigen::VectorXd line = svd.solve(b);
-        Eigen::MatrixXd sums(2, 2);
-        sums << s.at(0), s.at(1), s.at(1), s.at(2);
-        Eigen::VectorXd right(2);
-        right << s.at(3), s.at(4);
-        const Eigen::VectorXd curve =
-            Eigen::ColPivHouseholderQR<Eigen::MatrixXd>(sums).solve(right);
-
+    void knownSeries()
+    {
+        QFETCH(const Series, values);
+        QFETCH(const double, step);
+        QFETCH(const double, line);
+        QFETCH(const double, growth);
         QCOMPARE(difference(medianDifference(values), step, 0.0), QString());
-        QCOMPARE(difference(linearLeastSquares(values), line(0), 0.0), QString());
-        QCOMPARE(difference(exponentialFit(values), curve(1), 0.0), QString());
+        QCOMPARE(difference(linearLeastSquares(values), line, 1e-13), QString());
+        QCOMPARE(difference(exponentialFit(values), growth, 2e-12), QString());
     }
-}
 
-void TestConvergence::randomSeriesAgreeWithClosedForms()
-{
-    QRandomGenerator random(20260101);
-    for (int run = 0; run < 1000; ++run) {
-        const Series values = randomSeries(random);
-        QVERIFY(isMedianStep(values, medianDifference(values)));
-        QCOMPARE(differenceFrom(linearLeastSquares(values), slope(values)), QString());
+    void twoValuesGiveTheirStep_data()
+    {
+        QTest::addColumn<double>("first");
+        QTest::addColumn<double>("second");
+        QTest::newRow("rising") << 50.0 << 60.0;
+        QTest::newRow("falling") << 88.5 << 41.25;
+        QTest::newRow("small") << 0.125 << 3.0;
+        QTest::newRow("far apart") << 1.0 << 1000.0;
+    }
+
+    void twoValuesGiveTheirStep()
+    {
+        QFETCH(const double, first);
+        QFETCH(const double, second);
+        const Series values = {first, second};
+        QCOMPARE(difference(medianDifference(values), second - first, 0.0), QString());
+        QCOMPARE(difference(linearLeastSquares(values), second - first, 1e-13), QString());
+        const double k = first * std::log(second / first) / (second * (first + second - 1.0));
+        QCOMPARE(difference(exponentialFit(values), k, 1e-12), QString());
+    }
+
+    void threeValuesGiveTheMeanOfTheSteps()
+    {
+        QCOMPARE(medianDifference({50, 60, 55}), 2.5);
+        QCOMPARE(medianDifference({40, 41, 52}), 6.0);
+    }
+
+    void constantSeriesAreFlat_data()
+    {
+        QTest::addColumn<Series>("values");
+        for (const double value : {1.0, 2.0, 35.7, 48.0, 55.5, 120.0, 1e6}) {
+            for (const int count : {2, 3, 4, 5, 24, 1000}) {
+                // Singular, as every count of the value (count - 1) / 2: see below.
+                if (count == 5 && value == 2.0) {
+                    continue;
+                }
+                QTest::addRow("%d times %g", count, value) << Series(count, value);
+            }
+        }
+    }
+
+    void constantSeriesAreFlat()
+    {
+        QFETCH(const Series, values);
+        QCOMPARE(difference(medianDifference(values), 0.0, 0.0), QString());
+        QCOMPARE(differenceFromZero(linearLeastSquares(values), 1e-13 * values.first()), QString());
+        QCOMPARE(differenceFromZero(exponentialFit(values), 1e-13), QString());
+    }
+
+    void aReversedSeriesChangesTheSign()
+    {
+        const Series forward = {70, 68, 65, 66, 60, 58, 55, 71};
+        const Series backward = {71, 55, 58, 60, 66, 65, 68, 70};
+        QCOMPARE(difference(medianDifference(backward), -medianDifference(forward), 0.0),
+                 QString());
+        QCOMPARE(difference(linearLeastSquares(backward), -linearLeastSquares(forward), 1e-12),
+                 QString());
+    }
+
+    void theOrderOfTheValuesMatters()
+    {
+        const Series sorted = {50, 55, 60, 70};
+        QCOMPARE(difference(medianDifference(sorted), 5.0, 0.0), QString());
+        QCOMPARE(difference(linearLeastSquares(sorted), 6.5, 1e-13), QString());
+        QVERIFY(!difference(exponentialFit(sorted), 0.00117255416138, 1e-3).isEmpty());
+    }
+
+    void tooFewValuesAreNotANumber_data()
+    {
+        QTest::addColumn<Series>("values");
+        QTest::newRow("none") << Series{};
+        QTest::newRow("one") << Series{55};
+        QTest::newRow("one negative") << Series{-55};
+    }
+
+    void tooFewValuesAreNotANumber()
+    {
+        QFETCH(const Series, values);
+        QCOMPARE(difference(medianDifference(values), notANumber, 0.0), QString());
+        QCOMPARE(difference(linearLeastSquares(values), notANumber, 0.0), QString());
+        QCOMPARE(difference(exponentialFit(values), notANumber, 0.0), QString());
+    }
+
+    void negativeValuesHaveNoLogarithm()
+    {
+        const Series values = {50, -60, 55, 70};
+        QCOMPARE(difference(medianDifference(values), 15.0, 0.0), QString());
+        QCOMPARE(difference(linearLeastSquares(values), 17.5, 1e-13), QString());
+        QCOMPARE(difference(exponentialFit(values), notANumber, 0.0), QString());
+        QCOMPARE(difference(exponentialFit({-50, 60}), notANumber, 0.0), QString());
+        QCOMPARE(difference(exponentialFit({50, 60, -1}), notANumber, 0.0), QString());
+    }
+
+    void zerosHaveNoLogarithm()
+    {
+        QCOMPARE(difference(exponentialFit({50, 0, 55}), notANumber, 0.0), QString());
+    }
+
+    void notANumberGoesThrough()
+    {
+        // The steps are 10, not a number, not a number, 2 and 1; the sort puts the two last.
+        const Series values = {50, 60, notANumber, 70, 72, 73};
+        QCOMPARE(difference(medianDifference(values), 10.0, 0.0), QString());
+        QCOMPARE(difference(linearLeastSquares(values), notANumber, 0.0), QString());
+        QCOMPARE(difference(exponentialFit(values), notANumber, 0.0), QString());
+    }
+
+    void aSingularFitDropsAColumn_data()
+    {
+        QTest::addColumn<double>("first");
+        QTest::addColumn<double>("second");
+        QTest::newRow("halves") << 0.5 << 0.5;
+        QTest::newRow("rising") << 0.25 << 0.75;
+        QTest::newRow("falling") << 0.75 << 0.25;
+        QTest::newRow("far apart") << 0.0625 << 0.9375;
+    }
+
+    void aSingularFitDropsAColumn()
+    {
+        QFETCH(const double, first);
+        QFETCH(const double, second);
+        QCOMPARE(difference(exponentialFit({first, second}), 0.0, 0.0), QString());
+    }
+
+    // The smaller column is dropped, which here is that of the level: k alone carries the
+    // logarithm.
+    void aSingularFitCanDropTheLevel()
+    {
+        const double k = std::log(2.0) / 2.0;
+        QCOMPARE(difference(exponentialFit({2, 2, 2, 2, 2}), k, 1e-14), QString());
+    }
+
+    void allMethodsComeInOrder()
+    {
+        const Series values = {50, 60, 55, 70};
+        const Series all = convergenceValues({QStringLiteral("a"), values, -1});
+        QCOMPARE(all.size(), 3);
+        QCOMPARE(difference(all.at(0), 10.0, 0.0), QString());
+        QCOMPARE(difference(all.at(1), 5.5, 1e-13), QString());
+        QCOMPARE(difference(all.at(2), 0.00117255416138, 2e-12), QString());
+        QCOMPARE(int(MedianDifference), 0);
+        QCOMPARE(int(LinearLeastSquares), 1);
+        QCOMPARE(int(ExponentialFit), 2);
+        QCOMPARE(convergenceValues({}).size(), 3);
+    }
+
+    void theSeriesIsLeftAlone()
+    {
+        const PatientRecord patient = {QStringLiteral("a"), {70, 50, 60, 55}, 2};
+        convergenceValues(patient);
+        QCOMPARE(patient.values, Series({70, 50, 60, 55}));
+    }
+
+    void longSeries()
+    {
+        Series values;
+        for (int i = 0; i < 5000; ++i) {
+            values.append(40.0 + 0.25 * i);
+        }
+        QCOMPARE(difference(medianDifference(values), 0.25, 0.0), QString());
+        QCOMPARE(difference(linearLeastSquares(values), 0.25, 1e-12), QString());
         QCOMPARE(differenceFrom(exponentialFit(values), growth(values)), QString());
     }
-}
+
+    // Patients with a constant series lie on the center or beside it by the last bit of these.
+    void thePrescribedArithmeticToTheLastBit()
+    {
+        QRandomGenerator random(20);
+        for (int run = 0; run < 200; ++run) {
+            Series values = randomSeries(random);
+            if (run % 4 == 0) {
+                values.fill(values.first());
+            }
+            const int count = values.size();
+            Eigen::MatrixXd a(count, 2);
+            Eigen::VectorXd b(count);
+            Series steps;
+            Series s(5, 0.0);
+            for (int i = 0; i < count; ++i) {
+                a.row(i) << i, 1.0;
+                b(i) = values.at(i);
+                const double y = values.at(i);
+                const double p = i * y;
+                const double l = std::log(y);
+                s[0] += y;
+                s[1] += p;
+                s[2] += (y * y) * i;
+                s[3] += l * y;
+                s[4] += l * p;
+                if (i > 0) {
+                    steps.append(y - values.at(i - 1));
+                }
+            }
+            std::sort(steps.begin(), steps.end());
+            const int m = count - 1;
+            const double step =
+                m % 2 == 1 ? steps.at((m - 1) / 2) : (steps.at(m / 2 - 1) + steps.at(m / 2)) * 0.5;
+            const Eigen::JacobiSVD<Eigen::MatrixXd> svd(a,
+                                                        Eigen::ComputeThinU | Eigen::ComputeThinV);
+            const Eigen::VectorXd line = svd.solve(b);
+            Eigen::MatrixXd sums(2, 2);
+            sums << s.at(0), s.at(1), s.at(1), s.at(2);
+            Eigen::VectorXd right(2);
+            right << s.at(3), s.at(4);
+            const Eigen::VectorXd curve =
+                Eigen::ColPivHouseholderQR<Eigen::MatrixXd>(sums).solve(right);
+
+            QCOMPARE(difference(medianDifference(values), step, 0.0), QString());
+            QCOMPARE(difference(linearLeastSquares(values), line(0), 0.0), QString());
+            QCOMPARE(difference(exponentialFit(values), curve(1), 0.0), QString());
+        }
+    }
+
+    void randomSeriesAgreeWithClosedForms()
+    {
+        QRandomGenerator random(20260101);
+        for (int run = 0; run < 1000; ++run) {
+            const Series values = randomSeries(random);
+            QVERIFY(isMedianStep(values, medianDifference(values)));
+            QCOMPARE(differenceFrom(linearLeastSquares(values), slope(values)), QString());
+            QCOMPARE(differenceFrom(exponentialFit(values), growth(values)), QString());
+        }
+    }
+};
 
 QTEST_GUILESS_MAIN(TestConvergence)
 #include "tst_convergence.moc"

@@ -96,328 +96,304 @@ class TestCPatientScore : public QObject
     std::unique_ptr<QTemporaryDir> m_folder;
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
-
-    void noScores();
-    void countsOfRowsAndColumns();
-    void rowsShowTheirMethods();
-    void numbers_data();
-    void numbers();
-    void colors_data();
-    void colors();
-    void eachRowHasItsOwnCenter();
-    void onePatientIsOnTheCenter();
-    void theChosenMethodsDoNotCount();
-    void theChosenCenterChangesColorsOnly();
-    void headers();
-    void headersOutsideAreInvalid();
-    void otherRolesAreInvalid();
-    void indexesOutsideAreInvalid();
-    void cellsAreNotEdited();
-    void updateAssignsAndSaysNothing();
-    void updateWithItsOwnListsChangesNothing();
-    void headersAreTranslated();
-    void theToolkitFindsNoFault();
-};
-
-void TestCPatientScore::init()
-{
-    m_folder = std::make_unique<QTemporaryDir>();
-    QVERIFY(m_folder->isValid());
-    QVERIFY(QDir::setCurrent(m_folder->path()));
-    chooseCenter(Median);
-}
-
-void TestCPatientScore::cleanup()
-{
-    CConfig::resetInstance();
-    QDir::setCurrent(QDir::rootPath());
-    m_folder.reset();
-}
-
-void TestCPatientScore::noScores()
-{
-    const Fixture fixture;
-    QCOMPARE(fixture.model.rowCount(), 6);
-    QCOMPARE(fixture.model.columnCount(), 0);
-    for (int row = 0; row < 6; ++row) {
-        QCOMPARE(fixture.model.headerData(row, Qt::Vertical).toString(), methods().at(row));
-    }
-    QVERIFY(!fixture.model.headerData(0, Qt::Horizontal).isValid());
-}
-
-void TestCPatientScore::countsOfRowsAndColumns()
-{
-    Fixture fixture;
-    fixture.add(QStringLiteral("a"), {1, 2, 3}, {4, 5, 6});
-    fixture.add(QStringLiteral("b"), {1, 2, 3}, {4, 5, 6});
-    QCOMPARE(fixture.model.rowCount(), 6);
-    QCOMPARE(fixture.model.columnCount(), 2);
-    // The parent is not looked at.
-    QCOMPARE(fixture.model.rowCount(fixture.model.index(0, 0)), 6);
-    QCOMPARE(fixture.model.columnCount(fixture.model.index(0, 0)), 2);
-    QCOMPARE(fixture.model.QObject::parent(), nullptr);
-}
-
-void TestCPatientScore::rowsShowTheirMethods()
-{
-    Fixture fixture;
-    fixture.add(QStringLiteral("a"), {0.5, 1.5, 2.5}, {3.5, 4.5, 5.5});
-    fixture.add(QStringLiteral("b"), {10.5, 11.5, 12.5}, {13.5, 14.5, 15.5});
-    for (int row = 0; row < 6; ++row) {
-        QCOMPARE(fixture.text(row, 0), QStringLiteral("%1.5").arg(row));
-        QCOMPARE(fixture.text(row, 1), QStringLiteral("1%1.5").arg(row));
-        QCOMPARE(int(fixture.model.data(fixture.model.index(row, 0)).type()),
-                 int(QVariant::String));
-    }
-}
-
-void TestCPatientScore::numbers_data()
-{
-    QTest::addColumn<double>("value");
-    QTest::addColumn<QString>("text");
-    const auto row = [](double value, const char *text) {
-        QTest::newRow(text) << value << QString::fromLatin1(text);
-    };
-    row(0.0, "0");
-    row(10.0, "10");
-    row(-2.5, "-2.5");
-    row(0.1234567, "0.123457");
-    row(1234567, "1.23457e+06");
-    row(123456, "123456");
-    row(999999.5, "1e+06");
-    row(7.39509972887452, "7.3951");
-    row(0.00117255416138, "0.00117255");
-    row(-0.000960182856224, "-0.000960183");
-    row(0.0001, "0.0001");
-    row(0.00001, "1e-05");
-    row(1e300, "1e+300");
-    row(notANumber, "nan");
-    row(infinity, "inf");
-    row(-infinity, "-inf");
-}
-
-void TestCPatientScore::numbers()
-{
-    QFETCH(const double, value);
-    QFETCH(const QString, text);
-    Fixture fixture;
-    fixture.add(QStringLiteral("a"), {value, value, value}, {value, value, value});
-    for (int row = 0; row < 6; ++row) {
-        QCOMPARE(fixture.text(row, 0), text);
-    }
-}
-
-void TestCPatientScore::colors_data()
-{
-    QTest::addColumn<double>("value");
-    QTest::addColumn<double>("center");
-    QTest::addColumn<QString>("color");
-    const auto row = [](const char *name, double value, double center, const char *color) {
-        QTest::newRow(name) << value << center << QString::fromLatin1(color);
-    };
-    row("above", 2, 1, "red");
-    row("below", 1, 2, "green");
-    row("on it", 1, 1, "blue");
-    row("above by the last bit", std::nextafter(1.0, 2.0), 1, "red");
-    row("below by the last bit", std::nextafter(1.0, 0.0), 1, "green");
-    row("negative above", -1, -2, "red");
-    row("negative below", -2, -1, "green");
-    row("value not a number", notANumber, 1, "blue");
-    row("center not a number", 1, notANumber, "blue");
-    row("neither a number", notANumber, notANumber, "blue");
-    row("infinite", infinity, 1, "red");
-    row("both infinite", infinity, infinity, "blue");
-}
-
-void TestCPatientScore::colors()
-{
-    QFETCH(const double, value);
-    QFETCH(const double, center);
-    QFETCH(const QString, color);
-    for (const Center chosen : {Average, Median}) {
-        chooseCenter(chosen);
-        for (int row = 0; row < 6; ++row) {
-            Fixture fixture;
-            fixture.add(QStringLiteral("a"), {7, 7, 7}, {7, 7, 7});
-            cell(fixture.scores[0], row) = value;
-            cell(chosen == Median ? fixture.median : fixture.average, row) = center;
-            QCOMPARE(fixture.color(row, 0), color);
-        }
-    }
-}
-
-void TestCPatientScore::eachRowHasItsOwnCenter()
-{
-    Fixture fixture;
-    fixture.add(QStringLiteral("a"), {2, 2, 2}, {5, 5, 5});
-    const QStringList sides = {QStringLiteral("red"), QStringLiteral("blue"),
-                               QStringLiteral("green")};
-    QCOMPARE(fixture.colors(0), sides + sides);
-}
-
-void TestCPatientScore::onePatientIsOnTheCenter()
-{
-    Fixture fixture;
-    fixture.add(QStringLiteral("a"), {-2.5, 5.5, 0.001}, {7.4, 8.5, 3});
-    fixture.average = {{}, {-2.5, 5.5, 0.001}, {7.4, 8.5, 3}};
-    fixture.median = fixture.average;
-    for (const Center chosen : {Average, Median}) {
-        chooseCenter(chosen);
-        QCOMPARE(fixture.colors(0).count(QStringLiteral("blue")), 6);
-    }
-}
-
-void TestCPatientScore::theChosenMethodsDoNotCount()
-{
-    Fixture fixture;
-    fixture.add(QStringLiteral("a"), {2, 2, 2}, {5, 5, 5});
-    const QStringList before = fixture.colors(0);
-    for (int pair = 0; pair < 9; ++pair) {
-        CConfig::instance().saveConfig(pair / 3, pair % 3, Median, pair, pair % 2);
-        QCOMPARE(fixture.colors(0), before);
-    }
-}
-
-void TestCPatientScore::theChosenCenterChangesColorsOnly()
-{
-    Fixture fixture;
-    fixture.add(QStringLiteral("a"), {5, 10, 15}, {20, 25, 30});
-    QCOMPARE(fixture.colors(0).count(QStringLiteral("red")), 6);
-    const QString before = fixture.text(0, 0);
-    chooseCenter(Average);
-    QCOMPARE(fixture.colors(0).count(QStringLiteral("green")), 6);
-    QCOMPARE(fixture.text(0, 0), before);
-}
-
-void TestCPatientScore::headers()
-{
-    Fixture fixture;
-    fixture.add(QStringLiteral(" a "), {1, 2, 3}, {4, 5, 6});
-    fixture.add(QStringLiteral("17"), {1, 2, 3}, {4, 5, 6});
-    QCOMPARE(fixture.model.headerData(0, Qt::Horizontal).toString(), QStringLiteral(" a "));
-    QCOMPARE(fixture.model.headerData(1, Qt::Horizontal).toString(), QStringLiteral("17"));
-    for (int row = 0; row < 6; ++row) {
-        QCOMPARE(fixture.model.headerData(row, Qt::Vertical).toString(), methods().at(row));
-    }
-}
-
-void TestCPatientScore::headersOutsideAreInvalid()
-{
-    Fixture fixture;
-    fixture.add(QStringLiteral("a"), {1, 2, 3}, {4, 5, 6});
-    for (const int section : {-1, 1, 2, 1000}) {
-        QVERIFY(!fixture.model.headerData(section, Qt::Horizontal).isValid());
-    }
-    for (const int section : {-1, 6, 7, 1000}) {
-        QVERIFY(!fixture.model.headerData(section, Qt::Vertical).isValid());
-    }
-}
-
-void TestCPatientScore::otherRolesAreInvalid()
-{
-    Fixture fixture;
-    fixture.add(QStringLiteral("a"), {1, 2, 3}, {4, 5, 6});
-    for (int role = 1; role <= Qt::UserRole; ++role) {
-        QVERIFY(!fixture.model.headerData(0, Qt::Horizontal, role).isValid());
-        QVERIFY(!fixture.model.headerData(0, Qt::Vertical, role).isValid());
-        for (int row = 0; row < 6; ++row) {
-            QCOMPARE(fixture.model.data(fixture.model.index(row, 0), role).isValid(),
-                     role == Qt::BackgroundRole);
-        }
-    }
-}
-
-void TestCPatientScore::indexesOutsideAreInvalid()
-{
-    // Only a model of more rows makes such an index.
-    class Tall : public CPatientScore
+    void init()
     {
-    public:
-        using CPatientScore::CPatientScore;
-        [[nodiscard]] QModelIndex cell(int row, int column) const
-        {
-            return createIndex(row, column);
+        m_folder = std::make_unique<QTemporaryDir>();
+        QVERIFY(m_folder->isValid());
+        QVERIFY(QDir::setCurrent(m_folder->path()));
+        chooseCenter(Median);
+    }
+
+    void cleanup()
+    {
+        CConfig::resetInstance();
+        QDir::setCurrent(QDir::rootPath());
+        m_folder.reset();
+    }
+
+    void noScores()
+    {
+        const Fixture fixture;
+        QCOMPARE(fixture.model.rowCount(), 6);
+        QCOMPARE(fixture.model.columnCount(), 0);
+        for (int row = 0; row < 6; ++row) {
+            QCOMPARE(fixture.model.headerData(row, Qt::Vertical).toString(), methods().at(row));
         }
-    };
-    Fixture fixture;
-    fixture.add(QStringLiteral("a"), {1, 2, 3}, {4, 5, 6});
-    const Tall model(fixture.average, fixture.scores, fixture.median);
-    for (const int role : {int(Qt::DisplayRole), int(Qt::BackgroundRole)}) {
-        QVERIFY(!model.data({}, role).isValid());
-        QVERIFY(!model.data(model.cell(6, 0), role).isValid());
-        QVERIFY(!model.data(model.cell(1000, 0), role).isValid());
-        QVERIFY(!model.data(model.cell(0, 1), role).isValid());
+        QVERIFY(!fixture.model.headerData(0, Qt::Horizontal).isValid());
     }
-}
 
-void TestCPatientScore::cellsAreNotEdited()
-{
-    Fixture fixture;
-    fixture.add(QStringLiteral("a"), {1, 2, 3}, {4, 5, 6});
-    const QModelIndex index = fixture.model.index(0, 0);
-    QVERIFY(!fixture.model.flags(index).testFlag(Qt::ItemIsEditable));
-    QVERIFY(!fixture.model.setData(index, 5.0));
-    QCOMPARE(fixture.text(0, 0), QStringLiteral("1"));
-}
-
-void TestCPatientScore::updateAssignsAndSaysNothing()
-{
-    qRegisterMetaType<Qt::Orientation>();
-    Fixture fixture;
-    fixture.add(latin1("a"), {9, 9, 9}, {9, 9, 9});
-    QSignalSpy data(&fixture.model, &QAbstractItemModel::dataChanged);
-    QSignalSpy reset(&fixture.model, &QAbstractItemModel::modelReset);
-    QSignalSpy header(&fixture.model, &QAbstractItemModel::headerDataChanged);
-    const QVector<PatientScoreRecord> scores = {{latin1("a"), {5, 5, 5}, {5, 5, 5}}};
-    const PatientScoreRecord median = {{}, {4, 4, 4}, {4, 4, 4}};
-    const PatientScoreRecord average = {{}, {6, 6, 6}, {6, 6, 6}};
-    fixture.model.update(scores, median, average);
-    QCOMPARE(fixture.text(0, 0), latin1("5"));
-    QCOMPARE(fixture.color(0, 0), latin1("red"));
-    chooseCenter(Average);
-    QCOMPARE(fixture.color(0, 0), latin1("green"));
-    QCOMPARE(fixture.median.variability, median.variability);
-    QCOMPARE(fixture.average.variability, average.variability);
-    QCOMPARE(data.count() + reset.count() + header.count(), 0);
-}
-
-void TestCPatientScore::updateWithItsOwnListsChangesNothing()
-{
-    Fixture fixture;
-    fixture.add(QStringLiteral("a"), {9, 9, 9}, {9, 9, 9});
-    fixture.model.update(fixture.scores, fixture.median, fixture.average);
-    QCOMPARE(fixture.scores.size(), 1);
-    QCOMPARE(fixture.median.convergence, QVector<double>({1, 2, 3}));
-    QCOMPARE(fixture.average.convergence, QVector<double>({10, 20, 30}));
-}
-
-void TestCPatientScore::headersAreTranslated()
-{
-    EchoTranslator echo;
-    QVERIFY(QCoreApplication::installTranslator(&echo));
-    Fixture fixture;
-    fixture.add(QStringLiteral("a"), {9, 9, 9}, {9, 9, 9});
-    for (int row = 0; row < 6; ++row) {
-        QCOMPARE(fixture.model.headerData(row, Qt::Vertical).toString(),
-                 QStringLiteral("<CPatientScore:") + methods().at(row) + QLatin1Char('>'));
+    void countsOfRowsAndColumns()
+    {
+        Fixture fixture;
+        fixture.add(QStringLiteral("a"), {1, 2, 3}, {4, 5, 6});
+        fixture.add(QStringLiteral("b"), {1, 2, 3}, {4, 5, 6});
+        QCOMPARE(fixture.model.rowCount(), 6);
+        QCOMPARE(fixture.model.columnCount(), 2);
+        // The parent is not looked at.
+        QCOMPARE(fixture.model.rowCount(fixture.model.index(0, 0)), 6);
+        QCOMPARE(fixture.model.columnCount(fixture.model.index(0, 0)), 2);
+        QCOMPARE(fixture.model.QObject::parent(), nullptr);
     }
-    QCOMPARE(fixture.model.headerData(0, Qt::Horizontal).toString(), QStringLiteral("a"));
-}
 
-void TestCPatientScore::theToolkitFindsNoFault()
-{
-    Fixture fixture;
-    fixture.add(QStringLiteral("a"), {0, 0, 0}, {9, 9, 9});
-    fixture.add(QStringLiteral("b"), {9, 9, 9}, {0, 0, 0});
-    ChildlessModel<CPatientScore> model(fixture.average, fixture.scores, fixture.median);
-    const QAbstractItemModelTester tester(&model,
-                                          QAbstractItemModelTester::FailureReportingMode::QtTest);
-    model.update(fixture.scores, fixture.median, fixture.average);
-    Q_EMIT model.layoutAboutToBeChanged();
-    Q_EMIT model.layoutChanged();
-}
+    void rowsShowTheirMethods()
+    {
+        Fixture fixture;
+        fixture.add(QStringLiteral("a"), {0.5, 1.5, 2.5}, {3.5, 4.5, 5.5});
+        fixture.add(QStringLiteral("b"), {10.5, 11.5, 12.5}, {13.5, 14.5, 15.5});
+        for (int row = 0; row < 6; ++row) {
+            QCOMPARE(fixture.text(row, 0), QStringLiteral("%1.5").arg(row));
+            QCOMPARE(fixture.text(row, 1), QStringLiteral("1%1.5").arg(row));
+            QCOMPARE(int(fixture.model.data(fixture.model.index(row, 0)).type()),
+                     int(QVariant::String));
+        }
+    }
+
+    void numbers_data()
+    {
+        QTest::addColumn<double>("value");
+        QTest::addColumn<QString>("text");
+        const auto row = [](double value, const char *text) {
+            QTest::newRow(text) << value << QString::fromLatin1(text);
+        };
+        row(0.0, "0");
+        row(10.0, "10");
+        row(-2.5, "-2.5");
+        row(0.1234567, "0.123457");
+        row(1234567, "1.23457e+06");
+        row(123456, "123456");
+        row(999999.5, "1e+06");
+        row(7.39509972887452, "7.3951");
+        row(0.00117255416138, "0.00117255");
+        row(-0.000960182856224, "-0.000960183");
+        row(0.0001, "0.0001");
+        row(0.00001, "1e-05");
+        row(1e300, "1e+300");
+        row(notANumber, "nan");
+        row(infinity, "inf");
+        row(-infinity, "-inf");
+    }
+
+    void numbers()
+    {
+        QFETCH(const double, value);
+        QFETCH(const QString, text);
+        Fixture fixture;
+        fixture.add(QStringLiteral("a"), {value, value, value}, {value, value, value});
+        for (int row = 0; row < 6; ++row) {
+            QCOMPARE(fixture.text(row, 0), text);
+        }
+    }
+
+    void colors_data()
+    {
+        QTest::addColumn<double>("value");
+        QTest::addColumn<double>("center");
+        QTest::addColumn<QString>("color");
+        const auto row = [](const char *name, double value, double center, const char *color) {
+            QTest::newRow(name) << value << center << QString::fromLatin1(color);
+        };
+        row("above", 2, 1, "red");
+        row("below", 1, 2, "green");
+        row("on it", 1, 1, "blue");
+        row("above by the last bit", std::nextafter(1.0, 2.0), 1, "red");
+        row("below by the last bit", std::nextafter(1.0, 0.0), 1, "green");
+        row("negative above", -1, -2, "red");
+        row("negative below", -2, -1, "green");
+        row("value not a number", notANumber, 1, "blue");
+        row("center not a number", 1, notANumber, "blue");
+        row("neither a number", notANumber, notANumber, "blue");
+        row("infinite", infinity, 1, "red");
+        row("both infinite", infinity, infinity, "blue");
+    }
+
+    void colors()
+    {
+        QFETCH(const double, value);
+        QFETCH(const double, center);
+        QFETCH(const QString, color);
+        for (const Center chosen : {Average, Median}) {
+            chooseCenter(chosen);
+            for (int row = 0; row < 6; ++row) {
+                Fixture fixture;
+                fixture.add(QStringLiteral("a"), {7, 7, 7}, {7, 7, 7});
+                cell(fixture.scores[0], row) = value;
+                cell(chosen == Median ? fixture.median : fixture.average, row) = center;
+                QCOMPARE(fixture.color(row, 0), color);
+            }
+        }
+    }
+
+    void eachRowHasItsOwnCenter()
+    {
+        Fixture fixture;
+        fixture.add(QStringLiteral("a"), {2, 2, 2}, {5, 5, 5});
+        const QStringList sides = {QStringLiteral("red"), QStringLiteral("blue"),
+                                   QStringLiteral("green")};
+        QCOMPARE(fixture.colors(0), sides + sides);
+    }
+
+    void onePatientIsOnTheCenter()
+    {
+        Fixture fixture;
+        fixture.add(QStringLiteral("a"), {-2.5, 5.5, 0.001}, {7.4, 8.5, 3});
+        fixture.average = {{}, {-2.5, 5.5, 0.001}, {7.4, 8.5, 3}};
+        fixture.median = fixture.average;
+        for (const Center chosen : {Average, Median}) {
+            chooseCenter(chosen);
+            QCOMPARE(fixture.colors(0).count(QStringLiteral("blue")), 6);
+        }
+    }
+
+    void theChosenMethodsDoNotCount()
+    {
+        Fixture fixture;
+        fixture.add(QStringLiteral("a"), {2, 2, 2}, {5, 5, 5});
+        const QStringList before = fixture.colors(0);
+        for (int pair = 0; pair < 9; ++pair) {
+            CConfig::instance().saveConfig(pair / 3, pair % 3, Median, pair, pair % 2);
+            QCOMPARE(fixture.colors(0), before);
+        }
+    }
+
+    void theChosenCenterChangesColorsOnly()
+    {
+        Fixture fixture;
+        fixture.add(QStringLiteral("a"), {5, 10, 15}, {20, 25, 30});
+        QCOMPARE(fixture.colors(0).count(QStringLiteral("red")), 6);
+        const QString before = fixture.text(0, 0);
+        chooseCenter(Average);
+        QCOMPARE(fixture.colors(0).count(QStringLiteral("green")), 6);
+        QCOMPARE(fixture.text(0, 0), before);
+    }
+
+    void headers()
+    {
+        Fixture fixture;
+        fixture.add(QStringLiteral(" a "), {1, 2, 3}, {4, 5, 6});
+        fixture.add(QStringLiteral("17"), {1, 2, 3}, {4, 5, 6});
+        QCOMPARE(fixture.model.headerData(0, Qt::Horizontal).toString(), QStringLiteral(" a "));
+        QCOMPARE(fixture.model.headerData(1, Qt::Horizontal).toString(), QStringLiteral("17"));
+        for (int row = 0; row < 6; ++row) {
+            QCOMPARE(fixture.model.headerData(row, Qt::Vertical).toString(), methods().at(row));
+        }
+    }
+
+    void headersOutsideAreInvalid()
+    {
+        Fixture fixture;
+        fixture.add(QStringLiteral("a"), {1, 2, 3}, {4, 5, 6});
+        for (const int section : {-1, 1, 2, 1000}) {
+            QVERIFY(!fixture.model.headerData(section, Qt::Horizontal).isValid());
+        }
+        for (const int section : {-1, 6, 7, 1000}) {
+            QVERIFY(!fixture.model.headerData(section, Qt::Vertical).isValid());
+        }
+    }
+
+    void otherRolesAreInvalid()
+    {
+        Fixture fixture;
+        fixture.add(QStringLiteral("a"), {1, 2, 3}, {4, 5, 6});
+        for (int role = 1; role <= Qt::UserRole; ++role) {
+            QVERIFY(!fixture.model.headerData(0, Qt::Horizontal, role).isValid());
+            QVERIFY(!fixture.model.headerData(0, Qt::Vertical, role).isValid());
+            for (int row = 0; row < 6; ++row) {
+                QCOMPARE(fixture.model.data(fixture.model.index(row, 0), role).isValid(),
+                         role == Qt::BackgroundRole);
+            }
+        }
+    }
+
+    void indexesOutsideAreInvalid()
+    {
+        // Only a model of more rows makes such an index.
+        class Tall : public CPatientScore
+        {
+        public:
+            using CPatientScore::CPatientScore;
+            [[nodiscard]] QModelIndex cell(int row, int column) const
+            {
+                return createIndex(row, column);
+            }
+        };
+        Fixture fixture;
+        fixture.add(QStringLiteral("a"), {1, 2, 3}, {4, 5, 6});
+        const Tall model(fixture.average, fixture.scores, fixture.median);
+        for (const int role : {int(Qt::DisplayRole), int(Qt::BackgroundRole)}) {
+            QVERIFY(!model.data({}, role).isValid());
+            QVERIFY(!model.data(model.cell(6, 0), role).isValid());
+            QVERIFY(!model.data(model.cell(1000, 0), role).isValid());
+            QVERIFY(!model.data(model.cell(0, 1), role).isValid());
+        }
+    }
+
+    void cellsAreNotEdited()
+    {
+        Fixture fixture;
+        fixture.add(QStringLiteral("a"), {1, 2, 3}, {4, 5, 6});
+        const QModelIndex index = fixture.model.index(0, 0);
+        QVERIFY(!fixture.model.flags(index).testFlag(Qt::ItemIsEditable));
+        QVERIFY(!fixture.model.setData(index, 5.0));
+        QCOMPARE(fixture.text(0, 0), QStringLiteral("1"));
+    }
+
+    void updateAssignsAndSaysNothing()
+    {
+        qRegisterMetaType<Qt::Orientation>();
+        Fixture fixture;
+        fixture.add(latin1("a"), {9, 9, 9}, {9, 9, 9});
+        QSignalSpy data(&fixture.model, &QAbstractItemModel::dataChanged);
+        QSignalSpy reset(&fixture.model, &QAbstractItemModel::modelReset);
+        QSignalSpy header(&fixture.model, &QAbstractItemModel::headerDataChanged);
+        const QVector<PatientScoreRecord> scores = {{latin1("a"), {5, 5, 5}, {5, 5, 5}}};
+        const PatientScoreRecord median = {{}, {4, 4, 4}, {4, 4, 4}};
+        const PatientScoreRecord average = {{}, {6, 6, 6}, {6, 6, 6}};
+        fixture.model.update(scores, median, average);
+        QCOMPARE(fixture.text(0, 0), latin1("5"));
+        QCOMPARE(fixture.color(0, 0), latin1("red"));
+        chooseCenter(Average);
+        QCOMPARE(fixture.color(0, 0), latin1("green"));
+        QCOMPARE(fixture.median.variability, median.variability);
+        QCOMPARE(fixture.average.variability, average.variability);
+        QCOMPARE(data.count() + reset.count() + header.count(), 0);
+    }
+
+    void updateWithItsOwnListsChangesNothing()
+    {
+        Fixture fixture;
+        fixture.add(QStringLiteral("a"), {9, 9, 9}, {9, 9, 9});
+        fixture.model.update(fixture.scores, fixture.median, fixture.average);
+        QCOMPARE(fixture.scores.size(), 1);
+        QCOMPARE(fixture.median.convergence, QVector<double>({1, 2, 3}));
+        QCOMPARE(fixture.average.convergence, QVector<double>({10, 20, 30}));
+    }
+
+    void headersAreTranslated()
+    {
+        EchoTranslator echo;
+        QVERIFY(QCoreApplication::installTranslator(&echo));
+        Fixture fixture;
+        fixture.add(QStringLiteral("a"), {9, 9, 9}, {9, 9, 9});
+        for (int row = 0; row < 6; ++row) {
+            QCOMPARE(fixture.model.headerData(row, Qt::Vertical).toString(),
+                     QStringLiteral("<CPatientScore:") + methods().at(row) + QLatin1Char('>'));
+        }
+        QCOMPARE(fixture.model.headerData(0, Qt::Horizontal).toString(), QStringLiteral("a"));
+    }
+
+    void theToolkitFindsNoFault()
+    {
+        Fixture fixture;
+        fixture.add(QStringLiteral("a"), {0, 0, 0}, {9, 9, 9});
+        fixture.add(QStringLiteral("b"), {9, 9, 9}, {0, 0, 0});
+        ChildlessModel<CPatientScore> model(fixture.average, fixture.scores, fixture.median);
+        const QAbstractItemModelTester tester(
+            &model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        model.update(fixture.scores, fixture.median, fixture.average);
+        Q_EMIT model.layoutAboutToBeChanged();
+        Q_EMIT model.layoutChanged();
+    }
+};
 
 QTEST_GUILESS_MAIN(TestCPatientScore)
 #include "tst_cpatientscore.moc"

@@ -55,335 +55,316 @@ class TestCPatientsModel : public QObject
     std::unique_ptr<QTemporaryDir> m_folder;
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
+    void init()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+        QVERIFY(m_folder->isValid());
+        QVERIFY(QDir::setCurrent(m_folder->path()));
+        configure(0, 0, Median);
+    }
 
-    void noPatients();
-    void countsOfRowsAndColumns();
-    void identifiersStandInTheFirstColumn();
-    void marks_data();
-    void marks();
-    void onePatientIsWorseUnderEveryPair();
-    void theChosenMethodsCount();
-    void theChosenCenterCounts();
-    void columnsBehindTheMarkGiveTheMark();
-    void headers_data();
-    void headers();
-    void otherRolesAreInvalid();
-    void indexesOutsideAreInvalid();
-    void cellsCanBeSelectedAndNotEdited();
-    void updateAssignsAndSaysNothing();
-    void updateWithItsOwnListsChangesNothing();
-    void theModelFollowsItsLists();
-    void textsAreTranslated();
-    void theToolkitFindsNoFault();
-};
+    void cleanup()
+    {
+        CConfig::resetInstance();
+        QDir::setCurrent(QDir::rootPath());
+        m_folder.reset();
+    }
 
-void TestCPatientsModel::init()
-{
-    m_folder = std::make_unique<QTemporaryDir>();
-    QVERIFY(m_folder->isValid());
-    QVERIFY(QDir::setCurrent(m_folder->path()));
-    configure(0, 0, Median);
-}
+    void noPatients()
+    {
+        const Fixture fixture;
+        QCOMPARE(fixture.model.rowCount(), 0);
+        QCOMPARE(fixture.model.columnCount(), 2);
+        QCOMPARE(fixture.model.headerData(0, Qt::Horizontal).toString(),
+                 QStringLiteral("Id patient"));
+        QCOMPARE(fixture.model.headerData(1, Qt::Horizontal).toString(),
+                 QStringLiteral("Method results"));
+    }
 
-void TestCPatientsModel::cleanup()
-{
-    CConfig::resetInstance();
-    QDir::setCurrent(QDir::rootPath());
-    m_folder.reset();
-}
+    void countsOfRowsAndColumns()
+    {
+        Fixture fixture;
+        fixture.add(QStringLiteral("a"), {0, 0, 0}, {0, 0, 0});
+        fixture.add(QStringLiteral("b"), {0, 0, 0}, {0, 0, 0});
+        QCOMPARE(fixture.model.rowCount(), 2);
+        QCOMPARE(fixture.model.columnCount(), 2);
+        // The parent is not looked at.
+        QCOMPARE(fixture.model.rowCount(fixture.model.index(0, 0)), 2);
+        QCOMPARE(fixture.model.columnCount(fixture.model.index(0, 0)), 2);
+        QCOMPARE(fixture.model.QObject::parent(), nullptr);
+    }
 
-void TestCPatientsModel::noPatients()
-{
-    const Fixture fixture;
-    QCOMPARE(fixture.model.rowCount(), 0);
-    QCOMPARE(fixture.model.columnCount(), 2);
-    QCOMPARE(fixture.model.headerData(0, Qt::Horizontal).toString(), QStringLiteral("Id patient"));
-    QCOMPARE(fixture.model.headerData(1, Qt::Horizontal).toString(),
-             QStringLiteral("Method results"));
-}
+    void identifiersStandInTheFirstColumn()
+    {
+        Fixture fixture;
+        fixture.add(QStringLiteral("  A "), {0, 0, 0}, {0, 0, 0});
+        const QVariant cell = fixture.model.data(fixture.model.index(0, 0));
+        QCOMPARE(int(cell.type()), int(QVariant::String));
+        QCOMPARE(cell.toString(), QStringLiteral("  A "));
+    }
 
-void TestCPatientsModel::countsOfRowsAndColumns()
-{
-    Fixture fixture;
-    fixture.add(QStringLiteral("a"), {0, 0, 0}, {0, 0, 0});
-    fixture.add(QStringLiteral("b"), {0, 0, 0}, {0, 0, 0});
-    QCOMPARE(fixture.model.rowCount(), 2);
-    QCOMPARE(fixture.model.columnCount(), 2);
-    // The parent is not looked at.
-    QCOMPARE(fixture.model.rowCount(fixture.model.index(0, 0)), 2);
-    QCOMPARE(fixture.model.columnCount(fixture.model.index(0, 0)), 2);
-    QCOMPARE(fixture.model.QObject::parent(), nullptr);
-}
+    void marks_data()
+    {
+        QTest::addColumn<double>("convergence");
+        QTest::addColumn<double>("variability");
+        QTest::addColumn<double>("convergenceCenter");
+        QTest::addColumn<double>("variabilityCenter");
+        QTest::addColumn<QString>("mark");
+        const auto row = [](const char *name, double c, double v, double centerC, double centerV,
+                            const char *mark) {
+            QTest::newRow(name) << c << v << centerC << centerV << QString::fromLatin1(mark);
+        };
+        row("both below", 0, 3, 1, 4, "B/B");
+        row("both above", 2, 5, 1, 4, "W/W");
+        row("below, above", 0, 5, 1, 4, "B/W");
+        row("above, below", 2, 3, 1, 4, "W/B");
+        row("both on the center", 1, 4, 1, 4, "W/W");
+        row("on the center, below", 1, 3, 1, 4, "W/B");
+        row("below, on the center", 0, 4, 1, 4, "B/W");
+        row("negative", -2, 3, -1, 4, "B/B");
+        row("below by the last bit", std::nextafter(1.0, 0.0), std::nextafter(4.0, 0.0), 1, 4,
+            "B/B");
+        row("0 and -0", -0.0, 0.0, 0.0, -0.0, "W/W");
+        row("convergence not a number", notANumber, 5, 1, 4, "W/W");
+        row("variability not a number", 0, notANumber, 1, 4, "B/B");
+        row("neither a number", notANumber, notANumber, 1, 4, "W/B");
+        row("centers not a number", 0, 5, notANumber, notANumber, "W/B");
+        row("nothing a number", notANumber, notANumber, notANumber, notANumber, "W/B");
+        row("infinite", -infinity, infinity, 1, 4, "B/W");
+    }
 
-void TestCPatientsModel::identifiersStandInTheFirstColumn()
-{
-    Fixture fixture;
-    fixture.add(QStringLiteral("  A "), {0, 0, 0}, {0, 0, 0});
-    const QVariant cell = fixture.model.data(fixture.model.index(0, 0));
-    QCOMPARE(int(cell.type()), int(QVariant::String));
-    QCOMPARE(cell.toString(), QStringLiteral("  A "));
-}
-
-void TestCPatientsModel::marks_data()
-{
-    QTest::addColumn<double>("convergence");
-    QTest::addColumn<double>("variability");
-    QTest::addColumn<double>("convergenceCenter");
-    QTest::addColumn<double>("variabilityCenter");
-    QTest::addColumn<QString>("mark");
-    const auto row = [](const char *name, double c, double v, double centerC, double centerV,
-                        const char *mark) {
-        QTest::newRow(name) << c << v << centerC << centerV << QString::fromLatin1(mark);
-    };
-    row("both below", 0, 3, 1, 4, "B/B");
-    row("both above", 2, 5, 1, 4, "W/W");
-    row("below, above", 0, 5, 1, 4, "B/W");
-    row("above, below", 2, 3, 1, 4, "W/B");
-    row("both on the center", 1, 4, 1, 4, "W/W");
-    row("on the center, below", 1, 3, 1, 4, "W/B");
-    row("below, on the center", 0, 4, 1, 4, "B/W");
-    row("negative", -2, 3, -1, 4, "B/B");
-    row("below by the last bit", std::nextafter(1.0, 0.0), std::nextafter(4.0, 0.0), 1, 4, "B/B");
-    row("0 and -0", -0.0, 0.0, 0.0, -0.0, "W/W");
-    row("convergence not a number", notANumber, 5, 1, 4, "W/W");
-    row("variability not a number", 0, notANumber, 1, 4, "B/B");
-    row("neither a number", notANumber, notANumber, 1, 4, "W/B");
-    row("centers not a number", 0, 5, notANumber, notANumber, "W/B");
-    row("nothing a number", notANumber, notANumber, notANumber, notANumber, "W/B");
-    row("infinite", -infinity, infinity, 1, 4, "B/W");
-}
-
-void TestCPatientsModel::marks()
-{
-    QFETCH(const double, convergence);
-    QFETCH(const double, variability);
-    QFETCH(const double, convergenceCenter);
-    QFETCH(const double, variabilityCenter);
-    QFETCH(const QString, mark);
-    // Each pair of methods by turns; the other methods say the opposite on both axes.
-    for (int c = 0; c < 3; ++c) {
-        for (int v = 0; v < 3; ++v) {
-            for (const Center center : {Average, Median}) {
-                configure(c, v, center);
-                Fixture fixture;
-                fixture.add(QStringLiteral("a"), {7, 7, 7}, {7, 7, 7});
-                PatientScoreRecord &chosen = center == Median ? fixture.median : fixture.average;
-                fixture.scores[0].convergence[c] = convergence;
-                fixture.scores[0].variability[v] = variability;
-                chosen.convergence[c] = convergenceCenter;
-                chosen.variability[v] = variabilityCenter;
-                QCOMPARE(fixture.mark(0), mark);
-                QCOMPARE(int(fixture.model.data(fixture.model.index(0, 1)).type()),
-                         int(QVariant::String));
+    void marks()
+    {
+        QFETCH(const double, convergence);
+        QFETCH(const double, variability);
+        QFETCH(const double, convergenceCenter);
+        QFETCH(const double, variabilityCenter);
+        QFETCH(const QString, mark);
+        // Each pair of methods by turns; the other methods say the opposite on both axes.
+        for (int c = 0; c < 3; ++c) {
+            for (int v = 0; v < 3; ++v) {
+                for (const Center center : {Average, Median}) {
+                    configure(c, v, center);
+                    Fixture fixture;
+                    fixture.add(QStringLiteral("a"), {7, 7, 7}, {7, 7, 7});
+                    PatientScoreRecord &chosen =
+                        center == Median ? fixture.median : fixture.average;
+                    fixture.scores[0].convergence[c] = convergence;
+                    fixture.scores[0].variability[v] = variability;
+                    chosen.convergence[c] = convergenceCenter;
+                    chosen.variability[v] = variabilityCenter;
+                    QCOMPARE(fixture.mark(0), mark);
+                    QCOMPARE(int(fixture.model.data(fixture.model.index(0, 1)).type()),
+                             int(QVariant::String));
+                }
             }
         }
     }
-}
 
-void TestCPatientsModel::onePatientIsWorseUnderEveryPair()
-{
-    Fixture fixture;
-    fixture.add(QStringLiteral("a"), {-2.5, 5.5, 0.001}, {7.4, 8.5, 3});
-    fixture.average = {{}, {-2.5, 5.5, 0.001}, {7.4, 8.5, 3}};
-    fixture.median = fixture.average;
-    for (int pair = 0; pair < 9; ++pair) {
-        for (const Center center : {Average, Median}) {
-            configure(pair / 3, pair % 3, center);
-            QCOMPARE(fixture.mark(0), QStringLiteral("W/W"));
-        }
-    }
-}
-
-void TestCPatientsModel::theChosenMethodsCount()
-{
-    Fixture fixture;
-    fixture.add(QStringLiteral("a"), {0, 9, 2}, {9, 4, 7});
-    const QStringList expected = {
-        QStringLiteral("B/W"), QStringLiteral("B/B"), QStringLiteral("B/W"),
-        QStringLiteral("W/W"), QStringLiteral("W/B"), QStringLiteral("W/W"),
-        QStringLiteral("B/W"), QStringLiteral("B/B"), QStringLiteral("B/W"),
-    };
-    for (int pair = 0; pair < 9; ++pair) {
-        configure(pair / 3, pair % 3, Median);
-        QCOMPARE(fixture.mark(0), expected.at(pair));
-    }
-}
-
-void TestCPatientsModel::theChosenCenterCounts()
-{
-    // Convergence 1, 2, 9: the middle patient is worse than the median, better than the mean.
-    Fixture fixture;
-    fixture.median = {{}, {2, 0, 0}, {5, 0, 0}};
-    fixture.average = {{}, {4, 0, 0}, {5, 0, 0}};
-    for (const double value : {1.0, 2.0, 9.0}) {
-        fixture.add(latin1("a"), {value, 0, 0}, {5, 0, 0});
-    }
-    QCOMPARE(fixture.mark(0), latin1("B/W"));
-    QCOMPARE(fixture.mark(1), latin1("W/W"));
-    QCOMPARE(fixture.mark(2), latin1("W/W"));
-    configure(0, 0, Average);
-    QCOMPARE(fixture.mark(0), latin1("B/W"));
-    QCOMPARE(fixture.mark(1), latin1("B/W"));
-    QCOMPARE(fixture.mark(2), latin1("W/W"));
-}
-
-void TestCPatientsModel::columnsBehindTheMarkGiveTheMark()
-{
-    // Only a model of more columns makes such an index.
-    class Wide : public CPatientsModel
+    void onePatientIsWorseUnderEveryPair()
     {
-    public:
-        using CPatientsModel::CPatientsModel;
-        [[nodiscard]] QModelIndex cell(int row, int column) const
+        Fixture fixture;
+        fixture.add(QStringLiteral("a"), {-2.5, 5.5, 0.001}, {7.4, 8.5, 3});
+        fixture.average = {{}, {-2.5, 5.5, 0.001}, {7.4, 8.5, 3}};
+        fixture.median = fixture.average;
+        for (int pair = 0; pair < 9; ++pair) {
+            for (const Center center : {Average, Median}) {
+                configure(pair / 3, pair % 3, center);
+                QCOMPARE(fixture.mark(0), QStringLiteral("W/W"));
+            }
+        }
+    }
+
+    void theChosenMethodsCount()
+    {
+        Fixture fixture;
+        fixture.add(QStringLiteral("a"), {0, 9, 2}, {9, 4, 7});
+        const QStringList expected = {
+            QStringLiteral("B/W"), QStringLiteral("B/B"), QStringLiteral("B/W"),
+            QStringLiteral("W/W"), QStringLiteral("W/B"), QStringLiteral("W/W"),
+            QStringLiteral("B/W"), QStringLiteral("B/B"), QStringLiteral("B/W"),
+        };
+        for (int pair = 0; pair < 9; ++pair) {
+            configure(pair / 3, pair % 3, Median);
+            QCOMPARE(fixture.mark(0), expected.at(pair));
+        }
+    }
+
+    void theChosenCenterCounts()
+    {
+        // Convergence 1, 2, 9: the middle patient is worse than the median, better than the mean.
+        Fixture fixture;
+        fixture.median = {{}, {2, 0, 0}, {5, 0, 0}};
+        fixture.average = {{}, {4, 0, 0}, {5, 0, 0}};
+        for (const double value : {1.0, 2.0, 9.0}) {
+            fixture.add(latin1("a"), {value, 0, 0}, {5, 0, 0});
+        }
+        QCOMPARE(fixture.mark(0), latin1("B/W"));
+        QCOMPARE(fixture.mark(1), latin1("W/W"));
+        QCOMPARE(fixture.mark(2), latin1("W/W"));
+        configure(0, 0, Average);
+        QCOMPARE(fixture.mark(0), latin1("B/W"));
+        QCOMPARE(fixture.mark(1), latin1("B/W"));
+        QCOMPARE(fixture.mark(2), latin1("W/W"));
+    }
+
+    void columnsBehindTheMarkGiveTheMark()
+    {
+        // Only a model of more columns makes such an index.
+        class Wide : public CPatientsModel
         {
-            return createIndex(row, column);
-        }
-    };
-    Fixture fixture;
-    fixture.add(QStringLiteral("a"), {0, 0, 0}, {9, 9, 9});
-    const Wide model(fixture.patients, fixture.scores, fixture.average, fixture.median);
-    QCOMPARE(model.data(model.cell(0, 2)).toString(), QStringLiteral("B/W"));
-    QCOMPARE(model.data(model.cell(0, 1000)).toString(), QStringLiteral("B/W"));
-    QVERIFY(!model.data(model.cell(1, 0)).isValid());
-    QVERIFY(!model.data(model.cell(1, 1)).isValid());
-}
-
-void TestCPatientsModel::headers_data()
-{
-    QTest::addColumn<int>("section");
-    QTest::addColumn<QString>("text");
-    QTest::newRow("identifier") << 0 << QStringLiteral("Id patient");
-    QTest::newRow("mark") << 1 << QStringLiteral("Method results");
-    QTest::newRow("behind") << 2 << QStringLiteral("Unknown!");
-    QTest::newRow("far behind") << 1000 << QStringLiteral("Unknown!");
-    QTest::newRow("negative") << -1 << QStringLiteral("Unknown!");
-}
-
-void TestCPatientsModel::headers()
-{
-    QFETCH(const int, section);
-    QFETCH(const QString, text);
-    Fixture fixture;
-    fixture.add(QStringLiteral("a"), {0, 0, 0}, {0, 0, 0});
-    QCOMPARE(fixture.model.headerData(section, Qt::Horizontal).toString(), text);
-    QVERIFY(!fixture.model.headerData(section, Qt::Vertical).isValid());
-    for (int role = 1; role <= Qt::UserRole; ++role) {
-        QVERIFY(!fixture.model.headerData(section, Qt::Horizontal, role).isValid());
-        QVERIFY(!fixture.model.headerData(section, Qt::Vertical, role).isValid());
+        public:
+            using CPatientsModel::CPatientsModel;
+            [[nodiscard]] QModelIndex cell(int row, int column) const
+            {
+                return createIndex(row, column);
+            }
+        };
+        Fixture fixture;
+        fixture.add(QStringLiteral("a"), {0, 0, 0}, {9, 9, 9});
+        const Wide model(fixture.patients, fixture.scores, fixture.average, fixture.median);
+        QCOMPARE(model.data(model.cell(0, 2)).toString(), QStringLiteral("B/W"));
+        QCOMPARE(model.data(model.cell(0, 1000)).toString(), QStringLiteral("B/W"));
+        QVERIFY(!model.data(model.cell(1, 0)).isValid());
+        QVERIFY(!model.data(model.cell(1, 1)).isValid());
     }
-}
 
-void TestCPatientsModel::otherRolesAreInvalid()
-{
-    Fixture fixture;
-    fixture.add(QStringLiteral("a"), {0, 0, 0}, {0, 0, 0});
-    for (int column = 0; column < 2; ++column) {
+    void headers_data()
+    {
+        QTest::addColumn<int>("section");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("identifier") << 0 << QStringLiteral("Id patient");
+        QTest::newRow("mark") << 1 << QStringLiteral("Method results");
+        QTest::newRow("behind") << 2 << QStringLiteral("Unknown!");
+        QTest::newRow("far behind") << 1000 << QStringLiteral("Unknown!");
+        QTest::newRow("negative") << -1 << QStringLiteral("Unknown!");
+    }
+
+    void headers()
+    {
+        QFETCH(const int, section);
+        QFETCH(const QString, text);
+        Fixture fixture;
+        fixture.add(QStringLiteral("a"), {0, 0, 0}, {0, 0, 0});
+        QCOMPARE(fixture.model.headerData(section, Qt::Horizontal).toString(), text);
+        QVERIFY(!fixture.model.headerData(section, Qt::Vertical).isValid());
         for (int role = 1; role <= Qt::UserRole; ++role) {
-            QVERIFY(!fixture.model.data(fixture.model.index(0, column), role).isValid());
+            QVERIFY(!fixture.model.headerData(section, Qt::Horizontal, role).isValid());
+            QVERIFY(!fixture.model.headerData(section, Qt::Vertical, role).isValid());
         }
     }
-}
 
-void TestCPatientsModel::indexesOutsideAreInvalid()
-{
-    Fixture fixture;
-    fixture.add(QStringLiteral("a"), {0, 0, 0}, {0, 0, 0});
-    QVERIFY(!fixture.model.data({}).isValid());
-    // An index from before the list became shorter.
-    const QModelIndex old = fixture.model.index(0, 1);
-    fixture.patients.clear();
-    fixture.scores.clear();
-    QVERIFY(!fixture.model.data(old).isValid());
-}
+    void otherRolesAreInvalid()
+    {
+        Fixture fixture;
+        fixture.add(QStringLiteral("a"), {0, 0, 0}, {0, 0, 0});
+        for (int column = 0; column < 2; ++column) {
+            for (int role = 1; role <= Qt::UserRole; ++role) {
+                QVERIFY(!fixture.model.data(fixture.model.index(0, column), role).isValid());
+            }
+        }
+    }
 
-void TestCPatientsModel::cellsCanBeSelectedAndNotEdited()
-{
-    Fixture fixture;
-    fixture.add(QStringLiteral("a"), {0, 0, 0}, {0, 0, 0});
-    const QModelIndex cell = fixture.model.index(0, 0);
-    QVERIFY(fixture.model.flags(cell).testFlag(Qt::ItemIsSelectable));
-    QVERIFY(fixture.model.flags(cell).testFlag(Qt::ItemIsEnabled));
-    QVERIFY(!fixture.model.flags(cell).testFlag(Qt::ItemIsEditable));
-    QVERIFY(!fixture.model.setData(cell, QStringLiteral("b")));
-    QCOMPARE(fixture.patients.at(0).id, QStringLiteral("a"));
-}
+    void indexesOutsideAreInvalid()
+    {
+        Fixture fixture;
+        fixture.add(QStringLiteral("a"), {0, 0, 0}, {0, 0, 0});
+        QVERIFY(!fixture.model.data({}).isValid());
+        // An index from before the list became shorter.
+        const QModelIndex old = fixture.model.index(0, 1);
+        fixture.patients.clear();
+        fixture.scores.clear();
+        QVERIFY(!fixture.model.data(old).isValid());
+    }
 
-void TestCPatientsModel::updateAssignsAndSaysNothing()
-{
-    Fixture fixture;
-    fixture.add(QStringLiteral("a"), {9, 9, 9}, {9, 9, 9});
-    qRegisterMetaType<Qt::Orientation>();
-    QSignalSpy data(&fixture.model, &QAbstractItemModel::dataChanged);
-    QSignalSpy reset(&fixture.model, &QAbstractItemModel::modelReset);
-    QSignalSpy header(&fixture.model, &QAbstractItemModel::headerDataChanged);
-    const QVector<PatientScoreRecord> scores = {{QStringLiteral("a"), {0.5, 8, 8}, {3.5, 8, 8}}};
-    const PatientScoreRecord median = {{}, {1, 1, 1}, {3, 3, 3}};
-    const PatientScoreRecord average = {{}, {0, 0, 0}, {4, 4, 4}};
-    fixture.model.update(scores, median, average);
-    QCOMPARE(fixture.mark(0), QStringLiteral("B/W"));
-    configure(0, 0, Average);
-    QCOMPARE(fixture.mark(0), QStringLiteral("W/B"));
-    QCOMPARE(fixture.scores.at(0).convergence, scores.at(0).convergence);
-    QCOMPARE(fixture.median.variability, median.variability);
-    QCOMPARE(fixture.average.variability, average.variability);
-    QCOMPARE(data.count() + reset.count() + header.count(), 0);
-}
+    void cellsCanBeSelectedAndNotEdited()
+    {
+        Fixture fixture;
+        fixture.add(QStringLiteral("a"), {0, 0, 0}, {0, 0, 0});
+        const QModelIndex cell = fixture.model.index(0, 0);
+        QVERIFY(fixture.model.flags(cell).testFlag(Qt::ItemIsSelectable));
+        QVERIFY(fixture.model.flags(cell).testFlag(Qt::ItemIsEnabled));
+        QVERIFY(!fixture.model.flags(cell).testFlag(Qt::ItemIsEditable));
+        QVERIFY(!fixture.model.setData(cell, QStringLiteral("b")));
+        QCOMPARE(fixture.patients.at(0).id, QStringLiteral("a"));
+    }
 
-void TestCPatientsModel::updateWithItsOwnListsChangesNothing()
-{
-    Fixture fixture;
-    fixture.add(QStringLiteral("a"), {0, 0, 0}, {9, 9, 9});
-    fixture.model.update(fixture.scores, fixture.median, fixture.average);
-    QCOMPARE(fixture.scores.size(), 1);
-    QCOMPARE(fixture.median.convergence, QVector<double>({1, 2, 3}));
-    QCOMPARE(fixture.average.convergence, QVector<double>({10, 20, 30}));
-    QCOMPARE(fixture.mark(0), QStringLiteral("B/W"));
-}
+    void updateAssignsAndSaysNothing()
+    {
+        Fixture fixture;
+        fixture.add(QStringLiteral("a"), {9, 9, 9}, {9, 9, 9});
+        qRegisterMetaType<Qt::Orientation>();
+        QSignalSpy data(&fixture.model, &QAbstractItemModel::dataChanged);
+        QSignalSpy reset(&fixture.model, &QAbstractItemModel::modelReset);
+        QSignalSpy header(&fixture.model, &QAbstractItemModel::headerDataChanged);
+        const QVector<PatientScoreRecord> scores = {
+            {QStringLiteral("a"), {0.5, 8, 8}, {3.5, 8, 8}}};
+        const PatientScoreRecord median = {{}, {1, 1, 1}, {3, 3, 3}};
+        const PatientScoreRecord average = {{}, {0, 0, 0}, {4, 4, 4}};
+        fixture.model.update(scores, median, average);
+        QCOMPARE(fixture.mark(0), QStringLiteral("B/W"));
+        configure(0, 0, Average);
+        QCOMPARE(fixture.mark(0), QStringLiteral("W/B"));
+        QCOMPARE(fixture.scores.at(0).convergence, scores.at(0).convergence);
+        QCOMPARE(fixture.median.variability, median.variability);
+        QCOMPARE(fixture.average.variability, average.variability);
+        QCOMPARE(data.count() + reset.count() + header.count(), 0);
+    }
 
-void TestCPatientsModel::theModelFollowsItsLists()
-{
-    Fixture fixture;
-    fixture.add(QStringLiteral("a"), {0, 0, 0}, {9, 9, 9});
-    QCOMPARE(&fixture.model.patients, &fixture.patients);
-    QCOMPARE(&fixture.model.scores, &fixture.scores);
-    QCOMPARE(fixture.mark(0), QStringLiteral("B/W"));
-    fixture.median.convergence[0] = -1;
-    QCOMPARE(fixture.mark(0), QStringLiteral("W/W"));
-    fixture.scores[0].variability[0] = 1;
-    QCOMPARE(fixture.mark(0), QStringLiteral("W/B"));
-}
+    void updateWithItsOwnListsChangesNothing()
+    {
+        Fixture fixture;
+        fixture.add(QStringLiteral("a"), {0, 0, 0}, {9, 9, 9});
+        fixture.model.update(fixture.scores, fixture.median, fixture.average);
+        QCOMPARE(fixture.scores.size(), 1);
+        QCOMPARE(fixture.median.convergence, QVector<double>({1, 2, 3}));
+        QCOMPARE(fixture.average.convergence, QVector<double>({10, 20, 30}));
+        QCOMPARE(fixture.mark(0), QStringLiteral("B/W"));
+    }
 
-void TestCPatientsModel::textsAreTranslated()
-{
-    EchoTranslator echo;
-    QVERIFY(QCoreApplication::installTranslator(&echo));
-    Fixture fixture;
-    fixture.add(latin1("a"), {0, 0, 0}, {9, 9, 9});
-    fixture.add(latin1("b"), {9, 9, 9}, {0, 0, 0});
-    QCOMPARE(fixture.mark(0), latin1("<CPatientsModel:B/><CPatientsModel:W>"));
-    QCOMPARE(fixture.mark(1), latin1("<CPatientsModel:W/><CPatientsModel:B>"));
-    QCOMPARE(fixture.model.headerData(0, Qt::Horizontal).toString(),
-             latin1("<CPatientsModel:Id patient>"));
-    QCOMPARE(fixture.model.headerData(1, Qt::Horizontal).toString(),
-             latin1("<CPatientsModel:Method results>"));
-    QCOMPARE(fixture.model.headerData(2, Qt::Horizontal).toString(), latin1("Unknown!"));
-}
+    void theModelFollowsItsLists()
+    {
+        Fixture fixture;
+        fixture.add(QStringLiteral("a"), {0, 0, 0}, {9, 9, 9});
+        QCOMPARE(&fixture.model.patients, &fixture.patients);
+        QCOMPARE(&fixture.model.scores, &fixture.scores);
+        QCOMPARE(fixture.mark(0), QStringLiteral("B/W"));
+        fixture.median.convergence[0] = -1;
+        QCOMPARE(fixture.mark(0), QStringLiteral("W/W"));
+        fixture.scores[0].variability[0] = 1;
+        QCOMPARE(fixture.mark(0), QStringLiteral("W/B"));
+    }
 
-void TestCPatientsModel::theToolkitFindsNoFault()
-{
-    Fixture fixture;
-    fixture.add(QStringLiteral("a"), {0, 0, 0}, {9, 9, 9});
-    fixture.add(QStringLiteral("b"), {9, 9, 9}, {0, 0, 0});
-    ChildlessModel<CPatientsModel> model(fixture.patients, fixture.scores, fixture.average,
-                                         fixture.median);
-    const QAbstractItemModelTester tester(&model,
-                                          QAbstractItemModelTester::FailureReportingMode::QtTest);
-    fixture.model.update(fixture.scores, fixture.median, fixture.average);
-    Q_EMIT model.layoutAboutToBeChanged();
-    Q_EMIT model.layoutChanged();
-}
+    void textsAreTranslated()
+    {
+        EchoTranslator echo;
+        QVERIFY(QCoreApplication::installTranslator(&echo));
+        Fixture fixture;
+        fixture.add(latin1("a"), {0, 0, 0}, {9, 9, 9});
+        fixture.add(latin1("b"), {9, 9, 9}, {0, 0, 0});
+        QCOMPARE(fixture.mark(0), latin1("<CPatientsModel:B/><CPatientsModel:W>"));
+        QCOMPARE(fixture.mark(1), latin1("<CPatientsModel:W/><CPatientsModel:B>"));
+        QCOMPARE(fixture.model.headerData(0, Qt::Horizontal).toString(),
+                 latin1("<CPatientsModel:Id patient>"));
+        QCOMPARE(fixture.model.headerData(1, Qt::Horizontal).toString(),
+                 latin1("<CPatientsModel:Method results>"));
+        QCOMPARE(fixture.model.headerData(2, Qt::Horizontal).toString(), latin1("Unknown!"));
+    }
+
+    void theToolkitFindsNoFault()
+    {
+        Fixture fixture;
+        fixture.add(QStringLiteral("a"), {0, 0, 0}, {9, 9, 9});
+        fixture.add(QStringLiteral("b"), {9, 9, 9}, {0, 0, 0});
+        ChildlessModel<CPatientsModel> model(fixture.patients, fixture.scores, fixture.average,
+                                             fixture.median);
+        const QAbstractItemModelTester tester(
+            &model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+        fixture.model.update(fixture.scores, fixture.median, fixture.average);
+        Q_EMIT model.layoutAboutToBeChanged();
+        Q_EMIT model.layoutChanged();
+    }
+};
 
 QTEST_GUILESS_MAIN(TestCPatientsModel)
 #include "tst_cpatientsmodel.moc"

@@ -88,389 +88,356 @@ class TestDataWorkbook : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void init();
-    void everyCellOfTheGroup_data();
-    void everyCellOfTheGroup();
-    void onePatientOfThreeValues();
-    void raggedRowsStopAtTheLastValue();
-    void columnOfResultsIsRowOfData();
-    void firstCornerStaysEmpty();
-    void linearMethodHasItsOwnWording();
-    void skipShortensTheLabel_data();
-    void skipShortensTheLabel();
-    void missingSettingsFileLeavesTheLabelWhole();
-    void identifierStaysText_data();
-    void identifierStaysText();
-    void unreadableCharactersAreReplaced_data();
-    void unreadableCharactersAreReplaced();
-    void longIdentifierIsCut();
-    void numbersKeepEveryDigit_data();
-    void numbersKeepEveryDigit();
-    void numbersThatAreNotFiniteAreTexts();
-    void resultsThatAreNotANumberAreTexts();
-    void patientWithoutValuesHasNoSeries();
-    void chartHasOneSeriesAPatient_data();
-    void chartHasOneSeriesAPatient();
-    void seriesEndsAtTheLastColumn();
-    void existingFileIsReplaced();
-    void nameIsTakenAsItStands();
+    void initTestCase() { QVERIFY(QDir::setCurrent(m_folder.path())); }
+
+    void init() { useSkip(QStringLiteral("3")); }
+
+    void everyCellOfTheGroup_data()
+    {
+        QTest::addColumn<int>("count");
+        for (const int count : {1, 2, 4, 40}) {
+            QTest::addRow("%d patients", count) << count;
+        }
+    }
+
+    void everyCellOfTheGroup()
+    {
+        QFETCH(int, count);
+        const TestGroup group = TestGroup::ofSize(count);
+        const Book book = expectedBook(group, clippedByThree);
+        const QString path = written(group);
+        QCOMPARE(ExpectedSheets::differences(path, book), QString());
+        QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
+    }
+
+    void onePatientOfThreeValues()
+    {
+        const TestGroup group = TestGroup::ofValues({{50.5, 48, 47}});
+        const QString path = written(group);
+        QXlsx::Document document(path);
+        QVERIFY(document.selectSheet(QStringLiteral("Data")));
+        QCOMPARE(document.read(1, 2).toDouble(), 1.0);
+        QCOMPARE(document.read(1, 3).toDouble(), 2.0);
+        QCOMPARE(document.read(1, 4).toDouble(), 3.0);
+        QCOMPARE(document.read(2, 1).toString(), QStringLiteral("A"));
+        QCOMPARE(document.read(2, 2).toDouble(), 50.5);
+        Book book = expectedBook(group, clippedByThree);
+        QCOMPARE(book.at(2).series, QStringList{QStringLiteral("Data!$B$2:$D$2")});
+        QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
+    }
+
+    void raggedRowsStopAtTheLastValue()
+    {
+        const TestGroup group = TestGroup::ofValues({{5, 4, 3, 2, 1}, {7, 8}});
+        const QString path = written(group);
+        QXlsx::Document document(path);
+        QVERIFY(document.selectSheet(QStringLiteral("Data")));
+        QCOMPARE(document.read(1, 6).toDouble(), 5.0);
+        QVERIFY(!document.cellAt(1, 7));
+        QCOMPARE(document.read(3, 3).toDouble(), 8.0);
+        QVERIFY(!document.cellAt(3, 4));
+        Book book = expectedBook(group, clippedByThree);
+        QCOMPARE(book.at(2).series,
+                 (QStringList{QStringLiteral("Data!$B$2:$F$2"), QStringLiteral("Data!$B$3:$C$3")}));
+        QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
+    }
+
+    void columnOfResultsIsRowOfData()
+    {
+        const TestGroup group = TestGroup::ofSize(4);
+        QXlsx::Document document(written(group));
+        for (int k = 0; k < 4; ++k) {
+            QVERIFY(document.selectSheet(QStringLiteral("Data")));
+            const QString inData = document.read(k + 2, 1).toString();
+            QVERIFY(document.selectSheet(QStringLiteral("Method result")));
+            QCOMPARE(document.read(1, k + 2).toString(), inData);
+        }
+    }
+
+    void firstCornerStaysEmpty()
+    {
+        QXlsx::Document document(written(TestGroup::ofSize(2)));
+        for (const char *name : {"Data", "Method result"}) {
+            QVERIFY(document.selectSheet(QLatin1String(name)));
+            QVERIFY(!document.cellAt(1, 1));
+        }
+    }
+
+    void linearMethodHasItsOwnWording()
+    {
+        QXlsx::Document document(written(TestGroup::ofSize(1)));
+        QVERIFY(document.selectSheet(QStringLiteral("Method result")));
+        QCOMPARE(document.read(3, 1).toString(), QStringLiteral("Linear least squares"));
+    }
+
+    void skipShortensTheLabel_data()
+    {
+        QTest::addColumn<QString>("skip");
+        QTest::addColumn<QString>("label");
+        QTest::newRow("0") << "0"
+                           << "Standard deviation difference offset";
+        QTest::newRow("1") << "1"
+                           << "tandard deviation difference offset";
+        QTest::newRow("2.9") << "2.9"
+                             << "andard deviation difference offset";
+        QTest::newRow("3") << "3"
+                           << "ndard deviation difference offset";
+        QTest::newRow("4") << "4"
+                           << "dard deviation difference offset";
+        QTest::newRow("9") << "9"
+                           << "deviation difference offset";
+        QTest::newRow("35") << "35"
+                            << "t";
+        QTest::newRow("36") << "36"
+                            << "";
+        QTest::newRow("37") << "37"
+                            << "";
+        QTest::newRow("40") << "40"
+                            << "";
+        QTest::newRow("5000000000") << "5000000000"
+                                    << "";
+        QTest::newRow("-1") << "-1"
+                            << "";
+        QTest::newRow("no number") << "abc"
+                                   << "Standard deviation difference offset";
+    }
+
+    void skipShortensTheLabel()
+    {
+        QFETCH(QString, skip);
+        QFETCH(QString, label);
+        useSkip(skip);
+        const TestGroup group = TestGroup::ofSize(2);
+        const Book book = expectedBook(group, label);
+        const QString path = written(group);
+        QCOMPARE(ExpectedSheets::differences(path, book), QString());
+        QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
+    }
+
+    void missingSettingsFileLeavesTheLabelWhole()
+    {
+        QVERIFY(QFile::remove(QStringLiteral("config.ini")));
+        CConfig::resetInstance();
+        QXlsx::Document document(written(TestGroup::ofSize(1)));
+        QVERIFY(document.selectSheet(QStringLiteral("Method result")));
+        QCOMPARE(document.read(6, 1).toString(),
+                 QStringLiteral("Standard deviation difference offset"));
+    }
+
+    void identifierStaysText_data()
+    {
+        QTest::addColumn<QString>("id");
+        QTest::newRow("formula") << "=1+1";
+        QTest::newRow("address") << "http://example.org/a?b=c&d";
+        QTest::newRow("mail address") << "mailto:someone@example.org";
+        QTest::newRow("file") << "file:///x";
+        QTest::newRow("number") << "0012";
+        QTest::newRow("exponent") << "1e5";
+        QTest::newRow("date") << "2020-01-02";
+        QTest::newRow("truth") << "TRUE";
+        QTest::newRow("not a number") << "nan";
+        QTest::newRow("markup") << "<b>bold</b> & \"quoted\" ]]>";
+        QTest::newRow("blanks at the ends") << "  two  inside  ";
+        QTest::newRow("only blanks") << "   ";
+        QTest::newRow("tab and line feed") << "\ta\nb\t";
+        QTest::newRow("apostrophe") << "'text";
+        QTest::newRow("accents") << QString::fromUtf8("P\xC5\x99\xC3\xADklad \xE2\x82\xAC");
+        QTest::newRow("beyond the first plane") << QString::fromUtf8("\xF0\x9F\x98\x80 x");
+        QTest::newRow("label of a method") << "Median difference";
+        QTest::newRow("empty") << "";
+    }
+
+    void identifierStaysText()
+    {
+        QFETCH(QString, id);
+        TestGroup group = TestGroup::ofSize(2);
+        group.patients[0].id = id;
+        const Book book = expectedBook(group, clippedByThree);
+        const QString path = written(group);
+        QCOMPARE(ExpectedSheets::differences(path, book), QString());
+        QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
+    }
+
+    void unreadableCharactersAreReplaced_data()
+    {
+        QTest::addColumn<QString>("id");
+        QTest::addColumn<QString>("text");
+        const QString mark(QChar::ReplacementCharacter);
+        const QString a = QStringLiteral("a");
+        QTest::newRow("null") << QString(QChar(0)) + a << mark + a;
+        QTest::newRow("bell") << a + QChar(7) + a << a + mark + a;
+        QTest::newRow("escape") << QChar(27) + a << mark + a;
+        QTest::newRow("vertical tab") << a + QChar(11) << a + mark;
+        QTest::newRow("high half alone") << a + QChar(0xD83D) << a + mark;
+        QTest::newRow("low half alone") << QChar(0xDE00) + a << mark + a;
+        QTest::newRow("halves the wrong way round")
+            << QString(QChar(0xDE00)) + QChar(0xD83D) << mark + mark;
+        QTest::newRow("no character") << QString(QChar(0xFFFE)) + QChar(0xFFFF) << mark + mark;
+    }
+
+    void unreadableCharactersAreReplaced()
+    {
+        QFETCH(QString, id);
+        QFETCH(QString, text);
+        TestGroup group = TestGroup::ofSize(2);
+        group.patients[1].id = id;
+        const QString path = written(group);
+        group.patients[1].id = text;
+        const Book book = expectedBook(group, clippedByThree);
+        QCOMPARE(ExpectedSheets::differences(path, book), QString());
+        QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
+    }
+
+    void longIdentifierIsCut()
+    {
+        TestGroup group = TestGroup::ofSize(2);
+        group.patients[0].id = QString(32767, QLatin1Char('x'));
+        group.patients[1].id =
+            QString(32766, QLatin1Char('y')) + QString::fromUtf8("\xF0\x9F\x98\x80");
+        const QString path = written(group);
+        // The second would end in half a character.
+        group.patients[1].id =
+            QString(32766, QLatin1Char('y')) + QString(QChar::ReplacementCharacter);
+        QCOMPARE(ExpectedSheets::differences(path, expectedBook(group, clippedByThree)), QString());
+    }
+
+    void numbersKeepEveryDigit_data()
+    {
+        QTest::addColumn<double>("number");
+        QTest::newRow("third") << 1.0 / 3.0;
+        QTest::newRow("sum of tenths") << 0.1 + 0.2;
+        QTest::newRow("one and the least step") << 1.0 + std::numeric_limits<double>::epsilon();
+        QTest::newRow("largest") << std::numeric_limits<double>::max();
+        QTest::newRow("smallest normal") << std::numeric_limits<double>::min();
+        QTest::newRow("least of all") << std::numeric_limits<double>::denorm_min();
+        QTest::newRow("negative") << -2.0 / 3.0;
+        QTest::newRow("whole beyond fifteen digits") << 9007199254740993.0;
+        QTest::newRow("zero") << 0.0;
+        QTest::newRow("plain") << 48.7;
+    }
+
+    void numbersKeepEveryDigit()
+    {
+        QFETCH(double, number);
+        TestGroup group = TestGroup::ofSize(4);
+        // Between others, some short and some long.
+        group.patients[1].values = {5, number, 6, number};
+        group.patients[3].values = {number};
+        group.scores[2].variability[1] = number;
+        const QString path = written(group);
+        const Book book = expectedBook(group, clippedByThree);
+        QCOMPARE(ExpectedSheets::differences(path, book), QString());
+        QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
+    }
+
+    void numbersThatAreNotFiniteAreTexts()
+    {
+        TestGroup group = TestGroup::ofSize(4);
+        group.patients[0].values = {1, notANumber, infinity, -infinity, 2};
+        group.scores[1].convergence = {notANumber, infinity, -infinity};
+        group.scores[2].variability = {-infinity, -notANumber, infinity};
+        const QString path = written(group);
+        const Book book = expectedBook(group, clippedByThree);
+        QCOMPARE(book.at(0).cells.value({2, 3}).toString(), QStringLiteral("nan"));
+        QCOMPARE(book.at(0).cells.value({2, 4}).toString(), QStringLiteral("inf"));
+        QCOMPARE(book.at(0).cells.value({2, 5}).toString(), QStringLiteral("-inf"));
+        QCOMPARE(ExpectedSheets::differences(path, book), QString());
+        QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
+    }
+
+    void resultsThatAreNotANumberAreTexts()
+    {
+        // A negative value has no exponential fit, and four values leave no step behind an offset
+        // of 3.
+        const TestGroup group = TestGroup::ofValues({{50, -1, 40, 30, 20}, {50, 40, 30, 20}});
+        QXlsx::Document document(written(group));
+        QVERIFY(document.selectSheet(QStringLiteral("Method result")));
+        QCOMPARE(document.read(4, 2), QVariant(QStringLiteral("nan")));
+        QCOMPARE(document.read(6, 3), QVariant(QStringLiteral("nan")));
+        QCOMPARE(document.read(4, 3).type(), QVariant::Double);
+        QCOMPARE(document.read(6, 2).type(), QVariant::Double);
+    }
+
+    void patientWithoutValuesHasNoSeries()
+    {
+        TestGroup group = TestGroup::ofSize(4);
+        group.patients[1].values.clear();
+        const QString path = written(group);
+        Book book = expectedBook(group, clippedByThree);
+        book[2].series.removeAt(1);
+        QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
+    }
+
+    void chartHasOneSeriesAPatient_data()
+    {
+        QTest::addColumn<int>("patients");
+        QTest::addColumn<int>("series");
+        QTest::newRow("as many as a chart holds") << 255 << 255;
+        QTest::newRow("one more") << 256 << 255;
+        QTest::newRow("many") << 300 << 255;
+    }
+
+    void chartHasOneSeriesAPatient()
+    {
+        QFETCH(int, patients);
+        QFETCH(int, series);
+        const TestGroup group = TestGroup::ofSize(patients);
+        const QString path = written(group);
+        Book book = expectedBook(group, clippedByThree);
+        book[2].series = book.at(2).series.mid(0, series);
+        QCOMPARE(book.at(2).series.size(), series);
+        QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
+    }
+
+    void seriesEndsAtTheLastColumn()
+    {
+        constexpr int lastColumn = 16384;
+        const TestGroup group = TestGroup::ofValues({QVector<double>(17000, 5), {7, 8}});
+        const QString path = written(group);
+        Book book = expectedBook(group, clippedByThree);
+        for (int row : {1, 2}) {
+            for (int column = lastColumn + 1; column <= 17001; ++column) {
+                QCOMPARE(book[0].cells.remove({row, column}), 1);
+            }
+        }
+        book[2].series =
+            QStringList{QStringLiteral("Data!$B$2:$XFD$2"), QStringLiteral("Data!$B$3:$C$3")};
+        QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
+    }
+
+    void existingFileIsReplaced()
+    {
+        QFile file(QStringLiteral("old.xlsx"));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("what stood here before");
+        file.close();
+        const TestGroup group = TestGroup::ofSize(2);
+        QVERIFY(writeDataWorkbook(file.fileName(), group.patients, group.scores));
+        QCOMPARE(ExpectedSheets::differences(file.fileName(), expectedBook(group, clippedByThree)),
+                 QString());
+    }
+
+    void nameIsTakenAsItStands()
+    {
+        const TestGroup group = TestGroup::ofSize(1);
+        QVERIFY(writeDataWorkbook(QStringLiteral("no extension"), group.patients, group.scores));
+        QVERIFY(QFileInfo(QStringLiteral("no extension")).isFile());
+        QVERIFY(!QFileInfo::exists(QStringLiteral("no extension.xlsx")));
+    }
 
 private:
-    static QString written(const TestGroup &group);
+    static QString written(const TestGroup &group)
+    {
+        QString path = QStringLiteral("data.xlsx");
+        QFile::remove(path);
+        if (!writeDataWorkbook(path, group.patients, group.scores)) {
+            qFatal("the result is always true");
+        }
+        return path;
+    }
 
     QTemporaryDir m_folder;
 };
-
-void TestDataWorkbook::initTestCase()
-{
-    QVERIFY(QDir::setCurrent(m_folder.path()));
-}
-
-void TestDataWorkbook::init()
-{
-    useSkip(QStringLiteral("3"));
-}
-
-QString TestDataWorkbook::written(const TestGroup &group)
-{
-    QString path = QStringLiteral("data.xlsx");
-    QFile::remove(path);
-    if (!writeDataWorkbook(path, group.patients, group.scores)) {
-        qFatal("the result is always true");
-    }
-    return path;
-}
-
-void TestDataWorkbook::everyCellOfTheGroup_data()
-{
-    QTest::addColumn<int>("count");
-    for (const int count : {1, 2, 4, 40}) {
-        QTest::addRow("%d patients", count) << count;
-    }
-}
-
-void TestDataWorkbook::everyCellOfTheGroup()
-{
-    QFETCH(int, count);
-    const TestGroup group = TestGroup::ofSize(count);
-    const Book book = expectedBook(group, clippedByThree);
-    const QString path = written(group);
-    QCOMPARE(ExpectedSheets::differences(path, book), QString());
-    QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
-}
-
-void TestDataWorkbook::onePatientOfThreeValues()
-{
-    const TestGroup group = TestGroup::ofValues({{50.5, 48, 47}});
-    const QString path = written(group);
-    QXlsx::Document document(path);
-    QVERIFY(document.selectSheet(QStringLiteral("Data")));
-    QCOMPARE(document.read(1, 2).toDouble(), 1.0);
-    QCOMPARE(document.read(1, 3).toDouble(), 2.0);
-    QCOMPARE(document.read(1, 4).toDouble(), 3.0);
-    QCOMPARE(document.read(2, 1).toString(), QStringLiteral("A"));
-    QCOMPARE(document.read(2, 2).toDouble(), 50.5);
-    Book book = expectedBook(group, clippedByThree);
-    QCOMPARE(book.at(2).series, QStringList{QStringLiteral("Data!$B$2:$D$2")});
-    QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
-}
-
-void TestDataWorkbook::raggedRowsStopAtTheLastValue()
-{
-    const TestGroup group = TestGroup::ofValues({{5, 4, 3, 2, 1}, {7, 8}});
-    const QString path = written(group);
-    QXlsx::Document document(path);
-    QVERIFY(document.selectSheet(QStringLiteral("Data")));
-    QCOMPARE(document.read(1, 6).toDouble(), 5.0);
-    QVERIFY(!document.cellAt(1, 7));
-    QCOMPARE(document.read(3, 3).toDouble(), 8.0);
-    QVERIFY(!document.cellAt(3, 4));
-    Book book = expectedBook(group, clippedByThree);
-    QCOMPARE(book.at(2).series,
-             (QStringList{QStringLiteral("Data!$B$2:$F$2"), QStringLiteral("Data!$B$3:$C$3")}));
-    QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
-}
-
-void TestDataWorkbook::columnOfResultsIsRowOfData()
-{
-    const TestGroup group = TestGroup::ofSize(4);
-    QXlsx::Document document(written(group));
-    for (int k = 0; k < 4; ++k) {
-        QVERIFY(document.selectSheet(QStringLiteral("Data")));
-        const QString inData = document.read(k + 2, 1).toString();
-        QVERIFY(document.selectSheet(QStringLiteral("Method result")));
-        QCOMPARE(document.read(1, k + 2).toString(), inData);
-    }
-}
-
-void TestDataWorkbook::firstCornerStaysEmpty()
-{
-    QXlsx::Document document(written(TestGroup::ofSize(2)));
-    for (const char *name : {"Data", "Method result"}) {
-        QVERIFY(document.selectSheet(QLatin1String(name)));
-        QVERIFY(!document.cellAt(1, 1));
-    }
-}
-
-void TestDataWorkbook::linearMethodHasItsOwnWording()
-{
-    QXlsx::Document document(written(TestGroup::ofSize(1)));
-    QVERIFY(document.selectSheet(QStringLiteral("Method result")));
-    QCOMPARE(document.read(3, 1).toString(), QStringLiteral("Linear least squares"));
-}
-
-void TestDataWorkbook::skipShortensTheLabel_data()
-{
-    QTest::addColumn<QString>("skip");
-    QTest::addColumn<QString>("label");
-    QTest::newRow("0") << "0"
-                       << "Standard deviation difference offset";
-    QTest::newRow("1") << "1"
-                       << "tandard deviation difference offset";
-    QTest::newRow("2.9") << "2.9"
-                         << "andard deviation difference offset";
-    QTest::newRow("3") << "3"
-                       << "ndard deviation difference offset";
-    QTest::newRow("4") << "4"
-                       << "dard deviation difference offset";
-    QTest::newRow("9") << "9"
-                       << "deviation difference offset";
-    QTest::newRow("35") << "35"
-                        << "t";
-    QTest::newRow("36") << "36"
-                        << "";
-    QTest::newRow("37") << "37"
-                        << "";
-    QTest::newRow("40") << "40"
-                        << "";
-    QTest::newRow("5000000000") << "5000000000"
-                                << "";
-    QTest::newRow("-1") << "-1"
-                        << "";
-    QTest::newRow("no number") << "abc"
-                               << "Standard deviation difference offset";
-}
-
-void TestDataWorkbook::skipShortensTheLabel()
-{
-    QFETCH(QString, skip);
-    QFETCH(QString, label);
-    useSkip(skip);
-    const TestGroup group = TestGroup::ofSize(2);
-    const Book book = expectedBook(group, label);
-    const QString path = written(group);
-    QCOMPARE(ExpectedSheets::differences(path, book), QString());
-    QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
-}
-
-void TestDataWorkbook::missingSettingsFileLeavesTheLabelWhole()
-{
-    QVERIFY(QFile::remove(QStringLiteral("config.ini")));
-    CConfig::resetInstance();
-    QXlsx::Document document(written(TestGroup::ofSize(1)));
-    QVERIFY(document.selectSheet(QStringLiteral("Method result")));
-    QCOMPARE(document.read(6, 1).toString(),
-             QStringLiteral("Standard deviation difference offset"));
-}
-
-void TestDataWorkbook::identifierStaysText_data()
-{
-    QTest::addColumn<QString>("id");
-    QTest::newRow("formula") << "=1+1";
-    QTest::newRow("address") << "http://example.org/a?b=c&d";
-    QTest::newRow("mail address") << "mailto:someone@example.org";
-    QTest::newRow("file") << "file:///x";
-    QTest::newRow("number") << "0012";
-    QTest::newRow("exponent") << "1e5";
-    QTest::newRow("date") << "2020-01-02";
-    QTest::newRow("truth") << "TRUE";
-    QTest::newRow("not a number") << "nan";
-    QTest::newRow("markup") << "<b>bold</b> & \"quoted\" ]]>";
-    QTest::newRow("blanks at the ends") << "  two  inside  ";
-    QTest::newRow("only blanks") << "   ";
-    QTest::newRow("tab and line feed") << "\ta\nb\t";
-    QTest::newRow("apostrophe") << "'text";
-    QTest::newRow("accents") << QString::fromUtf8("P\xC5\x99\xC3\xADklad \xE2\x82\xAC");
-    QTest::newRow("beyond the first plane") << QString::fromUtf8("\xF0\x9F\x98\x80 x");
-    QTest::newRow("label of a method") << "Median difference";
-    QTest::newRow("empty") << "";
-}
-
-void TestDataWorkbook::identifierStaysText()
-{
-    QFETCH(QString, id);
-    TestGroup group = TestGroup::ofSize(2);
-    group.patients[0].id = id;
-    const Book book = expectedBook(group, clippedByThree);
-    const QString path = written(group);
-    QCOMPARE(ExpectedSheets::differences(path, book), QString());
-    QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
-}
-
-void TestDataWorkbook::unreadableCharactersAreReplaced_data()
-{
-    QTest::addColumn<QString>("id");
-    QTest::addColumn<QString>("text");
-    const QString mark(QChar::ReplacementCharacter);
-    const QString a = QStringLiteral("a");
-    QTest::newRow("null") << QString(QChar(0)) + a << mark + a;
-    QTest::newRow("bell") << a + QChar(7) + a << a + mark + a;
-    QTest::newRow("escape") << QChar(27) + a << mark + a;
-    QTest::newRow("vertical tab") << a + QChar(11) << a + mark;
-    QTest::newRow("high half alone") << a + QChar(0xD83D) << a + mark;
-    QTest::newRow("low half alone") << QChar(0xDE00) + a << mark + a;
-    QTest::newRow("halves the wrong way round")
-        << QString(QChar(0xDE00)) + QChar(0xD83D) << mark + mark;
-    QTest::newRow("no character") << QString(QChar(0xFFFE)) + QChar(0xFFFF) << mark + mark;
-}
-
-void TestDataWorkbook::unreadableCharactersAreReplaced()
-{
-    QFETCH(QString, id);
-    QFETCH(QString, text);
-    TestGroup group = TestGroup::ofSize(2);
-    group.patients[1].id = id;
-    const QString path = written(group);
-    group.patients[1].id = text;
-    const Book book = expectedBook(group, clippedByThree);
-    QCOMPARE(ExpectedSheets::differences(path, book), QString());
-    QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
-}
-
-void TestDataWorkbook::longIdentifierIsCut()
-{
-    TestGroup group = TestGroup::ofSize(2);
-    group.patients[0].id = QString(32767, QLatin1Char('x'));
-    group.patients[1].id = QString(32766, QLatin1Char('y')) + QString::fromUtf8("\xF0\x9F\x98\x80");
-    const QString path = written(group);
-    // The second would end in half a character.
-    group.patients[1].id = QString(32766, QLatin1Char('y')) + QString(QChar::ReplacementCharacter);
-    QCOMPARE(ExpectedSheets::differences(path, expectedBook(group, clippedByThree)), QString());
-}
-
-void TestDataWorkbook::numbersKeepEveryDigit_data()
-{
-    QTest::addColumn<double>("number");
-    QTest::newRow("third") << 1.0 / 3.0;
-    QTest::newRow("sum of tenths") << 0.1 + 0.2;
-    QTest::newRow("one and the least step") << 1.0 + std::numeric_limits<double>::epsilon();
-    QTest::newRow("largest") << std::numeric_limits<double>::max();
-    QTest::newRow("smallest normal") << std::numeric_limits<double>::min();
-    QTest::newRow("least of all") << std::numeric_limits<double>::denorm_min();
-    QTest::newRow("negative") << -2.0 / 3.0;
-    QTest::newRow("whole beyond fifteen digits") << 9007199254740993.0;
-    QTest::newRow("zero") << 0.0;
-    QTest::newRow("plain") << 48.7;
-}
-
-void TestDataWorkbook::numbersKeepEveryDigit()
-{
-    QFETCH(double, number);
-    TestGroup group = TestGroup::ofSize(4);
-    // Between others, some short and some long.
-    group.patients[1].values = {5, number, 6, number};
-    group.patients[3].values = {number};
-    group.scores[2].variability[1] = number;
-    const QString path = written(group);
-    const Book book = expectedBook(group, clippedByThree);
-    QCOMPARE(ExpectedSheets::differences(path, book), QString());
-    QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
-}
-
-void TestDataWorkbook::numbersThatAreNotFiniteAreTexts()
-{
-    TestGroup group = TestGroup::ofSize(4);
-    group.patients[0].values = {1, notANumber, infinity, -infinity, 2};
-    group.scores[1].convergence = {notANumber, infinity, -infinity};
-    group.scores[2].variability = {-infinity, -notANumber, infinity};
-    const QString path = written(group);
-    const Book book = expectedBook(group, clippedByThree);
-    QCOMPARE(book.at(0).cells.value({2, 3}).toString(), QStringLiteral("nan"));
-    QCOMPARE(book.at(0).cells.value({2, 4}).toString(), QStringLiteral("inf"));
-    QCOMPARE(book.at(0).cells.value({2, 5}).toString(), QStringLiteral("-inf"));
-    QCOMPARE(ExpectedSheets::differences(path, book), QString());
-    QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
-}
-
-void TestDataWorkbook::resultsThatAreNotANumberAreTexts()
-{
-    // A negative value has no exponential fit, and four values leave no step behind an offset of 3.
-    const TestGroup group = TestGroup::ofValues({{50, -1, 40, 30, 20}, {50, 40, 30, 20}});
-    QXlsx::Document document(written(group));
-    QVERIFY(document.selectSheet(QStringLiteral("Method result")));
-    QCOMPARE(document.read(4, 2), QVariant(QStringLiteral("nan")));
-    QCOMPARE(document.read(6, 3), QVariant(QStringLiteral("nan")));
-    QCOMPARE(document.read(4, 3).type(), QVariant::Double);
-    QCOMPARE(document.read(6, 2).type(), QVariant::Double);
-}
-
-void TestDataWorkbook::patientWithoutValuesHasNoSeries()
-{
-    TestGroup group = TestGroup::ofSize(4);
-    group.patients[1].values.clear();
-    const QString path = written(group);
-    Book book = expectedBook(group, clippedByThree);
-    book[2].series.removeAt(1);
-    QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
-}
-
-void TestDataWorkbook::chartHasOneSeriesAPatient_data()
-{
-    QTest::addColumn<int>("patients");
-    QTest::addColumn<int>("series");
-    QTest::newRow("as many as a chart holds") << 255 << 255;
-    QTest::newRow("one more") << 256 << 255;
-    QTest::newRow("many") << 300 << 255;
-}
-
-void TestDataWorkbook::chartHasOneSeriesAPatient()
-{
-    QFETCH(int, patients);
-    QFETCH(int, series);
-    const TestGroup group = TestGroup::ofSize(patients);
-    const QString path = written(group);
-    Book book = expectedBook(group, clippedByThree);
-    book[2].series = book.at(2).series.mid(0, series);
-    QCOMPARE(book.at(2).series.size(), series);
-    QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
-}
-
-void TestDataWorkbook::seriesEndsAtTheLastColumn()
-{
-    constexpr int lastColumn = 16384;
-    const TestGroup group = TestGroup::ofValues({QVector<double>(17000, 5), {7, 8}});
-    const QString path = written(group);
-    Book book = expectedBook(group, clippedByThree);
-    for (int row : {1, 2}) {
-        for (int column = lastColumn + 1; column <= 17001; ++column) {
-            QCOMPARE(book[0].cells.remove({row, column}), 1);
-        }
-    }
-    book[2].series =
-        QStringList{QStringLiteral("Data!$B$2:$XFD$2"), QStringLiteral("Data!$B$3:$C$3")};
-    QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
-}
-
-void TestDataWorkbook::existingFileIsReplaced()
-{
-    QFile file(QStringLiteral("old.xlsx"));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write("what stood here before");
-    file.close();
-    const TestGroup group = TestGroup::ofSize(2);
-    QVERIFY(writeDataWorkbook(file.fileName(), group.patients, group.scores));
-    QCOMPARE(ExpectedSheets::differences(file.fileName(), expectedBook(group, clippedByThree)),
-             QString());
-}
-
-void TestDataWorkbook::nameIsTakenAsItStands()
-{
-    const TestGroup group = TestGroup::ofSize(1);
-    QVERIFY(writeDataWorkbook(QStringLiteral("no extension"), group.patients, group.scores));
-    QVERIFY(QFileInfo(QStringLiteral("no extension")).isFile());
-    QVERIFY(!QFileInfo::exists(QStringLiteral("no extension.xlsx")));
-}
 
 QTEST_GUILESS_MAIN(TestDataWorkbook)
 #include "tst_dataworkbook.moc"

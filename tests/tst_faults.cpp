@@ -112,171 +112,160 @@ class TestFaults : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void settingsFileIsADirectory();
-    void settingsFileIsAPipe();
-    void settingsFileCannotBeRead();
-    void settingsFileOnAFullDisk();
-    void workingDirectoryIsGone();
-    void workbookIsDeletedBeforeItIsRead();
-    void workbookIsReplacedBeforeItIsRead();
-    void pipeOrDeviceAsWorkbook_data();
-    void pipeOrDeviceAsWorkbook();
-    void saveOnAFullDiskKeepsTheOldFile();
-};
-
-void TestFaults::settingsFileIsADirectory()
-{
-    MainWindowTester tester{QByteArray()};
-    QVERIFY(QDir(tester.folder.path()).mkdir(text("config.ini")));
-    startsWithDefaults(tester);
-    QVERIFY(QFileInfo(tester.path(text("config.ini"))).isDir());
-}
-
-void TestFaults::settingsFileIsAPipe()
-{
-    MainWindowTester tester{QByteArray()};
-    QCOMPARE(mkfifo(qPrintable(tester.path(text("config.ini"))), 0600), 0);
-    startsWithDefaults(tester);
-    QVERIFY(QFile::remove(tester.path(text("config.ini"))));
-}
-
-void TestFaults::settingsFileCannotBeRead()
-{
-    MainWindowTester tester("[Variable]\nSkip = 5\n");
-    const QString file = tester.path(text("config.ini"));
-    QVERIFY(QFile::setPermissions(file, QFile::Permissions()));
+    void settingsFileIsADirectory()
     {
-        const OrdinaryUser user;
-        if (user.failed) {
-            QSKIP("root cannot become an ordinary user here");
-        }
+        MainWindowTester tester{QByteArray()};
+        QVERIFY(QDir(tester.folder.path()).mkdir(text("config.ini")));
         startsWithDefaults(tester);
+        QVERIFY(QFileInfo(tester.path(text("config.ini"))).isDir());
     }
-    QVERIFY(QFile::setPermissions(file, QFile::ReadOwner | QFile::WriteOwner));
-    QCOMPARE(tester.readFile(text("config.ini")), QByteArray("[Variable]\nSkip = 5\n"));
-}
 
-void TestFaults::settingsFileOnAFullDisk()
-{
-    MainWindowTester tester{QByteArray()};
-    const FullDisk disk;
-    startsWithDefaults(tester);
-    QCOMPARE(QFileInfo(tester.path(text("config.ini"))).size(), qint64(0));
-}
-
-void TestFaults::workingDirectoryIsGone()
-{
-    MainWindowTester tester;
-    const QTemporaryDir elsewhere;
-    const QString workbook = elsewhere.filePath(text("one.xlsx"));
-    TestWorkbooks::save(workbook, {{text("a"), 50.0, 60.0, 55.0, 70.0}});
-    tester.start();
-    QVERIFY(tester.folder.remove());
-
-    expectOffset(tester, 0);
-    tester.trigger(text("Settings"));
-    QCOMPARE(tester.labelTexts().count(text("0")), 1);
-    tester.answers.expectFile(workbook);
-    tester.trigger(text("Open File"));
-    QCOMPARE(tester.patientsModel()->patients.size(), 1);
-    tester.answers.expectFile(elsewhere.filePath(text("out.xlsx")));
-    tester.trigger(text("Save file"));
-    QVERIFY(QFile::exists(elsewhere.filePath(text("out.xlsx"))));
-    QCOMPARE(tester.answers.unexpected(), QStringList());
-}
-
-void TestFaults::workbookIsDeletedBeforeItIsRead()
-{
-    MainWindowTester tester;
-    savePatients(tester, "first.xlsx", "first");
-    savePatients(tester, "second.xlsx", "second");
-    tester.start();
-    tester.open(text("first.xlsx"));
-    expectFileAnd(tester, text("second.xlsx"),
-                  [&tester] { QFile::remove(tester.path(text("second.xlsx"))); });
-    tester.answers.expectMessage();
-    tester.trigger(text("Open File"));
-    QCOMPARE(tester.answers.unexpected(), QStringList());
-    QCOMPARE(tester.answers.messages(),
-             QStringList(text("Open file|This file cannot be read. Nothing was opened.\n\n"
-                              "second.xlsx")));
-    QCOMPARE(tester.patientsModel()->patients.constFirst().id, text("first"));
-}
-
-void TestFaults::workbookIsReplacedBeforeItIsRead()
-{
-    MainWindowTester tester;
-    savePatients(tester, "first.xlsx", "first");
-    savePatients(tester, "second.xlsx", "second");
-    savePatients(tester, "third.xlsx", "third");
-    tester.start();
-    tester.open(text("first.xlsx"));
-    expectFileAnd(tester, text("second.xlsx"),
-                  [&tester] { tester.writeFile(text("second.xlsx"), "not a workbook"); });
-    tester.answers.expectMessage();
-    tester.trigger(text("Open File"));
-    QCOMPARE(tester.patientsModel()->patients.constFirst().id, text("first"));
-
-    expectFileAnd(tester, text("second.xlsx"), [&tester] {
-        QFile::remove(tester.path(text("second.xlsx")));
-        QFile::rename(tester.path(text("third.xlsx")), tester.path(text("second.xlsx")));
-    });
-    tester.trigger(text("Open File"));
-    QCOMPARE(tester.patientsModel()->patients.constFirst().id, text("third"));
-    QCOMPARE(tester.answers.unexpected(), QStringList());
-}
-
-void TestFaults::pipeOrDeviceAsWorkbook_data()
-{
-    QTest::addColumn<QString>("target");
-    QTest::newRow("pipe") << QString();
-    QTest::newRow("endless device") << text("/dev/zero");
-    QTest::newRow("empty device") << text("/dev/null");
-}
-
-void TestFaults::pipeOrDeviceAsWorkbook()
-{
-    QFETCH(QString, target);
-    MainWindowTester tester;
-    const QString chosen = tester.path(text("chosen.xlsx"));
-    if (target.isEmpty()) {
-        QCOMPARE(mkfifo(qPrintable(chosen), 0600), 0);
-    } else {
-        QVERIFY(QFile::link(target, chosen));
+    void settingsFileIsAPipe()
+    {
+        MainWindowTester tester{QByteArray()};
+        QCOMPARE(mkfifo(qPrintable(tester.path(text("config.ini"))), 0600), 0);
+        startsWithDefaults(tester);
+        QVERIFY(QFile::remove(tester.path(text("config.ini"))));
     }
-    savePatients(tester, "first.xlsx", "first");
-    tester.start();
-    tester.open(text("first.xlsx"));
-    tester.answers.expectFile(chosen);
-    tester.answers.expectMessage();
-    tester.trigger(text("Open File"));
-    QCOMPARE(tester.answers.messages(),
-             QStringList(text("Open file|This file cannot be read. Nothing was opened.\n\n"
-                              "chosen.xlsx")));
-    QCOMPARE(tester.patientsModel()->patients.constFirst().id, text("first"));
-}
 
-void TestFaults::saveOnAFullDiskKeepsTheOldFile()
-{
-    MainWindowTester tester;
-    savePatients(tester, "first.xlsx", "first");
-    tester.start();
-    tester.open(text("first.xlsx"));
-    const QByteArray old = tester.readFile(text("first.xlsx"));
-    const QStringList files = QDir(tester.folder.path()).entryList(QDir::Files | QDir::Hidden);
-    for (const char *command : {"Save file", "Save data analysis"}) {
+    void settingsFileCannotBeRead()
+    {
+        MainWindowTester tester("[Variable]\nSkip = 5\n");
+        const QString file = tester.path(text("config.ini"));
+        QVERIFY(QFile::setPermissions(file, QFile::Permissions()));
+        {
+            const OrdinaryUser user;
+            if (user.failed) {
+                QSKIP("root cannot become an ordinary user here");
+            }
+            startsWithDefaults(tester);
+        }
+        QVERIFY(QFile::setPermissions(file, QFile::ReadOwner | QFile::WriteOwner));
+        QCOMPARE(tester.readFile(text("config.ini")), QByteArray("[Variable]\nSkip = 5\n"));
+    }
+
+    void settingsFileOnAFullDisk()
+    {
+        MainWindowTester tester{QByteArray()};
         const FullDisk disk;
-        tester.answers.expectFile(tester.path(text("first.xlsx")));
-        // The dialog asks whether to replace the file.
-        tester.answers.expect<QMessageBox>(
-            [](QMessageBox &box) { box.button(QMessageBox::Yes)->click(); });
-        tester.trigger(text(command));
+        startsWithDefaults(tester);
+        QCOMPARE(QFileInfo(tester.path(text("config.ini"))).size(), qint64(0));
     }
-    QCOMPARE(tester.answers.unexpected(), QStringList());
-    QCOMPARE(tester.readFile(text("first.xlsx")), old);
-    QCOMPARE(QDir(tester.folder.path()).entryList(QDir::Files | QDir::Hidden), files);
-    QCOMPARE(tester.patientsModel()->patients.size(), 1);
-}
+
+    void workingDirectoryIsGone()
+    {
+        MainWindowTester tester;
+        const QTemporaryDir elsewhere;
+        const QString workbook = elsewhere.filePath(text("one.xlsx"));
+        TestWorkbooks::save(workbook, {{text("a"), 50.0, 60.0, 55.0, 70.0}});
+        tester.start();
+        QVERIFY(tester.folder.remove());
+
+        expectOffset(tester, 0);
+        tester.trigger(text("Settings"));
+        QCOMPARE(tester.labelTexts().count(text("0")), 1);
+        tester.answers.expectFile(workbook);
+        tester.trigger(text("Open File"));
+        QCOMPARE(tester.patientsModel()->patients.size(), 1);
+        tester.answers.expectFile(elsewhere.filePath(text("out.xlsx")));
+        tester.trigger(text("Save file"));
+        QVERIFY(QFile::exists(elsewhere.filePath(text("out.xlsx"))));
+        QCOMPARE(tester.answers.unexpected(), QStringList());
+    }
+
+    void workbookIsDeletedBeforeItIsRead()
+    {
+        MainWindowTester tester;
+        savePatients(tester, "first.xlsx", "first");
+        savePatients(tester, "second.xlsx", "second");
+        tester.start();
+        tester.open(text("first.xlsx"));
+        expectFileAnd(tester, text("second.xlsx"),
+                      [&tester] { QFile::remove(tester.path(text("second.xlsx"))); });
+        tester.answers.expectMessage();
+        tester.trigger(text("Open File"));
+        QCOMPARE(tester.answers.unexpected(), QStringList());
+        QCOMPARE(tester.answers.messages(),
+                 QStringList(text("Open file|This file cannot be read. Nothing was opened.\n\n"
+                                  "second.xlsx")));
+        QCOMPARE(tester.patientsModel()->patients.constFirst().id, text("first"));
+    }
+
+    void workbookIsReplacedBeforeItIsRead()
+    {
+        MainWindowTester tester;
+        savePatients(tester, "first.xlsx", "first");
+        savePatients(tester, "second.xlsx", "second");
+        savePatients(tester, "third.xlsx", "third");
+        tester.start();
+        tester.open(text("first.xlsx"));
+        expectFileAnd(tester, text("second.xlsx"),
+                      [&tester] { tester.writeFile(text("second.xlsx"), "not a workbook"); });
+        tester.answers.expectMessage();
+        tester.trigger(text("Open File"));
+        QCOMPARE(tester.patientsModel()->patients.constFirst().id, text("first"));
+
+        expectFileAnd(tester, text("second.xlsx"), [&tester] {
+            QFile::remove(tester.path(text("second.xlsx")));
+            QFile::rename(tester.path(text("third.xlsx")), tester.path(text("second.xlsx")));
+        });
+        tester.trigger(text("Open File"));
+        QCOMPARE(tester.patientsModel()->patients.constFirst().id, text("third"));
+        QCOMPARE(tester.answers.unexpected(), QStringList());
+    }
+
+    void pipeOrDeviceAsWorkbook_data()
+    {
+        QTest::addColumn<QString>("target");
+        QTest::newRow("pipe") << QString();
+        QTest::newRow("endless device") << text("/dev/zero");
+        QTest::newRow("empty device") << text("/dev/null");
+    }
+
+    void pipeOrDeviceAsWorkbook()
+    {
+        QFETCH(QString, target);
+        MainWindowTester tester;
+        const QString chosen = tester.path(text("chosen.xlsx"));
+        if (target.isEmpty()) {
+            QCOMPARE(mkfifo(qPrintable(chosen), 0600), 0);
+        } else {
+            QVERIFY(QFile::link(target, chosen));
+        }
+        savePatients(tester, "first.xlsx", "first");
+        tester.start();
+        tester.open(text("first.xlsx"));
+        tester.answers.expectFile(chosen);
+        tester.answers.expectMessage();
+        tester.trigger(text("Open File"));
+        QCOMPARE(tester.answers.messages(),
+                 QStringList(text("Open file|This file cannot be read. Nothing was opened.\n\n"
+                                  "chosen.xlsx")));
+        QCOMPARE(tester.patientsModel()->patients.constFirst().id, text("first"));
+    }
+
+    void saveOnAFullDiskKeepsTheOldFile()
+    {
+        MainWindowTester tester;
+        savePatients(tester, "first.xlsx", "first");
+        tester.start();
+        tester.open(text("first.xlsx"));
+        const QByteArray old = tester.readFile(text("first.xlsx"));
+        const QStringList files = QDir(tester.folder.path()).entryList(QDir::Files | QDir::Hidden);
+        for (const char *command : {"Save file", "Save data analysis"}) {
+            const FullDisk disk;
+            tester.answers.expectFile(tester.path(text("first.xlsx")));
+            // The dialog asks whether to replace the file.
+            tester.answers.expect<QMessageBox>(
+                [](QMessageBox &box) { box.button(QMessageBox::Yes)->click(); });
+            tester.trigger(text(command));
+        }
+        QCOMPARE(tester.answers.unexpected(), QStringList());
+        QCOMPARE(tester.readFile(text("first.xlsx")), old);
+        QCOMPARE(QDir(tester.folder.path()).entryList(QDir::Files | QDir::Hidden), files);
+        QCOMPARE(tester.patientsModel()->patients.size(), 1);
+    }
+};
 
 QTEST_MAIN(TestFaults)
 #include "tst_faults.moc"

@@ -229,430 +229,6 @@ QStringList attributeValues(const QDomElement &element)
 
 Q_DECLARE_METATYPE(std::function<void(QMenu &)>)
 
-class TestGraphCommands : public QObject
-{
-    Q_OBJECT
-
-private Q_SLOTS:
-    void selectedPatientsComeInTwoTabs();
-    void selectionKeepsTheOrderOfTheSelectionModel();
-    void graphsShowTheirPatientsAndTheCenterOfAll_data();
-    void graphsShowTheirPatientsAndTheCenterOfAll();
-    void graphWithoutSelectionIsRefused();
-    void cancelledNameKeepsTheSelection();
-    void emptyNameGivesTheDefaultName();
-    void blankNameIsKept();
-    void defaultNameCountsOpenSubWindowsOfBothForms();
-    void closedSubWindowIsGone();
-    void resetSelectionClearsIt();
-    void groupGraphShowsAllPatients();
-    void graphsArePlacedBySizeAndOrder();
-    void groupGraphNeedsAFile();
-    void menuShowsTheStoredMark();
-    void menuIsFreedWhenItCloses_data();
-    void menuIsFreedWhenItCloses();
-    void headingOfTheMenuOnlyClosesIt();
-    void marksAreStoredAndCleared();
-    void rightClickBesideTheRowsOpensNothing();
-    void newOpenClearsEveryMark();
-    void cancelledSettingsChangeNothing();
-    void acceptedSettingsFollowInTheTables();
-    void offsetChangesOneColumnAndItsCenters_data();
-    void offsetChangesOneColumnAndItsCenters();
-    void unchangedSettingsGiveTheSameNumbers();
-    void settingsWithoutAFileChangeOnlyTheLabels();
-    void settingsLeaveOpenGraphsAlone();
-    void marksSurviveTheSettings();
-    void subWindowsSurviveASecondOpenAndCloseWithTheFile();
-    void exportNeedsACurrentTabbedGraph();
-    void cancelledExportSaysNothing();
-    void exportWritesTheCurrentGraphAsOnePage();
-    void exportOfOddNamesIsWellFormed_data();
-    void exportOfOddNamesIsWellFormed();
-    void exportToNowhereStillSaysItSucceeded();
-    void exportPageDoublesTheMarginOfTheLowerGraph();
-    void exportLeavesTheScreenAsItWas();
-    void exportRepaintsBothGraphs();
-};
-
-void TestGraphCommands::selectedPatientsComeInTwoTabs()
-{
-    Tester tester;
-    tester.makeGraph({1, 3}, text("My graph"));
-    QCOMPARE(tester.answers.unexpected(), QStringList());
-    QCOMPARE(tester.subWindows().size(), 1);
-    const QMdiSubWindow *subWindow = tester.subWindows().first();
-    QCOMPARE(subWindow->windowTitle(), text("My graph"));
-    QCOMPARE(subWindow->minimumSize(), QSize(715, 415));
-    QVERIFY(subWindow->isVisible());
-    const auto *tabs = qobject_cast<QTabWidget *>(subWindow->widget());
-    QVERIFY(tabs);
-    QCOMPARE(tabs->count(), 2);
-    QCOMPARE(tabs->tabText(0), text("Glymark value graph"));
-    QCOMPARE(tabs->tabText(1), text("Patient result graph"));
-    const auto *graph = qobject_cast<GraphSubWindow *>(tabs->widget(0));
-    QVERIFY(graph);
-    QCOMPARE(graph->windowTitle(), text("My graph"));
-    QVERIFY(qobject_cast<ResultSubWindow *>(tabs->widget(1)));
-
-    // The selection is used up.
-    QCOMPARE(tester.selectedRows(), 0);
-    tester.answers.expectMessage();
-    tester.press("Show graph");
-    QCOMPARE(tester.answers.messages(),
-             QStringList(text("0 selected|Please select rows from table above to display as "
-                              "graph")));
-}
-
-void TestGraphCommands::selectionKeepsTheOrderOfTheSelectionModel()
-{
-    Tester tester;
-    tester.select({4, 0, 2});
-    QStringList expected;
-    for (const QModelIndex &row : tester.patientTable()->selectionModel()->selectedRows(0)) {
-        expected << row.data().toString();
-    }
-    tester.expectName();
-    tester.press("Show graph");
-    tester.answers.expectFile(tester.path(text("order.svg")));
-    tester.answers.expectMessage();
-    tester.trigger(text("Export graph"));
-    QDomDocument page;
-    QVERIFY(page.setContent(tester.readFile(text("order.svg"))));
-    QStringList legend;
-    const QDomNodeList shown = page.elementsByTagName(text("text"));
-    for (int i = 0; i < shown.size(); ++i) {
-        const QString label = shown.at(i).toElement().text().trimmed();
-        if (expected.contains(label)) {
-            legend << label;
-        }
-    }
-    // Once beside the dots, once in the legend.
-    QCOMPARE(legend, expected + expected);
-}
-
-void TestGraphCommands::graphsShowTheirPatientsAndTheCenterOfAll_data()
-{
-    QTest::addColumn<bool>("median");
-    QTest::addColumn<QVector<int>>("rows");
-
-    for (const bool median : {true, false}) {
-        const auto row = [median](const char *patients) -> QTestData & {
-            return QTest::addRow("%s, %s", patients, median ? "median" : "average") << median;
-        };
-        row("one patient") << QVector<int>{3};
-        row("three patients") << QVector<int>{1, 2, 4};
-        row("the group") << QVector<int>();
-    }
-}
-
-void TestGraphCommands::graphsShowTheirPatientsAndTheCenterOfAll()
-{
-    QFETCH(bool, median);
-    QFETCH(QVector<int>, rows);
-    constexpr int convergence = 1;
-    constexpr int variability = 2;
-    Tester tester(configOf(convergence, variability, median));
-    QVector<double> xs;
-    QVector<double> ys;
-    for (const PatientScoreRecord &score : tester.patientsModel()->scores) {
-        xs << score.convergence.at(convergence);
-        ys << score.variability.at(variability);
-    }
-    const double centerX = centerOfFive(xs, median);
-    const double centerY = centerOfFive(ys, median);
-    // The two centers are told apart, and the one patient is on neither.
-    QVERIFY(centerOfFive(xs, !median) != centerX);
-    QVERIFY(centerOfFive(ys, !median) != centerY);
-    QVERIFY(xs.at(3) != centerX);
-    QVERIFY(ys.at(3) != centerY);
-
-    if (rows.isEmpty()) {
-        tester.trigger(text("Groups graph"));
-        const auto *plot = qobject_cast<ResultSubWindow *>(tester.subWindows().first()->widget());
-        QVERIFY(plot);
-        const ResultSubWindow expected(tester.patientsModel()->scores, variability, convergence,
-                                       centerY, centerX);
-        QCOMPARE(drawingOf(*plot), drawingOf(expected));
-        return;
-    }
-    tester.select(rows);
-    QVector<PatientRecord> patients;
-    QVector<PatientScoreRecord> scores;
-    for (const QModelIndex &row : tester.patientTable()->selectionModel()->selectedRows(0)) {
-        patients << tester.patientsModel()->patients.at(row.row());
-        scores << tester.patientsModel()->scores.at(row.row());
-    }
-    QCOMPARE(patients.size(), rows.size());
-    tester.expectName();
-    tester.press("Show graph");
-    const auto *tabs = qobject_cast<QTabWidget *>(tester.subWindows().first()->widget());
-    QVERIFY(tabs);
-    const auto *graph = qobject_cast<GraphSubWindow *>(tabs->widget(0));
-    const auto *plot = qobject_cast<ResultSubWindow *>(tabs->widget(1));
-    QVERIFY(graph && plot);
-    QCOMPARE(drawingOf(*graph), drawingOf(GraphSubWindow(QString(), patients)));
-    QCOMPARE(drawingOf(*plot),
-             drawingOf(ResultSubWindow(scores, variability, convergence, centerY, centerX)));
-}
-
-void TestGraphCommands::graphWithoutSelectionIsRefused()
-{
-    Tester tester;
-    tester.answers.expectMessage();
-    tester.press("Show graph");
-    QCOMPARE(tester.answers.messages().size(), 1);
-    QCOMPARE(tester.answers.unexpected(), QStringList());
-    QCOMPARE(tester.subWindows().size(), 0);
-}
-
-void TestGraphCommands::cancelledNameKeepsTheSelection()
-{
-    Tester tester;
-    tester.select({0, 2});
-    tester.answers.expect<QInputDialog>([](QInputDialog &dialog) {
-        QCOMPARE(dialog.windowTitle(), text("Graph name"));
-        QCOMPARE(dialog.labelText(), text("Name"));
-        QCOMPARE(dialog.textValue(), text("Graph 1"));
-        QCOMPARE(dialog.textEchoMode(), QLineEdit::Normal);
-        dialog.reject();
-    });
-    tester.press("Show graph");
-    QCOMPARE(tester.answers.unexpected(), QStringList());
-    QCOMPARE(tester.subWindows().size(), 0);
-    QCOMPARE(tester.selectedRows(), 2);
-}
-
-void TestGraphCommands::emptyNameGivesTheDefaultName()
-{
-    Tester tester;
-    tester.makeGraph({0}, text(""));
-    QCOMPARE(tester.subWindows().first()->windowTitle(), text("Graph 1"));
-}
-
-void TestGraphCommands::blankNameIsKept()
-{
-    Tester tester;
-    tester.makeGraph({0}, text("  "));
-    QCOMPARE(tester.subWindows().first()->windowTitle(), text("  "));
-}
-
-void TestGraphCommands::defaultNameCountsOpenSubWindowsOfBothForms()
-{
-    Tester tester;
-    tester.makeGraph({0});
-    tester.trigger(text("Groups graph"));
-    tester.makeGraph({1});
-    tester.makeGraph({2});
-    tester.subWindows().first()->close();
-    tester.makeGraph({3});
-    QCOMPARE(tester.offeredNames,
-             QStringList({text("Graph 1"), text("Graph 3"), text("Graph 4"), text("Graph 4")}));
-}
-
-void TestGraphCommands::closedSubWindowIsGone()
-{
-    Tester tester;
-    tester.makeGraph({0});
-    const QPointer<QMdiSubWindow> subWindow = tester.subWindows().first();
-    const QPointer<QWidget> graph = qobject_cast<QTabWidget *>(subWindow->widget())->widget(0);
-    subWindow->close();
-    QCOMPARE(tester.subWindows().size(), 0);
-    QVERIFY(tester.area()->currentSubWindow() == nullptr);
-    QTRY_VERIFY(subWindow.isNull());
-    QVERIFY(graph.isNull());
-}
-
-void TestGraphCommands::resetSelectionClearsIt()
-{
-    Tester tester;
-    tester.select({0, 1, 2});
-    tester.press("Reset selection");
-    QCOMPARE(tester.selectedRows(), 0);
-}
-
-void TestGraphCommands::groupGraphShowsAllPatients()
-{
-    Tester tester;
-    tester.select({1});
-    tester.trigger(text("Groups graph"));
-    QCOMPARE(tester.answers.unexpected(), QStringList());
-    const QMdiSubWindow *subWindow = tester.subWindows().first();
-    QVERIFY(qobject_cast<ResultSubWindow *>(subWindow->widget()));
-    QCOMPARE(subWindow->minimumSize(), QSize(700, 400));
-    QCOMPARE(subWindow->windowTitle(), QString());
-    QCOMPARE(tester.selectedRows(), 1);
-}
-
-void TestGraphCommands::graphsArePlacedBySizeAndOrder()
-{
-    Tester tester;
-    tester.window->resize(900, 600);
-    QCoreApplication::processEvents();
-    QCOMPARE(tester.window->size(), QSize(900, 600));
-    QMdiArea area;
-    area.resize(tester.area()->size());
-    area.show();
-    QCoreApplication::processEvents();
-    QCOMPARE(area.viewport()->size(), tester.area()->viewport()->size());
-
-    // A group graph has its size before the area places it, a tabbed one only afterwards.
-    for (int i = 0; i < 2; ++i) {
-        tester.trigger(text("Groups graph"));
-        auto *subWindow = new QMdiSubWindow;
-        subWindow->setMinimumSize(700, 400);
-        area.addSubWindow(subWindow);
-        subWindow->setWidget(new QWidget);
-        subWindow->show();
-    }
-    for (int i = 0; i < 2; ++i) {
-        tester.makeGraph({0, 1});
-        auto *subWindow = new QMdiSubWindow;
-        auto *tabs = new QTabWidget;
-        tabs->addTab(new GraphSubWindow(QString(), {}), text("Glymark value graph"));
-        tabs->addTab(new QWidget, text("Patient result graph"));
-        area.addSubWindow(subWindow);
-        subWindow->setMinimumSize(715, 415);
-        subWindow->setWidget(tabs);
-        subWindow->show();
-    }
-    QCoreApplication::processEvents();
-    const auto places = [](const QMdiArea &shown) {
-        QVector<QRect> all;
-        for (const QMdiSubWindow *subWindow : shown.subWindowList()) {
-            all << subWindow->geometry();
-        }
-        return all;
-    };
-    QCOMPARE(places(*tester.area()).size(), 4);
-    QCOMPARE(places(*tester.area()), places(area));
-}
-
-void TestGraphCommands::groupGraphNeedsAFile()
-{
-    Tester tester;
-    tester.trigger(text("Close file"));
-    tester.answers.expectMessage();
-    tester.trigger(text("Groups graph"));
-    QCOMPARE(tester.answers.messages(), QStringList(text("No data|No data to visualize")));
-    QVERIFY(!tester.button(text("Show graph"))->isEnabled());
-}
-
-void TestGraphCommands::menuShowsTheStoredMark()
-{
-    Tester tester;
-    QStringList expected = {text("Select ideal kvadrant"),
-                            text("-"),
-                            text("Kvadrant 1 (W/W)"),
-                            text("Kvadrant 2 (B/W)"),
-                            text("Kvadrant 3 (B/B)"),
-                            text("Kvadrant 4 (W/B)"),
-                            text("-"),
-                            text("*No ideal")};
-    QMenu *menu = tester.openMenu(1);
-    QVERIFY(menu);
-    QCOMPARE(Tester::lines(*menu), expected);
-    for (const QAction *action : Tester::entriesOf(*menu)) {
-        QVERIFY(action->isEnabled());
-        QVERIFY(action->actionGroup() == nullptr);
-    }
-    menu->close();
-
-    tester.mark(1, 2);
-    expected[3] = text("*Kvadrant 2 (B/W)");
-    expected[7] = text("No ideal");
-    menu = tester.openMenu(1);
-    QCOMPARE(Tester::lines(*menu), expected);
-    menu->close();
-}
-
-void TestGraphCommands::menuIsFreedWhenItCloses_data()
-{
-    using Gesture = std::function<void(QMenu &)>;
-    QTest::addColumn<Gesture>("gesture");
-    QTest::newRow("entry chosen") << Gesture([](QMenu &menu) {
-        QTest::mouseClick(&menu, Qt::LeftButton, Qt::NoModifier,
-                          menu.actionGeometry(Tester::entriesOf(menu).at(2)).center());
-    });
-    QTest::newRow("Escape") << Gesture([](QMenu &menu) { QTest::keyClick(&menu, Qt::Key_Escape); });
-    QTest::newRow("closed") << Gesture([](QMenu &menu) { menu.close(); });
-}
-
-void TestGraphCommands::menuIsFreedWhenItCloses()
-{
-    QFETCH(std::function<void(QMenu &)>, gesture);
-    Tester tester;
-    const QPointer<QMenu> menu = tester.openMenu(0);
-    const QPointer<QAction> entry = Tester::entriesOf(*menu).at(2);
-    gesture(*menu);
-    QTRY_VERIFY(menu.isNull());
-    QVERIFY(entry.isNull());
-}
-
-void TestGraphCommands::headingOfTheMenuOnlyClosesIt()
-{
-    Tester tester;
-    tester.mark(0, 3);
-    tester.mark(0, 0);
-    QVERIFY(QApplication::activePopupWidget() == nullptr);
-    QCOMPARE(tester.marks(), QVector<int>({3, -1, -1, -1, -1}));
-}
-
-void TestGraphCommands::marksAreStoredAndCleared()
-{
-    Tester tester;
-    const QStringList table = MainWindowTester::tableTexts(*tester.patientTable());
-    for (int row = 0; row < 4; ++row) {
-        tester.mark(row, row + 1);
-    }
-    QCOMPARE(tester.marks(), QVector<int>({1, 2, 3, 4, -1}));
-    tester.mark(2, 5);
-    QCOMPARE(tester.marks(), QVector<int>({1, 2, -1, 4, -1}));
-    QCOMPARE(MainWindowTester::tableTexts(*tester.patientTable()), table);
-}
-
-void TestGraphCommands::rightClickBesideTheRowsOpensNothing()
-{
-    Tester tester;
-    tester.window->resize(900, 900);
-    QCoreApplication::processEvents();
-    const QPoint below(5, tester.patientTable()->viewport()->height() - 2);
-    QCOMPARE(tester.patientTable()->indexAt(below).row(), -1);
-    Q_EMIT tester.patientTable()->customContextMenuRequested(below);
-    QVERIFY(QApplication::activePopupWidget() == nullptr);
-}
-
-void TestGraphCommands::newOpenClearsEveryMark()
-{
-    Tester tester;
-    tester.mark(0, 1);
-    tester.open(text("five.xlsx"));
-    QCOMPARE(tester.marks(), QVector<int>(5, -1));
-}
-
-void TestGraphCommands::cancelledSettingsChangeNothing()
-{
-    Tester tester;
-    const QStringList labels = tester.labelTexts();
-    const QStringList scores = MainWindowTester::tableTexts(*tester.scoreTable());
-    for (const bool byWindow : {false, true}) {
-        tester.answers.expect<SettingsDialog>([byWindow](SettingsDialog &dialog) {
-            dialog.findChild<QSpinBox *>()->setValue(0);
-            dialog.findChildren<QComboBox *>().first()->setCurrentIndex(2);
-            if (byWindow) {
-                dialog.close();
-            } else {
-                dialog.reject();
-            }
-        });
-        tester.trigger(text("Settings"));
-    }
-    QCOMPARE(tester.answers.unexpected(), QStringList());
-    QCOMPARE(tester.readFile(text("config.ini")), MainWindowTester::defaultConfig);
-    QCOMPARE(tester.labelTexts(), labels);
-    QCOMPARE(MainWindowTester::tableTexts(*tester.scoreTable()), scores);
-}
-
 namespace
 {
 
@@ -673,333 +249,723 @@ void expectSettings(Tester &tester, int convergence, int variance, bool median, 
 
 } // namespace
 
-void TestGraphCommands::acceptedSettingsFollowInTheTables()
+class TestGraphCommands : public QObject
 {
-    Tester tester;
-    expectSettings(tester, 1, 2, false, 3);
-    tester.trigger(text("Settings"));
-    QCOMPARE(tester.answers.unexpected(), QStringList());
-    const QStringList labels = tester.labelTexts();
-    for (const char *value : {"Linear least squares", "Interquartile range", "Average", "3"}) {
-        QCOMPARE(labels.count(text(value)), 1);
-    }
-    QCOMPARE(tester.readFile(text("config.ini")),
-             QByteArray("[Method]\nConvergence = 1\nVariance = 2\n\n\n[Result]\nMedian = 0\n\n\n"
-                        "[Variable]\nSkip = 3\n\n\n[Info]\nShow = 1\n"));
-    // Each mark by the average of its column.
-    QStringList expected;
-    const auto &scores = tester.patientsModel()->scores;
-    double x = 0;
-    double y = 0;
-    for (const PatientScoreRecord &score : scores) {
-        x += score.convergence.at(1);
-        y += score.variability.at(2);
-    }
-    for (const PatientScoreRecord &score : scores) {
-        expected << score.id + text(score.convergence.at(1) < x / 5 ? " B/" : " W/")
-                + text(score.variability.at(2) < y / 5 ? "B" : "W");
-    }
-    QCOMPARE(MainWindowTester::tableTexts(*tester.patientTable()), expected);
-}
+    Q_OBJECT
 
-void TestGraphCommands::offsetChangesOneColumnAndItsCenters_data()
-{
-    QTest::addColumn<bool>("median");
-    QTest::newRow("median") << true;
-    QTest::newRow("average") << false;
-}
+private Q_SLOTS:
+    void selectedPatientsComeInTwoTabs()
+    {
+        Tester tester;
+        tester.makeGraph({1, 3}, text("My graph"));
+        QCOMPARE(tester.answers.unexpected(), QStringList());
+        QCOMPARE(tester.subWindows().size(), 1);
+        const QMdiSubWindow *subWindow = tester.subWindows().first();
+        QCOMPARE(subWindow->windowTitle(), text("My graph"));
+        QCOMPARE(subWindow->minimumSize(), QSize(715, 415));
+        QVERIFY(subWindow->isVisible());
+        const auto *tabs = qobject_cast<QTabWidget *>(subWindow->widget());
+        QVERIFY(tabs);
+        QCOMPARE(tabs->count(), 2);
+        QCOMPARE(tabs->tabText(0), text("Glymark value graph"));
+        QCOMPARE(tabs->tabText(1), text("Patient result graph"));
+        const auto *graph = qobject_cast<GraphSubWindow *>(tabs->widget(0));
+        QVERIFY(graph);
+        QCOMPARE(graph->windowTitle(), text("My graph"));
+        QVERIFY(qobject_cast<ResultSubWindow *>(tabs->widget(1)));
 
-void TestGraphCommands::offsetChangesOneColumnAndItsCenters()
-{
-    QFETCH(bool, median);
-    Tester tester(configOf(0, 1, median));
-    const auto color = [&tester](int row, int column) {
-        return tester.scoreModel()
-            ->index(row, column)
-            .data(Qt::BackgroundRole)
-            .value<QColor>()
-            .name();
-    };
-    const auto otherColors = [&color] {
-        QStringList colors;
-        for (const int row : {0, 1, 2, 3, 5}) {
-            for (int column = 0; column < 5; ++column) {
-                colors << color(row, column);
+        // The selection is used up.
+        QCOMPARE(tester.selectedRows(), 0);
+        tester.answers.expectMessage();
+        tester.press("Show graph");
+        QCOMPARE(tester.answers.messages(),
+                 QStringList(text("0 selected|Please select rows from table above to display as "
+                                  "graph")));
+    }
+
+    void selectionKeepsTheOrderOfTheSelectionModel()
+    {
+        Tester tester;
+        tester.select({4, 0, 2});
+        QStringList expected;
+        for (const QModelIndex &row : tester.patientTable()->selectionModel()->selectedRows(0)) {
+            expected << row.data().toString();
+        }
+        tester.expectName();
+        tester.press("Show graph");
+        tester.answers.expectFile(tester.path(text("order.svg")));
+        tester.answers.expectMessage();
+        tester.trigger(text("Export graph"));
+        QDomDocument page;
+        QVERIFY(page.setContent(tester.readFile(text("order.svg"))));
+        QStringList legend;
+        const QDomNodeList shown = page.elementsByTagName(text("text"));
+        for (int i = 0; i < shown.size(); ++i) {
+            const QString label = shown.at(i).toElement().text().trimmed();
+            if (expected.contains(label)) {
+                legend << label;
             }
         }
-        return colors;
-    };
-    const QStringList colorsBefore = otherColors();
-    const QVector<PatientScoreRecord> before = tester.patientsModel()->scores;
-    const QVector<PatientRecord> patients = tester.patientsModel()->patients;
-    expectSettings(tester, 0, 1, median, 0);
-    tester.trigger(text("Settings"));
-    const QVector<PatientScoreRecord> after = tester.patientsModel()->scores;
-    QVector<double> column;
-    for (int i = 0; i < before.size(); ++i) {
-        QCOMPARE(after.at(i).id, before.at(i).id);
-        QCOMPARE(bits(after.at(i).convergence), bits(before.at(i).convergence));
-        for (const int same : {0, 2}) {
-            QCOMPARE(bits({after.at(i).variability.at(same)}),
-                     bits({before.at(i).variability.at(same)}));
-        }
-        QVERIFY(after.at(i).variability.at(1) != before.at(i).variability.at(1));
-        // Population deviation of all steps.
-        const QVector<double> &values = patients.at(i).values;
-        const double count = values.size() - 1;
-        const double mean = (values.first() - values.last()) / count;
-        double squares = 0;
-        for (int step = 0; step < count; ++step) {
-            const double d = values.at(step) - values.at(step + 1) - mean;
-            squares += d * d;
-        }
-        QVERIFY(qAbs(after.at(i).variability.at(1) - std::sqrt(squares / count)) < 1e-12);
-        column << after.at(i).variability.at(1);
+        // Once beside the dots, once in the legend.
+        QCOMPARE(legend, expected + expected);
     }
-    QCOMPARE(otherColors(), colorsBefore);
-    // The colours of row 4 and the second letters follow the new center.
-    const double center = centerOfFive(column, median);
-    for (int i = 0; i < column.size(); ++i) {
-        const double value = column.at(i);
-        QCOMPARE(color(4, i),
-                 text(value < center       ? "#aad083"
-                          : value > center ? "#e79292"
-                                           : "#647b98"));
-        QCOMPARE(tester.patientsModel()->index(i, 1).data().toString().right(1),
-                 text(value < center ? "B" : "W"));
-    }
-}
 
-void TestGraphCommands::unchangedSettingsGiveTheSameNumbers()
-{
-    Tester tester;
-    tester.writeFile(text("config.ini"), "gone");
-    const QVector<PatientScoreRecord> before = tester.patientsModel()->scores;
-    const QStringList marks = MainWindowTester::tableTexts(*tester.patientTable());
-    expectSettings(tester, 0, 0, true, 3);
-    tester.trigger(text("Settings"));
-    for (int i = 0; i < before.size(); ++i) {
-        QCOMPARE(bits(tester.patientsModel()->scores.at(i).variability),
-                 bits(before.at(i).variability));
-    }
-    QCOMPARE(MainWindowTester::tableTexts(*tester.patientTable()), marks);
-    QCOMPARE(tester.readFile(text("config.ini")), MainWindowTester::defaultConfig);
-}
+    void graphsShowTheirPatientsAndTheCenterOfAll_data()
+    {
+        QTest::addColumn<bool>("median");
+        QTest::addColumn<QVector<int>>("rows");
 
-void TestGraphCommands::settingsWithoutAFileChangeOnlyTheLabels()
-{
-    Tester tester;
-    tester.trigger(text("Close file"));
-    expectSettings(tester, 2, 1, false, 12);
-    tester.trigger(text("Settings"));
-    QCOMPARE(tester.answers.unexpected(), QStringList());
-    const QStringList labels = tester.labelTexts();
-    for (const char *value :
-         {"C*e^(k*x)", "Difference standard deviation offset", "Average", "12"}) {
-        QCOMPARE(labels.count(text(value)), 1);
-    }
-    QVERIFY(tester.patientsModel() == nullptr);
-    QVERIFY(!tester.action(text("Close file"))->isEnabled());
-}
-
-void TestGraphCommands::settingsLeaveOpenGraphsAlone()
-{
-    Tester tester;
-    tester.trigger(text("Groups graph"));
-    QWidget *graph = tester.subWindows().first()->widget();
-    const QImage before = graph->grab().toImage();
-    expectSettings(tester, 1, 2, false, 0);
-    tester.trigger(text("Settings"));
-    QCOMPARE(graph->grab().toImage(), before);
-    // A graph made now uses the new settings.
-    tester.trigger(text("Groups graph"));
-    QWidget *second = tester.subWindows().last()->widget();
-    second->resize(graph->size());
-    QVERIFY(second->grab().toImage() != before);
-}
-
-void TestGraphCommands::marksSurviveTheSettings()
-{
-    Tester tester;
-    tester.mark(3, 4);
-    expectSettings(tester, 1, 1, true, 1);
-    tester.trigger(text("Settings"));
-    QCOMPARE(tester.marks(), QVector<int>({-1, -1, -1, 4, -1}));
-}
-
-void TestGraphCommands::subWindowsSurviveASecondOpenAndCloseWithTheFile()
-{
-    Tester tester;
-    tester.makeGraph({0, 1});
-    tester.trigger(text("Groups graph"));
-    QWidget *graph = tester.subWindows().first()->widget();
-    const QImage before = graph->grab().toImage();
-    TestWorkbooks::save(tester.path(text("one.xlsx")), {{text("x"), 40.0, 50.0}});
-    tester.open(text("one.xlsx"));
-    QCOMPARE(tester.subWindows().size(), 2);
-    QCOMPARE(graph->grab().toImage(), before);
-    tester.trigger(text("Close file"));
-    QCOMPARE(tester.subWindows().size(), 0);
-}
-
-void TestGraphCommands::exportNeedsACurrentTabbedGraph()
-{
-    Tester tester;
-    tester.answers.expectMessage();
-    tester.trigger(text("Export graph"));
-    tester.trigger(text("Groups graph"));
-    tester.answers.expectMessage();
-    tester.trigger(text("Export graph"));
-    const QString refusal = text("Svg export|No graphs selected for export");
-    QCOMPARE(tester.answers.messages(), QStringList({refusal, refusal}));
-    QCOMPARE(tester.answers.unexpected(), QStringList());
-}
-
-void TestGraphCommands::cancelledExportSaysNothing()
-{
-    Tester tester;
-    tester.makeGraph({0});
-    tester.answers.expect<QFileDialog>([](QFileDialog &dialog) {
-        QCOMPARE(dialog.windowTitle(), text("Save SVG"));
-        QCOMPARE(dialog.nameFilters(), QStringList(text("SVG files (*.svg)")));
-        dialog.reject();
-    });
-    tester.trigger(text("Export graph"));
-    QCOMPARE(tester.answers.unexpected(), QStringList());
-    QCOMPARE(tester.answers.messages(), QStringList());
-}
-
-void TestGraphCommands::exportWritesTheCurrentGraphAsOnePage()
-{
-    Tester tester;
-    tester.makeGraph({0}, text("first"));
-    tester.makeGraph({1, 2}, text("second"));
-    tester.makeGraph({3}, text("third"));
-    tester.area()->setActiveSubWindow(tester.subWindows().at(1));
-    tester.answers.expectFile(tester.path(text("page")));
-    tester.answers.expectMessage();
-    tester.trigger(text("Export graph"));
-    QCOMPARE(tester.answers.messages(),
-             QStringList(text("Graphs export|Graph successfully exported")));
-
-    // The name is taken as typed, without an extension.
-    QDomDocument page;
-    QVERIFY(page.setContent(tester.readFile(text("page"))));
-    const QDomElement root = page.documentElement();
-    QCOMPARE(root.firstChildElement(text("title")).text(), text("second"));
-    const ExportPage expected = ExportPage::a4();
-    const QRect box = expected.printable.toRect();
-    QCOMPARE(root.attribute(text("viewBox")),
-             text("%1 %2 %3 %4").arg(box.x()).arg(box.y()).arg(box.width()).arg(box.height()));
-    // Points at the 72 dots per inch of the generator, given in millimetres.
-    const double millimetres = root.attribute(text("width")).remove(text("mm")).toDouble();
-    QVERIFY(qAbs(millimetres - 210) < 1);
-    QVERIFY(qAbs(root.attribute(text("height")).remove(text("mm")).toDouble() - 297) < 1);
-
-    // Either graph has its half of the page: both count some of their texts from the lower edge.
-    const double height = expected.graph().height();
-    const QStringList plot = textsUnder(page, expected.resultPlot());
-    const QString method =
-        text("5 %1: Convergence: Median difference").arg(static_cast<int>(height - 2));
-    QVERIFY2(plot.contains(method), qPrintable(plot.join(text(", "))));
-    const QStringList graph = textsUnder(page, expected.patientGraph());
-    const QString one = text("57 %1: 1").arg(static_cast<int>(height - 120 + 21));
-    for (const QString &label : {text("10 25: mmol/mol"), one}) {
-        QVERIFY2(graph.contains(label), qPrintable(label + text(" in ") + graph.join(text(", "))));
-    }
-}
-
-void TestGraphCommands::exportOfOddNamesIsWellFormed_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::newRow("markup") << text("a<b>&\"c'</title>");
-    QTest::newRow("no latin") << QString::fromUtf8("Křivka č. 1 \xF0\x9F\x93\x88");
-    QTest::newRow("control characters")
-        << QString(QChar(1)) + text("x") + QChar(0x1b) + QChar(0xFFFF);
-    QTest::newRow("half a surrogate pair") << QString(QChar(0xD800)) + text("x");
-}
-
-void TestGraphCommands::exportOfOddNamesIsWellFormed()
-{
-    QFETCH(QString, name);
-    Tester tester;
-    tester.patientsModel()->patients[0].id = name;
-    tester.patientsModel()->scores[0].id = name;
-    tester.makeGraph({0, 1}, name);
-    tester.answers.expectFile(tester.path(text("odd.svg")));
-    tester.answers.expectMessage();
-    tester.trigger(text("Export graph"));
-    QXmlStreamReader reader(tester.readFile(text("odd.svg")));
-    QString title;
-    while (!reader.atEnd()) {
-        if (reader.readNext() == QXmlStreamReader::StartElement
-            && reader.name() == QLatin1String("title")) {
-            title = reader.readElementText();
+        for (const bool median : {true, false}) {
+            const auto row = [median](const char *patients) -> QTestData & {
+                return QTest::addRow("%s, %s", patients, median ? "median" : "average") << median;
+            };
+            row("one patient") << QVector<int>{3};
+            row("three patients") << QVector<int>{1, 2, 4};
+            row("the group") << QVector<int>();
         }
     }
-    QVERIFY2(!reader.hasError(), qPrintable(reader.errorString()));
-    QVERIFY(!title.isEmpty());
-}
 
-void TestGraphCommands::exportToNowhereStillSaysItSucceeded()
-{
-    Tester tester;
-    tester.makeGraph({0});
-    tester.answers.expectFile(tester.path(text("nowhere/page.svg")));
-    tester.answers.expectMessage();
-    tester.trigger(text("Export graph"));
-    QCOMPARE(tester.answers.unexpected(), QStringList());
-    QCOMPARE(tester.answers.messages(),
-             QStringList(text("Graphs export|Graph successfully exported")));
-    QVERIFY(!QFile::exists(tester.path(text("nowhere"))));
-}
+    void graphsShowTheirPatientsAndTheCenterOfAll()
+    {
+        QFETCH(bool, median);
+        QFETCH(QVector<int>, rows);
+        constexpr int convergence = 1;
+        constexpr int variability = 2;
+        Tester tester(configOf(convergence, variability, median));
+        QVector<double> xs;
+        QVector<double> ys;
+        for (const PatientScoreRecord &score : tester.patientsModel()->scores) {
+            xs << score.convergence.at(convergence);
+            ys << score.variability.at(variability);
+        }
+        const double centerX = centerOfFive(xs, median);
+        const double centerY = centerOfFive(ys, median);
+        // The two centers are told apart, and the one patient is on neither.
+        QVERIFY(centerOfFive(xs, !median) != centerX);
+        QVERIFY(centerOfFive(ys, !median) != centerY);
+        QVERIFY(xs.at(3) != centerX);
+        QVERIFY(ys.at(3) != centerY);
 
-void TestGraphCommands::exportPageDoublesTheMarginOfTheLowerGraph()
-{
-    const ExportPage page{QSize(600, 840), QRectF(10, 20, 580, 800)};
-    QCOMPARE(page.margin(), QPointF(10, 20));
-    QCOMPARE(page.graph(), QSizeF(580, 400));
-    QCOMPARE(page.resultPlot(), QPointF(10, 20));
-    QCOMPARE(page.patientGraph(), QPointF(20, 440));
-}
-
-void TestGraphCommands::exportLeavesTheScreenAsItWas()
-{
-    Tester tester;
-    tester.makeGraph({0, 1, 2});
-    auto *tabs = qobject_cast<QTabWidget *>(tester.subWindows().first()->widget());
-    const QImage before = tabs->widget(0)->grab().toImage();
-    const QImage plotBefore = tabs->widget(1)->grab().toImage();
-    tester.answers.expectFile(tester.path(text("page.svg")));
-    tester.answers.expectMessage();
-    tester.trigger(text("Export graph"));
-    QCOMPARE(tabs->widget(0)->grab().toImage(), before);
-    QCOMPARE(tabs->widget(1)->grab().toImage(), plotBefore);
-    const QByteArray file = tester.readFile(text("page.svg"));
-    QDomDocument page;
-    QVERIFY(page.setContent(file));
-    for (const QString &value : attributeValues(page.documentElement())) {
-        QVERIFY2(!value.contains(text("nan")) && !value.contains(text("inf")), qPrintable(value));
+        if (rows.isEmpty()) {
+            tester.trigger(text("Groups graph"));
+            const auto *plot =
+                qobject_cast<ResultSubWindow *>(tester.subWindows().first()->widget());
+            QVERIFY(plot);
+            const ResultSubWindow expected(tester.patientsModel()->scores, variability, convergence,
+                                           centerY, centerX);
+            QCOMPARE(drawingOf(*plot), drawingOf(expected));
+            return;
+        }
+        tester.select(rows);
+        QVector<PatientRecord> patients;
+        QVector<PatientScoreRecord> scores;
+        for (const QModelIndex &row : tester.patientTable()->selectionModel()->selectedRows(0)) {
+            patients << tester.patientsModel()->patients.at(row.row());
+            scores << tester.patientsModel()->scores.at(row.row());
+        }
+        QCOMPARE(patients.size(), rows.size());
+        tester.expectName();
+        tester.press("Show graph");
+        const auto *tabs = qobject_cast<QTabWidget *>(tester.subWindows().first()->widget());
+        QVERIFY(tabs);
+        const auto *graph = qobject_cast<GraphSubWindow *>(tabs->widget(0));
+        const auto *plot = qobject_cast<ResultSubWindow *>(tabs->widget(1));
+        QVERIFY(graph && plot);
+        QCOMPARE(drawingOf(*graph), drawingOf(GraphSubWindow(QString(), patients)));
+        QCOMPARE(drawingOf(*plot),
+                 drawingOf(ResultSubWindow(scores, variability, convergence, centerY, centerX)));
     }
-}
 
-void TestGraphCommands::exportRepaintsBothGraphs()
-{
-    Tester tester;
-    tester.makeGraph({0, 1, 2});
-    auto *tabs = qobject_cast<QTabWidget *>(tester.subWindows().first()->widget());
-    // Only the tab in front is ever painted.
-    for (int tab = 0; tab < tabs->count(); ++tab) {
-        tabs->setCurrentIndex(tab);
-        PaintCounter counter;
-        tabs->widget(tab)->installEventFilter(&counter);
-        QTRY_VERIFY(counter.count > 0);
+    void graphWithoutSelectionIsRefused()
+    {
+        Tester tester;
+        tester.answers.expectMessage();
+        tester.press("Show graph");
+        QCOMPARE(tester.answers.messages().size(), 1);
+        QCOMPARE(tester.answers.unexpected(), QStringList());
+        QCOMPARE(tester.subWindows().size(), 0);
+    }
+
+    void cancelledNameKeepsTheSelection()
+    {
+        Tester tester;
+        tester.select({0, 2});
+        tester.answers.expect<QInputDialog>([](QInputDialog &dialog) {
+            QCOMPARE(dialog.windowTitle(), text("Graph name"));
+            QCOMPARE(dialog.labelText(), text("Name"));
+            QCOMPARE(dialog.textValue(), text("Graph 1"));
+            QCOMPARE(dialog.textEchoMode(), QLineEdit::Normal);
+            dialog.reject();
+        });
+        tester.press("Show graph");
+        QCOMPARE(tester.answers.unexpected(), QStringList());
+        QCOMPARE(tester.subWindows().size(), 0);
+        QCOMPARE(tester.selectedRows(), 2);
+    }
+
+    void emptyNameGivesTheDefaultName()
+    {
+        Tester tester;
+        tester.makeGraph({0}, text(""));
+        QCOMPARE(tester.subWindows().first()->windowTitle(), text("Graph 1"));
+    }
+
+    void blankNameIsKept()
+    {
+        Tester tester;
+        tester.makeGraph({0}, text("  "));
+        QCOMPARE(tester.subWindows().first()->windowTitle(), text("  "));
+    }
+
+    void defaultNameCountsOpenSubWindowsOfBothForms()
+    {
+        Tester tester;
+        tester.makeGraph({0});
+        tester.trigger(text("Groups graph"));
+        tester.makeGraph({1});
+        tester.makeGraph({2});
+        tester.subWindows().first()->close();
+        tester.makeGraph({3});
+        QCOMPARE(tester.offeredNames,
+                 QStringList({text("Graph 1"), text("Graph 3"), text("Graph 4"), text("Graph 4")}));
+    }
+
+    void closedSubWindowIsGone()
+    {
+        Tester tester;
+        tester.makeGraph({0});
+        const QPointer<QMdiSubWindow> subWindow = tester.subWindows().first();
+        const QPointer<QWidget> graph = qobject_cast<QTabWidget *>(subWindow->widget())->widget(0);
+        subWindow->close();
+        QCOMPARE(tester.subWindows().size(), 0);
+        QVERIFY(tester.area()->currentSubWindow() == nullptr);
+        QTRY_VERIFY(subWindow.isNull());
+        QVERIFY(graph.isNull());
+    }
+
+    void resetSelectionClearsIt()
+    {
+        Tester tester;
+        tester.select({0, 1, 2});
+        tester.press("Reset selection");
+        QCOMPARE(tester.selectedRows(), 0);
+    }
+
+    void groupGraphShowsAllPatients()
+    {
+        Tester tester;
+        tester.select({1});
+        tester.trigger(text("Groups graph"));
+        QCOMPARE(tester.answers.unexpected(), QStringList());
+        const QMdiSubWindow *subWindow = tester.subWindows().first();
+        QVERIFY(qobject_cast<ResultSubWindow *>(subWindow->widget()));
+        QCOMPARE(subWindow->minimumSize(), QSize(700, 400));
+        QCOMPARE(subWindow->windowTitle(), QString());
+        QCOMPARE(tester.selectedRows(), 1);
+    }
+
+    void graphsArePlacedBySizeAndOrder()
+    {
+        Tester tester;
+        tester.window->resize(900, 600);
         QCoreApplication::processEvents();
-        counter.count = 0;
-        exportGraphs(*tabs, tester.path(text("page.svg")));
-        QTRY_COMPARE(counter.count, 1);
+        QCOMPARE(tester.window->size(), QSize(900, 600));
+        QMdiArea area;
+        area.resize(tester.area()->size());
+        area.show();
+        QCoreApplication::processEvents();
+        QCOMPARE(area.viewport()->size(), tester.area()->viewport()->size());
+
+        // A group graph has its size before the area places it, a tabbed one only afterwards.
+        for (int i = 0; i < 2; ++i) {
+            tester.trigger(text("Groups graph"));
+            auto *subWindow = new QMdiSubWindow;
+            subWindow->setMinimumSize(700, 400);
+            area.addSubWindow(subWindow);
+            subWindow->setWidget(new QWidget);
+            subWindow->show();
+        }
+        for (int i = 0; i < 2; ++i) {
+            tester.makeGraph({0, 1});
+            auto *subWindow = new QMdiSubWindow;
+            auto *tabs = new QTabWidget;
+            tabs->addTab(new GraphSubWindow(QString(), {}), text("Glymark value graph"));
+            tabs->addTab(new QWidget, text("Patient result graph"));
+            area.addSubWindow(subWindow);
+            subWindow->setMinimumSize(715, 415);
+            subWindow->setWidget(tabs);
+            subWindow->show();
+        }
+        QCoreApplication::processEvents();
+        const auto places = [](const QMdiArea &shown) {
+            QVector<QRect> all;
+            for (const QMdiSubWindow *subWindow : shown.subWindowList()) {
+                all << subWindow->geometry();
+            }
+            return all;
+        };
+        QCOMPARE(places(*tester.area()).size(), 4);
+        QCOMPARE(places(*tester.area()), places(area));
     }
-}
+
+    void groupGraphNeedsAFile()
+    {
+        Tester tester;
+        tester.trigger(text("Close file"));
+        tester.answers.expectMessage();
+        tester.trigger(text("Groups graph"));
+        QCOMPARE(tester.answers.messages(), QStringList(text("No data|No data to visualize")));
+        QVERIFY(!tester.button(text("Show graph"))->isEnabled());
+    }
+
+    void menuShowsTheStoredMark()
+    {
+        Tester tester;
+        QStringList expected = {text("Select ideal kvadrant"),
+                                text("-"),
+                                text("Kvadrant 1 (W/W)"),
+                                text("Kvadrant 2 (B/W)"),
+                                text("Kvadrant 3 (B/B)"),
+                                text("Kvadrant 4 (W/B)"),
+                                text("-"),
+                                text("*No ideal")};
+        QMenu *menu = tester.openMenu(1);
+        QVERIFY(menu);
+        QCOMPARE(Tester::lines(*menu), expected);
+        for (const QAction *action : Tester::entriesOf(*menu)) {
+            QVERIFY(action->isEnabled());
+            QVERIFY(action->actionGroup() == nullptr);
+        }
+        menu->close();
+
+        tester.mark(1, 2);
+        expected[3] = text("*Kvadrant 2 (B/W)");
+        expected[7] = text("No ideal");
+        menu = tester.openMenu(1);
+        QCOMPARE(Tester::lines(*menu), expected);
+        menu->close();
+    }
+
+    void menuIsFreedWhenItCloses_data()
+    {
+        using Gesture = std::function<void(QMenu &)>;
+        QTest::addColumn<Gesture>("gesture");
+        QTest::newRow("entry chosen") << Gesture([](QMenu &menu) {
+            QTest::mouseClick(&menu, Qt::LeftButton, Qt::NoModifier,
+                              menu.actionGeometry(Tester::entriesOf(menu).at(2)).center());
+        });
+        QTest::newRow("Escape") << Gesture(
+            [](QMenu &menu) { QTest::keyClick(&menu, Qt::Key_Escape); });
+        QTest::newRow("closed") << Gesture([](QMenu &menu) { menu.close(); });
+    }
+
+    void menuIsFreedWhenItCloses()
+    {
+        QFETCH(std::function<void(QMenu &)>, gesture);
+        Tester tester;
+        const QPointer<QMenu> menu = tester.openMenu(0);
+        const QPointer<QAction> entry = Tester::entriesOf(*menu).at(2);
+        gesture(*menu);
+        QTRY_VERIFY(menu.isNull());
+        QVERIFY(entry.isNull());
+    }
+
+    void headingOfTheMenuOnlyClosesIt()
+    {
+        Tester tester;
+        tester.mark(0, 3);
+        tester.mark(0, 0);
+        QVERIFY(QApplication::activePopupWidget() == nullptr);
+        QCOMPARE(tester.marks(), QVector<int>({3, -1, -1, -1, -1}));
+    }
+
+    void marksAreStoredAndCleared()
+    {
+        Tester tester;
+        const QStringList table = MainWindowTester::tableTexts(*tester.patientTable());
+        for (int row = 0; row < 4; ++row) {
+            tester.mark(row, row + 1);
+        }
+        QCOMPARE(tester.marks(), QVector<int>({1, 2, 3, 4, -1}));
+        tester.mark(2, 5);
+        QCOMPARE(tester.marks(), QVector<int>({1, 2, -1, 4, -1}));
+        QCOMPARE(MainWindowTester::tableTexts(*tester.patientTable()), table);
+    }
+
+    void rightClickBesideTheRowsOpensNothing()
+    {
+        Tester tester;
+        tester.window->resize(900, 900);
+        QCoreApplication::processEvents();
+        const QPoint below(5, tester.patientTable()->viewport()->height() - 2);
+        QCOMPARE(tester.patientTable()->indexAt(below).row(), -1);
+        Q_EMIT tester.patientTable()->customContextMenuRequested(below);
+        QVERIFY(QApplication::activePopupWidget() == nullptr);
+    }
+
+    void newOpenClearsEveryMark()
+    {
+        Tester tester;
+        tester.mark(0, 1);
+        tester.open(text("five.xlsx"));
+        QCOMPARE(tester.marks(), QVector<int>(5, -1));
+    }
+
+    void cancelledSettingsChangeNothing()
+    {
+        Tester tester;
+        const QStringList labels = tester.labelTexts();
+        const QStringList scores = MainWindowTester::tableTexts(*tester.scoreTable());
+        for (const bool byWindow : {false, true}) {
+            tester.answers.expect<SettingsDialog>([byWindow](SettingsDialog &dialog) {
+                dialog.findChild<QSpinBox *>()->setValue(0);
+                dialog.findChildren<QComboBox *>().first()->setCurrentIndex(2);
+                if (byWindow) {
+                    dialog.close();
+                } else {
+                    dialog.reject();
+                }
+            });
+            tester.trigger(text("Settings"));
+        }
+        QCOMPARE(tester.answers.unexpected(), QStringList());
+        QCOMPARE(tester.readFile(text("config.ini")), MainWindowTester::defaultConfig);
+        QCOMPARE(tester.labelTexts(), labels);
+        QCOMPARE(MainWindowTester::tableTexts(*tester.scoreTable()), scores);
+    }
+
+    void acceptedSettingsFollowInTheTables()
+    {
+        Tester tester;
+        expectSettings(tester, 1, 2, false, 3);
+        tester.trigger(text("Settings"));
+        QCOMPARE(tester.answers.unexpected(), QStringList());
+        const QStringList labels = tester.labelTexts();
+        for (const char *value : {"Linear least squares", "Interquartile range", "Average", "3"}) {
+            QCOMPARE(labels.count(text(value)), 1);
+        }
+        QCOMPARE(
+            tester.readFile(text("config.ini")),
+            QByteArray("[Method]\nConvergence = 1\nVariance = 2\n\n\n[Result]\nMedian = 0\n\n\n"
+                       "[Variable]\nSkip = 3\n\n\n[Info]\nShow = 1\n"));
+        // Each mark by the average of its column.
+        QStringList expected;
+        const auto &scores = tester.patientsModel()->scores;
+        double x = 0;
+        double y = 0;
+        for (const PatientScoreRecord &score : scores) {
+            x += score.convergence.at(1);
+            y += score.variability.at(2);
+        }
+        for (const PatientScoreRecord &score : scores) {
+            expected << score.id + text(score.convergence.at(1) < x / 5 ? " B/" : " W/")
+                    + text(score.variability.at(2) < y / 5 ? "B" : "W");
+        }
+        QCOMPARE(MainWindowTester::tableTexts(*tester.patientTable()), expected);
+    }
+
+    void offsetChangesOneColumnAndItsCenters_data()
+    {
+        QTest::addColumn<bool>("median");
+        QTest::newRow("median") << true;
+        QTest::newRow("average") << false;
+    }
+
+    void offsetChangesOneColumnAndItsCenters()
+    {
+        QFETCH(bool, median);
+        Tester tester(configOf(0, 1, median));
+        const auto color = [&tester](int row, int column) {
+            return tester.scoreModel()
+                ->index(row, column)
+                .data(Qt::BackgroundRole)
+                .value<QColor>()
+                .name();
+        };
+        const auto otherColors = [&color] {
+            QStringList colors;
+            for (const int row : {0, 1, 2, 3, 5}) {
+                for (int column = 0; column < 5; ++column) {
+                    colors << color(row, column);
+                }
+            }
+            return colors;
+        };
+        const QStringList colorsBefore = otherColors();
+        const QVector<PatientScoreRecord> before = tester.patientsModel()->scores;
+        const QVector<PatientRecord> patients = tester.patientsModel()->patients;
+        expectSettings(tester, 0, 1, median, 0);
+        tester.trigger(text("Settings"));
+        const QVector<PatientScoreRecord> after = tester.patientsModel()->scores;
+        QVector<double> column;
+        for (int i = 0; i < before.size(); ++i) {
+            QCOMPARE(after.at(i).id, before.at(i).id);
+            QCOMPARE(bits(after.at(i).convergence), bits(before.at(i).convergence));
+            for (const int same : {0, 2}) {
+                QCOMPARE(bits({after.at(i).variability.at(same)}),
+                         bits({before.at(i).variability.at(same)}));
+            }
+            QVERIFY(after.at(i).variability.at(1) != before.at(i).variability.at(1));
+            // Population deviation of all steps.
+            const QVector<double> &values = patients.at(i).values;
+            const double count = values.size() - 1;
+            const double mean = (values.first() - values.last()) / count;
+            double squares = 0;
+            for (int step = 0; step < count; ++step) {
+                const double d = values.at(step) - values.at(step + 1) - mean;
+                squares += d * d;
+            }
+            QVERIFY(qAbs(after.at(i).variability.at(1) - std::sqrt(squares / count)) < 1e-12);
+            column << after.at(i).variability.at(1);
+        }
+        QCOMPARE(otherColors(), colorsBefore);
+        // The colours of row 4 and the second letters follow the new center.
+        const double center = centerOfFive(column, median);
+        for (int i = 0; i < column.size(); ++i) {
+            const double value = column.at(i);
+            QCOMPARE(color(4, i),
+                     text(value < center       ? "#aad083"
+                              : value > center ? "#e79292"
+                                               : "#647b98"));
+            QCOMPARE(tester.patientsModel()->index(i, 1).data().toString().right(1),
+                     text(value < center ? "B" : "W"));
+        }
+    }
+
+    void unchangedSettingsGiveTheSameNumbers()
+    {
+        Tester tester;
+        tester.writeFile(text("config.ini"), "gone");
+        const QVector<PatientScoreRecord> before = tester.patientsModel()->scores;
+        const QStringList marks = MainWindowTester::tableTexts(*tester.patientTable());
+        expectSettings(tester, 0, 0, true, 3);
+        tester.trigger(text("Settings"));
+        for (int i = 0; i < before.size(); ++i) {
+            QCOMPARE(bits(tester.patientsModel()->scores.at(i).variability),
+                     bits(before.at(i).variability));
+        }
+        QCOMPARE(MainWindowTester::tableTexts(*tester.patientTable()), marks);
+        QCOMPARE(tester.readFile(text("config.ini")), MainWindowTester::defaultConfig);
+    }
+
+    void settingsWithoutAFileChangeOnlyTheLabels()
+    {
+        Tester tester;
+        tester.trigger(text("Close file"));
+        expectSettings(tester, 2, 1, false, 12);
+        tester.trigger(text("Settings"));
+        QCOMPARE(tester.answers.unexpected(), QStringList());
+        const QStringList labels = tester.labelTexts();
+        for (const char *value :
+             {"C*e^(k*x)", "Difference standard deviation offset", "Average", "12"}) {
+            QCOMPARE(labels.count(text(value)), 1);
+        }
+        QVERIFY(tester.patientsModel() == nullptr);
+        QVERIFY(!tester.action(text("Close file"))->isEnabled());
+    }
+
+    void settingsLeaveOpenGraphsAlone()
+    {
+        Tester tester;
+        tester.trigger(text("Groups graph"));
+        QWidget *graph = tester.subWindows().first()->widget();
+        const QImage before = graph->grab().toImage();
+        expectSettings(tester, 1, 2, false, 0);
+        tester.trigger(text("Settings"));
+        QCOMPARE(graph->grab().toImage(), before);
+        // A graph made now uses the new settings.
+        tester.trigger(text("Groups graph"));
+        QWidget *second = tester.subWindows().last()->widget();
+        second->resize(graph->size());
+        QVERIFY(second->grab().toImage() != before);
+    }
+
+    void marksSurviveTheSettings()
+    {
+        Tester tester;
+        tester.mark(3, 4);
+        expectSettings(tester, 1, 1, true, 1);
+        tester.trigger(text("Settings"));
+        QCOMPARE(tester.marks(), QVector<int>({-1, -1, -1, 4, -1}));
+    }
+
+    void subWindowsSurviveASecondOpenAndCloseWithTheFile()
+    {
+        Tester tester;
+        tester.makeGraph({0, 1});
+        tester.trigger(text("Groups graph"));
+        QWidget *graph = tester.subWindows().first()->widget();
+        const QImage before = graph->grab().toImage();
+        TestWorkbooks::save(tester.path(text("one.xlsx")), {{text("x"), 40.0, 50.0}});
+        tester.open(text("one.xlsx"));
+        QCOMPARE(tester.subWindows().size(), 2);
+        QCOMPARE(graph->grab().toImage(), before);
+        tester.trigger(text("Close file"));
+        QCOMPARE(tester.subWindows().size(), 0);
+    }
+
+    void exportNeedsACurrentTabbedGraph()
+    {
+        Tester tester;
+        tester.answers.expectMessage();
+        tester.trigger(text("Export graph"));
+        tester.trigger(text("Groups graph"));
+        tester.answers.expectMessage();
+        tester.trigger(text("Export graph"));
+        const QString refusal = text("Svg export|No graphs selected for export");
+        QCOMPARE(tester.answers.messages(), QStringList({refusal, refusal}));
+        QCOMPARE(tester.answers.unexpected(), QStringList());
+    }
+
+    void cancelledExportSaysNothing()
+    {
+        Tester tester;
+        tester.makeGraph({0});
+        tester.answers.expect<QFileDialog>([](QFileDialog &dialog) {
+            QCOMPARE(dialog.windowTitle(), text("Save SVG"));
+            QCOMPARE(dialog.nameFilters(), QStringList(text("SVG files (*.svg)")));
+            dialog.reject();
+        });
+        tester.trigger(text("Export graph"));
+        QCOMPARE(tester.answers.unexpected(), QStringList());
+        QCOMPARE(tester.answers.messages(), QStringList());
+    }
+
+    void exportWritesTheCurrentGraphAsOnePage()
+    {
+        Tester tester;
+        tester.makeGraph({0}, text("first"));
+        tester.makeGraph({1, 2}, text("second"));
+        tester.makeGraph({3}, text("third"));
+        tester.area()->setActiveSubWindow(tester.subWindows().at(1));
+        tester.answers.expectFile(tester.path(text("page")));
+        tester.answers.expectMessage();
+        tester.trigger(text("Export graph"));
+        QCOMPARE(tester.answers.messages(),
+                 QStringList(text("Graphs export|Graph successfully exported")));
+
+        // The name is taken as typed, without an extension.
+        QDomDocument page;
+        QVERIFY(page.setContent(tester.readFile(text("page"))));
+        const QDomElement root = page.documentElement();
+        QCOMPARE(root.firstChildElement(text("title")).text(), text("second"));
+        const ExportPage expected = ExportPage::a4();
+        const QRect box = expected.printable.toRect();
+        QCOMPARE(root.attribute(text("viewBox")),
+                 text("%1 %2 %3 %4").arg(box.x()).arg(box.y()).arg(box.width()).arg(box.height()));
+        // Points at the 72 dots per inch of the generator, given in millimetres.
+        const double millimetres = root.attribute(text("width")).remove(text("mm")).toDouble();
+        QVERIFY(qAbs(millimetres - 210) < 1);
+        QVERIFY(qAbs(root.attribute(text("height")).remove(text("mm")).toDouble() - 297) < 1);
+
+        // Either graph has its half of the page: both count some of their texts from the lower
+        // edge.
+        const double height = expected.graph().height();
+        const QStringList plot = textsUnder(page, expected.resultPlot());
+        const QString method =
+            text("5 %1: Convergence: Median difference").arg(static_cast<int>(height - 2));
+        QVERIFY2(plot.contains(method), qPrintable(plot.join(text(", "))));
+        const QStringList graph = textsUnder(page, expected.patientGraph());
+        const QString one = text("57 %1: 1").arg(static_cast<int>(height - 120 + 21));
+        for (const QString &label : {text("10 25: mmol/mol"), one}) {
+            QVERIFY2(graph.contains(label),
+                     qPrintable(label + text(" in ") + graph.join(text(", "))));
+        }
+    }
+
+    void exportOfOddNamesIsWellFormed_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("markup") << text("a<b>&\"c'</title>");
+        QTest::newRow("no latin") << QString::fromUtf8("Křivka č. 1 \xF0\x9F\x93\x88");
+        QTest::newRow("control characters")
+            << QString(QChar(1)) + text("x") + QChar(0x1b) + QChar(0xFFFF);
+        QTest::newRow("half a surrogate pair") << QString(QChar(0xD800)) + text("x");
+    }
+
+    void exportOfOddNamesIsWellFormed()
+    {
+        QFETCH(QString, name);
+        Tester tester;
+        tester.patientsModel()->patients[0].id = name;
+        tester.patientsModel()->scores[0].id = name;
+        tester.makeGraph({0, 1}, name);
+        tester.answers.expectFile(tester.path(text("odd.svg")));
+        tester.answers.expectMessage();
+        tester.trigger(text("Export graph"));
+        QXmlStreamReader reader(tester.readFile(text("odd.svg")));
+        QString title;
+        while (!reader.atEnd()) {
+            if (reader.readNext() == QXmlStreamReader::StartElement
+                && reader.name() == QLatin1String("title")) {
+                title = reader.readElementText();
+            }
+        }
+        QVERIFY2(!reader.hasError(), qPrintable(reader.errorString()));
+        QVERIFY(!title.isEmpty());
+    }
+
+    void exportToNowhereStillSaysItSucceeded()
+    {
+        Tester tester;
+        tester.makeGraph({0});
+        tester.answers.expectFile(tester.path(text("nowhere/page.svg")));
+        tester.answers.expectMessage();
+        tester.trigger(text("Export graph"));
+        QCOMPARE(tester.answers.unexpected(), QStringList());
+        QCOMPARE(tester.answers.messages(),
+                 QStringList(text("Graphs export|Graph successfully exported")));
+        QVERIFY(!QFile::exists(tester.path(text("nowhere"))));
+    }
+
+    void exportPageDoublesTheMarginOfTheLowerGraph()
+    {
+        const ExportPage page{QSize(600, 840), QRectF(10, 20, 580, 800)};
+        QCOMPARE(page.margin(), QPointF(10, 20));
+        QCOMPARE(page.graph(), QSizeF(580, 400));
+        QCOMPARE(page.resultPlot(), QPointF(10, 20));
+        QCOMPARE(page.patientGraph(), QPointF(20, 440));
+    }
+
+    void exportLeavesTheScreenAsItWas()
+    {
+        Tester tester;
+        tester.makeGraph({0, 1, 2});
+        auto *tabs = qobject_cast<QTabWidget *>(tester.subWindows().first()->widget());
+        const QImage before = tabs->widget(0)->grab().toImage();
+        const QImage plotBefore = tabs->widget(1)->grab().toImage();
+        tester.answers.expectFile(tester.path(text("page.svg")));
+        tester.answers.expectMessage();
+        tester.trigger(text("Export graph"));
+        QCOMPARE(tabs->widget(0)->grab().toImage(), before);
+        QCOMPARE(tabs->widget(1)->grab().toImage(), plotBefore);
+        const QByteArray file = tester.readFile(text("page.svg"));
+        QDomDocument page;
+        QVERIFY(page.setContent(file));
+        for (const QString &value : attributeValues(page.documentElement())) {
+            QVERIFY2(!value.contains(text("nan")) && !value.contains(text("inf")),
+                     qPrintable(value));
+        }
+    }
+
+    void exportRepaintsBothGraphs()
+    {
+        Tester tester;
+        tester.makeGraph({0, 1, 2});
+        auto *tabs = qobject_cast<QTabWidget *>(tester.subWindows().first()->widget());
+        // Only the tab in front is ever painted.
+        for (int tab = 0; tab < tabs->count(); ++tab) {
+            tabs->setCurrentIndex(tab);
+            PaintCounter counter;
+            tabs->widget(tab)->installEventFilter(&counter);
+            QTRY_VERIFY(counter.count > 0);
+            QCoreApplication::processEvents();
+            counter.count = 0;
+            exportGraphs(*tabs, tester.path(text("page.svg")));
+            QTRY_COMPARE(counter.count, 1);
+        }
+    }
+};
 
 QTEST_MAIN(TestGraphCommands)
 #include "tst_graphcommands.moc"

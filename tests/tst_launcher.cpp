@@ -95,181 +95,169 @@ class TestLauncher : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void firstStartMakesTheFolder();
-    void laterStartKeepsWhatIsInTheFolder();
-    void dataHomeIsFollowed();
-    void relativeDataHomeIsIgnored();
-    void argumentsArePassedOn();
-    void startsThroughALink();
-    void localeDecidesOnTheLink_data();
-    void localeDecidesOnTheLink();
-    void ownLinkGoesUnderAnotherLocale();
-    void linkOfAGoneInstallationIsReplaced();
-    void filesOfTheUserStay_data();
-    void filesOfTheUserStay();
-    void withoutTheCatalogueTheProgramStarts();
-    void folderThatCannotBeMadeIsReported();
-};
-
-void TestLauncher::firstStartMakesTheFolder()
-{
-    Installation installation;
-    QCOMPARE(installation.start(), QStringList(installation.userFolder()));
-    QCOMPARE(installation.errors, QString());
-    QCOMPARE(installation.exitCode, 0);
-    const QFile::Permissions others = QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup
-        | QFile::ReadOther | QFile::WriteOther | QFile::ExeOther;
-    QCOMPARE(QFileInfo(installation.userFolder()).permissions() & others, QFile::Permissions());
-}
-
-void TestLauncher::laterStartKeepsWhatIsInTheFolder()
-{
-    Installation installation;
-    writeFile(installation.userFolder() + text("/config.ini"), "[Variable]\nSkip = 7\n");
-    QCOMPARE(installation.start(), QStringList(installation.userFolder()));
-    QCOMPARE(contentOf(installation.userFolder() + text("/config.ini")),
-             QByteArray("[Variable]\nSkip = 7\n"));
-}
-
-void TestLauncher::dataHomeIsFollowed()
-{
-    Installation installation;
-    const QString data = installation.path(text("data of mine"));
-    installation.environment.insert(text("XDG_DATA_HOME"), data);
-    QCOMPARE(installation.start("cs_CZ.UTF-8"), QStringList(data + text("/glymark")));
-    QCOMPARE(QFile::symLinkTarget(data + text("/glymark/czech_cs.qm")), installation.catalogue());
-    QVERIFY(!QFile::exists(installation.path(text("my home"))));
-}
-
-void TestLauncher::relativeDataHomeIsIgnored()
-{
-    Installation installation;
-    installation.environment.insert(text("XDG_DATA_HOME"), text("data"));
-    QCOMPARE(installation.start(), QStringList(installation.userFolder()));
-}
-
-void TestLauncher::argumentsArePassedOn()
-{
-    Installation installation;
-    QCOMPARE(installation.start("C", {text("-platform"), text("two words")}),
-             QStringList({installation.userFolder(), text("-platform"), text("two words")}));
-}
-
-void TestLauncher::startsThroughALink()
-{
-    Installation installation;
-    const QString link = installation.path(text("elsewhere/start"));
-    QVERIFY(QDir().mkpath(QFileInfo(link).path()));
-    QVERIFY(QFile::link(installation.path(text("bin/glymark")), link));
-    installation.program = text("elsewhere/start");
-    QCOMPARE(installation.start("cs"), QStringList(installation.userFolder()));
-    QCOMPARE(QFile::symLinkTarget(installation.link()), installation.catalogue());
-}
-
-void TestLauncher::localeDecidesOnTheLink_data()
-{
-    QTest::addColumn<QString>("all");
-    QTest::addColumn<QString>("messages");
-    QTest::addColumn<QByteArray>("language");
-    QTest::addColumn<bool>("czech");
-    const QString unset;
-    QTest::newRow("LANG") << unset << unset << QByteArray("cs_CZ.UTF-8") << true;
-    QTest::newRow("language alone") << unset << unset << QByteArray("cs") << true;
-    QTest::newRow("no country") << unset << unset << QByteArray("cs.UTF-8") << true;
-    QTest::newRow("English") << unset << unset << QByteArray("en_GB.UTF-8") << false;
-    QTest::newRow("Kashubian") << unset << unset << QByteArray("csb_PL.UTF-8") << false;
-    QTest::newRow("nothing set") << unset << unset << QByteArray() << false;
-    QTest::newRow("messages") << unset << text("cs_CZ") << QByteArray("de_DE") << true;
-    QTest::newRow("other messages") << unset << text("de_DE") << QByteArray("cs_CZ") << false;
-    QTest::newRow("all") << text("cs_CZ") << text("de_DE") << QByteArray("de_DE") << true;
-    QTest::newRow("other for all") << text("C") << text("cs_CZ") << QByteArray("cs_CZ") << false;
-    QTest::newRow("empty") << text("") << text("") << QByteArray("cs_CZ") << true;
-}
-
-void TestLauncher::localeDecidesOnTheLink()
-{
-    QFETCH(const QString, all);
-    QFETCH(const QString, messages);
-    QFETCH(const QByteArray, language);
-    QFETCH(const bool, czech);
-    Installation installation;
-    if (!all.isNull()) {
-        installation.environment.insert(text("LC_ALL"), all);
+    void firstStartMakesTheFolder()
+    {
+        Installation installation;
+        QCOMPARE(installation.start(), QStringList(installation.userFolder()));
+        QCOMPARE(installation.errors, QString());
+        QCOMPARE(installation.exitCode, 0);
+        const QFile::Permissions others = QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup
+            | QFile::ReadOther | QFile::WriteOther | QFile::ExeOther;
+        QCOMPARE(QFileInfo(installation.userFolder()).permissions() & others, QFile::Permissions());
     }
-    if (!messages.isNull()) {
-        installation.environment.insert(text("LC_MESSAGES"), messages);
+
+    void laterStartKeepsWhatIsInTheFolder()
+    {
+        Installation installation;
+        writeFile(installation.userFolder() + text("/config.ini"), "[Variable]\nSkip = 7\n");
+        QCOMPARE(installation.start(), QStringList(installation.userFolder()));
+        QCOMPARE(contentOf(installation.userFolder() + text("/config.ini")),
+                 QByteArray("[Variable]\nSkip = 7\n"));
     }
-    QCOMPARE(installation.start(language.constData()), QStringList(installation.userFolder()));
-    QCOMPARE(QFileInfo(installation.link()).isSymLink(), czech);
-    QCOMPARE(contentOf(installation.link()), QByteArray(czech ? "Czech texts" : ""));
-}
 
-void TestLauncher::ownLinkGoesUnderAnotherLocale()
-{
-    Installation installation;
-    installation.start("cs_CZ.UTF-8");
-    QVERIFY(QFileInfo(installation.link()).isSymLink());
-    installation.start("cs_CZ.UTF-8");
-    QVERIFY(QFileInfo(installation.link()).isSymLink());
-    installation.start("C.UTF-8");
-    QVERIFY(!QFileInfo(installation.link()).isSymLink());
-    QCOMPARE(contentOf(installation.catalogue()), QByteArray("Czech texts"));
-}
+    void dataHomeIsFollowed()
+    {
+        Installation installation;
+        const QString data = installation.path(text("data of mine"));
+        installation.environment.insert(text("XDG_DATA_HOME"), data);
+        QCOMPARE(installation.start("cs_CZ.UTF-8"), QStringList(data + text("/glymark")));
+        QCOMPARE(QFile::symLinkTarget(data + text("/glymark/czech_cs.qm")),
+                 installation.catalogue());
+        QVERIFY(!QFile::exists(installation.path(text("my home"))));
+    }
 
-void TestLauncher::linkOfAGoneInstallationIsReplaced()
-{
-    Installation installation;
-    QVERIFY(QDir().mkpath(installation.userFolder()));
-    QVERIFY(QFile::link(installation.path(text("gone/glymark/translations/czech_cs.qm")),
-                        installation.link()));
-    installation.start("cs_CZ.UTF-8");
-    QCOMPARE(QFile::symLinkTarget(installation.link()), installation.catalogue());
-}
+    void relativeDataHomeIsIgnored()
+    {
+        Installation installation;
+        installation.environment.insert(text("XDG_DATA_HOME"), text("data"));
+        QCOMPARE(installation.start(), QStringList(installation.userFolder()));
+    }
 
-void TestLauncher::filesOfTheUserStay_data()
-{
-    QTest::addColumn<QByteArray>("locale");
-    QTest::addColumn<bool>("isLink");
-    QTest::newRow("file, Czech") << QByteArray("cs_CZ.UTF-8") << false;
-    QTest::newRow("file, English") << QByteArray("C.UTF-8") << false;
-    QTest::newRow("link, Czech") << QByteArray("cs_CZ.UTF-8") << true;
-    QTest::newRow("link, English") << QByteArray("C.UTF-8") << true;
-}
+    void argumentsArePassedOn()
+    {
+        Installation installation;
+        QCOMPARE(installation.start("C", {text("-platform"), text("two words")}),
+                 QStringList({installation.userFolder(), text("-platform"), text("two words")}));
+    }
 
-void TestLauncher::filesOfTheUserStay()
-{
-    QFETCH(const QByteArray, locale);
-    QFETCH(const bool, isLink);
-    Installation installation;
-    const QString own = isLink ? installation.path(text("my home/texts.qm")) : installation.link();
-    writeFile(own, "texts of mine");
-    if (isLink) {
+    void startsThroughALink()
+    {
+        Installation installation;
+        const QString link = installation.path(text("elsewhere/start"));
+        QVERIFY(QDir().mkpath(QFileInfo(link).path()));
+        QVERIFY(QFile::link(installation.path(text("bin/glymark")), link));
+        installation.program = text("elsewhere/start");
+        QCOMPARE(installation.start("cs"), QStringList(installation.userFolder()));
+        QCOMPARE(QFile::symLinkTarget(installation.link()), installation.catalogue());
+    }
+
+    void localeDecidesOnTheLink_data()
+    {
+        QTest::addColumn<QString>("all");
+        QTest::addColumn<QString>("messages");
+        QTest::addColumn<QByteArray>("language");
+        QTest::addColumn<bool>("czech");
+        const QString unset;
+        QTest::newRow("LANG") << unset << unset << QByteArray("cs_CZ.UTF-8") << true;
+        QTest::newRow("language alone") << unset << unset << QByteArray("cs") << true;
+        QTest::newRow("no country") << unset << unset << QByteArray("cs.UTF-8") << true;
+        QTest::newRow("English") << unset << unset << QByteArray("en_GB.UTF-8") << false;
+        QTest::newRow("Kashubian") << unset << unset << QByteArray("csb_PL.UTF-8") << false;
+        QTest::newRow("nothing set") << unset << unset << QByteArray() << false;
+        QTest::newRow("messages") << unset << text("cs_CZ") << QByteArray("de_DE") << true;
+        QTest::newRow("other messages") << unset << text("de_DE") << QByteArray("cs_CZ") << false;
+        QTest::newRow("all") << text("cs_CZ") << text("de_DE") << QByteArray("de_DE") << true;
+        QTest::newRow("other for all")
+            << text("C") << text("cs_CZ") << QByteArray("cs_CZ") << false;
+        QTest::newRow("empty") << text("") << text("") << QByteArray("cs_CZ") << true;
+    }
+
+    void localeDecidesOnTheLink()
+    {
+        QFETCH(const QString, all);
+        QFETCH(const QString, messages);
+        QFETCH(const QByteArray, language);
+        QFETCH(const bool, czech);
+        Installation installation;
+        if (!all.isNull()) {
+            installation.environment.insert(text("LC_ALL"), all);
+        }
+        if (!messages.isNull()) {
+            installation.environment.insert(text("LC_MESSAGES"), messages);
+        }
+        QCOMPARE(installation.start(language.constData()), QStringList(installation.userFolder()));
+        QCOMPARE(QFileInfo(installation.link()).isSymLink(), czech);
+        QCOMPARE(contentOf(installation.link()), QByteArray(czech ? "Czech texts" : ""));
+    }
+
+    void ownLinkGoesUnderAnotherLocale()
+    {
+        Installation installation;
+        installation.start("cs_CZ.UTF-8");
+        QVERIFY(QFileInfo(installation.link()).isSymLink());
+        installation.start("cs_CZ.UTF-8");
+        QVERIFY(QFileInfo(installation.link()).isSymLink());
+        installation.start("C.UTF-8");
+        QVERIFY(!QFileInfo(installation.link()).isSymLink());
+        QCOMPARE(contentOf(installation.catalogue()), QByteArray("Czech texts"));
+    }
+
+    void linkOfAGoneInstallationIsReplaced()
+    {
+        Installation installation;
         QVERIFY(QDir().mkpath(installation.userFolder()));
-        QVERIFY(QFile::link(own, installation.link()));
+        QVERIFY(QFile::link(installation.path(text("gone/glymark/translations/czech_cs.qm")),
+                            installation.link()));
+        installation.start("cs_CZ.UTF-8");
+        QCOMPARE(QFile::symLinkTarget(installation.link()), installation.catalogue());
     }
-    QCOMPARE(installation.start(locale.constData()), QStringList(installation.userFolder()));
-    QCOMPARE(QFileInfo(installation.link()).isSymLink(), isLink);
-    QCOMPARE(contentOf(installation.link()), QByteArray("texts of mine"));
-}
 
-void TestLauncher::withoutTheCatalogueTheProgramStarts()
-{
-    Installation installation;
-    QVERIFY(QFile::remove(installation.catalogue()));
-    QCOMPARE(installation.start("cs_CZ.UTF-8"), QStringList(installation.userFolder()));
-    QCOMPARE(installation.errors, QString());
-    QVERIFY(!QFileInfo(installation.link()).isSymLink());
-}
+    void filesOfTheUserStay_data()
+    {
+        QTest::addColumn<QByteArray>("locale");
+        QTest::addColumn<bool>("isLink");
+        QTest::newRow("file, Czech") << QByteArray("cs_CZ.UTF-8") << false;
+        QTest::newRow("file, English") << QByteArray("C.UTF-8") << false;
+        QTest::newRow("link, Czech") << QByteArray("cs_CZ.UTF-8") << true;
+        QTest::newRow("link, English") << QByteArray("C.UTF-8") << true;
+    }
 
-void TestLauncher::folderThatCannotBeMadeIsReported()
-{
-    Installation installation;
-    writeFile(installation.path(text("my home/.local")), "no folder");
-    QCOMPARE(installation.start(), QStringList());
-    QCOMPARE(installation.exitCode, 1);
-    QVERIFY2(installation.errors.contains(text("glymark: cannot make the folder")),
-             qPrintable(installation.errors));
-}
+    void filesOfTheUserStay()
+    {
+        QFETCH(const QByteArray, locale);
+        QFETCH(const bool, isLink);
+        Installation installation;
+        const QString own =
+            isLink ? installation.path(text("my home/texts.qm")) : installation.link();
+        writeFile(own, "texts of mine");
+        if (isLink) {
+            QVERIFY(QDir().mkpath(installation.userFolder()));
+            QVERIFY(QFile::link(own, installation.link()));
+        }
+        QCOMPARE(installation.start(locale.constData()), QStringList(installation.userFolder()));
+        QCOMPARE(QFileInfo(installation.link()).isSymLink(), isLink);
+        QCOMPARE(contentOf(installation.link()), QByteArray("texts of mine"));
+    }
+
+    void withoutTheCatalogueTheProgramStarts()
+    {
+        Installation installation;
+        QVERIFY(QFile::remove(installation.catalogue()));
+        QCOMPARE(installation.start("cs_CZ.UTF-8"), QStringList(installation.userFolder()));
+        QCOMPARE(installation.errors, QString());
+        QVERIFY(!QFileInfo(installation.link()).isSymLink());
+    }
+
+    void folderThatCannotBeMadeIsReported()
+    {
+        Installation installation;
+        writeFile(installation.path(text("my home/.local")), "no folder");
+        QCOMPARE(installation.start(), QStringList());
+        QCOMPARE(installation.exitCode, 1);
+        QVERIFY2(installation.errors.contains(text("glymark: cannot make the folder")),
+                 qPrintable(installation.errors));
+    }
+};
 
 QTEST_GUILESS_MAIN(TestLauncher)
 #include "tst_launcher.moc"

@@ -519,23 +519,21 @@ class TestMonkey : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void everythingHoldsAfterEachStep();
-};
-
-void TestMonkey::everythingHoldsAfterEachStep()
-{
-    const int steps = qEnvironmentVariableIsSet("GLYMARK_MONKEY_STEPS")
-        ? qEnvironmentVariableIntValue("GLYMARK_MONKEY_STEPS")
-        : 300;
-    const auto seed = unsigned(qEnvironmentVariableIntValue("GLYMARK_MONKEY_SEED"));
-    Monkey monkey(seed);
-    for (int i = 0; i < steps; ++i) {
-        const QString action = monkey.step();
-        const QString complaint = monkey.complaint();
-        QVERIFY2(complaint.isEmpty(),
-                 qPrintable(text("step %1, %2: %3").arg(i).arg(action, complaint)));
+    void everythingHoldsAfterEachStep()
+    {
+        const int steps = qEnvironmentVariableIsSet("GLYMARK_MONKEY_STEPS")
+            ? qEnvironmentVariableIntValue("GLYMARK_MONKEY_STEPS")
+            : 300;
+        const auto seed = unsigned(qEnvironmentVariableIntValue("GLYMARK_MONKEY_SEED"));
+        Monkey monkey(seed);
+        for (int i = 0; i < steps; ++i) {
+            const QString action = monkey.step();
+            const QString complaint = monkey.complaint();
+            QVERIFY2(complaint.isEmpty(),
+                     qPrintable(text("step %1, %2: %3").arg(i).arg(action, complaint)));
+        }
     }
-}
+};
 
 QTEST_MAIN(TestMonkey)
 #include "tst_monkey.moc"

@@ -181,24 +181,115 @@ class TestMutations : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase();
-    void changedArchiveIsRefusedOrReadsTheSame();
-    void changedXmlIsRefusedOrLeavesTheOtherCells();
-    void cleanupTestCase();
+    void initTestCase()
+    {
+        const QDir folder(QFINDTESTDATA(dataFolder));
+        const QStringList names = folder.entryList({QStringLiteral("*.xlsx")});
+        for (const QString &name : names) {
+            m_fixtures.append(folder.filePath(name));
+        }
+        QCOMPARE(m_fixtures.size(), 5);
+    }
+
+    void changedArchiveIsRefusedOrReadsTheSame()
+    {
+        const QString path = m_folder.filePath(QStringLiteral("archive.xlsx"));
+        for (unsigned seed = 0; seed < mutations / 2; ++seed) {
+            Dice dice(seed);
+            const QString fixture = m_fixtures.at(dice.below(m_fixtures.size()));
+            const LoadedWorkbook original = loadWorkbook(fixture);
+            QByteArray bytes = contents(fixture);
+            change(archiveChanges, &bytes, &dice);
+            QFile file(path);
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            QCOMPARE(file.write(bytes), qint64(bytes.size()));
+            file.close();
+            const LoadedWorkbook changed = load(path);
+            QCOMPARE(changed.document == nullptr, changed.error != LoadError::None);
+            if (changed.document) {
+                QVERIFY2(Reading(*changed.document) == Reading(*original.document),
+                         qPrintable(QStringLiteral("seed %1").arg(seed)));
+            }
+        }
+        compareCounts();
+    }
+
+    void changedXmlIsRefusedOrLeavesTheOtherCells()
+    {
+        const QString path = m_folder.filePath(QStringLiteral("xml.xlsx"));
+        for (unsigned seed = mutations / 2; seed < mutations; ++seed) {
+            Dice dice(seed);
+            const QString fixture = m_fixtures.at(dice.below(m_fixtures.size()));
+            const LoadedWorkbook original = loadWorkbook(fixture);
+            Parts parts = unpacked(fixture);
+            const int chosen = choosePart(parts, &dice);
+            const QByteArray before = parts.at(chosen).second;
+            change(xmlChanges, &parts[chosen].second, &dice);
+            TestWorkbooks::savePackage(path, parts);
+            const LoadedWorkbook changed = load(path);
+            QCOMPARE(changed.document == nullptr, changed.error != LoadError::None);
+            if (changed.document) {
+                comparePart(parts.at(chosen).first, *original.document, *changed.document, before,
+                            parts.at(chosen).second);
+            }
+            QVERIFY2(!QTest::currentTestFailed(), qPrintable(QStringLiteral("seed %1").arg(seed)));
+        }
+        compareCounts();
+    }
+
+    void cleanupTestCase()
+    {
+        qInfo("%d refused, %d loaded, the longest in %lld ms", m_refused, m_loaded, m_longest);
+        QVERIFY2(m_longest < longestLoad, qPrintable(QString::number(m_longest)));
+#ifndef __SANITIZE_ADDRESS__ // which keeps memory that was given back
+        rusage usage = {};
+        getrusage(RUSAGE_SELF, &usage);
+        QVERIFY2(usage.ru_maxrss < largestMemory, qPrintable(QString::number(usage.ru_maxrss)));
+#endif
+    }
 
 private:
-    LoadedWorkbook load(const QString &path);
+    LoadedWorkbook load(const QString &path)
+    {
+        QElapsedTimer timer;
+        timer.start();
+        LoadedWorkbook workbook = loadWorkbook(path);
+        m_longest = qMax(m_longest, timer.elapsed());
+        (workbook.document ? m_loaded : m_refused) += 1;
+        return workbook;
+    }
+
     // Files of both kinds, or the changes say nothing.
     void compareCounts() const
     {
         QVERIFY(m_refused > mutations / 20);
         QVERIFY(m_loaded > mutations / 20);
     }
+    // What the part has no say in is as before.
     void comparePart(const QString &name, const QXlsx::Document &original,
                      const QXlsx::Document &changed, const QByteArray &before,
-                     const QByteArray &after);
+                     const QByteArray &after)
+    {
+        if (holdsNoCells(name)) {
+            QVERIFY2(Reading(changed) == Reading(original), qPrintable(name));
+        } else if (isSheet(name)) {
+            compareUntouched(original, changed, before, after);
+        }
+    }
+
+    // A cell that stands in the XML as before reads as before.
     void compareUntouched(const QXlsx::Document &original, const QXlsx::Document &changed,
-                          const QByteArray &before, const QByteArray &after);
+                          const QByteArray &before, const QByteArray &after)
+    {
+        const auto cellsBefore = cellsIn(before);
+        const auto cellsAfter = cellsIn(after);
+        for (auto cell = cellsBefore.cbegin(); cell != cellsBefore.cend(); ++cell) {
+            if (cellsAfter.value(cell.key()) == cell.value()) {
+                const QXlsx::CellReference place(cell.key());
+                QCOMPARE(changed.read(place), original.read(place));
+            }
+        }
+    }
 
     QTemporaryDir m_folder;
     QStringList m_fixtures;
@@ -206,110 +297,6 @@ private:
     int m_refused = 0;
     int m_loaded = 0;
 };
-
-void TestMutations::initTestCase()
-{
-    const QDir folder(QFINDTESTDATA(dataFolder));
-    const QStringList names = folder.entryList({QStringLiteral("*.xlsx")});
-    for (const QString &name : names) {
-        m_fixtures.append(folder.filePath(name));
-    }
-    QCOMPARE(m_fixtures.size(), 5);
-}
-
-LoadedWorkbook TestMutations::load(const QString &path)
-{
-    QElapsedTimer timer;
-    timer.start();
-    LoadedWorkbook workbook = loadWorkbook(path);
-    m_longest = qMax(m_longest, timer.elapsed());
-    (workbook.document ? m_loaded : m_refused) += 1;
-    return workbook;
-}
-
-void TestMutations::changedArchiveIsRefusedOrReadsTheSame()
-{
-    const QString path = m_folder.filePath(QStringLiteral("archive.xlsx"));
-    for (unsigned seed = 0; seed < mutations / 2; ++seed) {
-        Dice dice(seed);
-        const QString fixture = m_fixtures.at(dice.below(m_fixtures.size()));
-        const LoadedWorkbook original = loadWorkbook(fixture);
-        QByteArray bytes = contents(fixture);
-        change(archiveChanges, &bytes, &dice);
-        QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        QCOMPARE(file.write(bytes), qint64(bytes.size()));
-        file.close();
-        const LoadedWorkbook changed = load(path);
-        QCOMPARE(changed.document == nullptr, changed.error != LoadError::None);
-        if (changed.document) {
-            QVERIFY2(Reading(*changed.document) == Reading(*original.document),
-                     qPrintable(QStringLiteral("seed %1").arg(seed)));
-        }
-    }
-    compareCounts();
-}
-
-void TestMutations::changedXmlIsRefusedOrLeavesTheOtherCells()
-{
-    const QString path = m_folder.filePath(QStringLiteral("xml.xlsx"));
-    for (unsigned seed = mutations / 2; seed < mutations; ++seed) {
-        Dice dice(seed);
-        const QString fixture = m_fixtures.at(dice.below(m_fixtures.size()));
-        const LoadedWorkbook original = loadWorkbook(fixture);
-        Parts parts = unpacked(fixture);
-        const int chosen = choosePart(parts, &dice);
-        const QByteArray before = parts.at(chosen).second;
-        change(xmlChanges, &parts[chosen].second, &dice);
-        TestWorkbooks::savePackage(path, parts);
-        const LoadedWorkbook changed = load(path);
-        QCOMPARE(changed.document == nullptr, changed.error != LoadError::None);
-        if (changed.document) {
-            comparePart(parts.at(chosen).first, *original.document, *changed.document, before,
-                        parts.at(chosen).second);
-        }
-        QVERIFY2(!QTest::currentTestFailed(), qPrintable(QStringLiteral("seed %1").arg(seed)));
-    }
-    compareCounts();
-}
-
-// What the part has no say in is as before.
-void TestMutations::comparePart(const QString &name, const QXlsx::Document &original,
-                                const QXlsx::Document &changed, const QByteArray &before,
-                                const QByteArray &after)
-{
-    if (holdsNoCells(name)) {
-        QVERIFY2(Reading(changed) == Reading(original), qPrintable(name));
-    } else if (isSheet(name)) {
-        compareUntouched(original, changed, before, after);
-    }
-}
-
-// A cell that stands in the XML as before reads as before.
-void TestMutations::compareUntouched(const QXlsx::Document &original,
-                                     const QXlsx::Document &changed, const QByteArray &before,
-                                     const QByteArray &after)
-{
-    const auto cellsBefore = cellsIn(before);
-    const auto cellsAfter = cellsIn(after);
-    for (auto cell = cellsBefore.cbegin(); cell != cellsBefore.cend(); ++cell) {
-        if (cellsAfter.value(cell.key()) == cell.value()) {
-            const QXlsx::CellReference place(cell.key());
-            QCOMPARE(changed.read(place), original.read(place));
-        }
-    }
-}
-
-void TestMutations::cleanupTestCase()
-{
-    qInfo("%d refused, %d loaded, the longest in %lld ms", m_refused, m_loaded, m_longest);
-    QVERIFY2(m_longest < longestLoad, qPrintable(QString::number(m_longest)));
-#ifndef __SANITIZE_ADDRESS__ // which keeps memory that was given back
-    rusage usage = {};
-    getrusage(RUSAGE_SELF, &usage);
-    QVERIFY2(usage.ru_maxrss < largestMemory, qPrintable(QString::number(usage.ru_maxrss)));
-#endif
-}
 
 QTEST_GUILESS_MAIN(TestMutations)
 #include "tst_mutations.moc"

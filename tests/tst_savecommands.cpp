@@ -40,204 +40,191 @@ class TestSaveCommands : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void firstDialogStartsInTheWorkingDirectory();
+    // Before every other test: the toolkit remembers where a dialog has been, as long as it runs.
+    void firstDialogStartsInTheWorkingDirectory()
+    {
+        MainWindowTester tester;
+        tester.start();
+        QString directory;
+        tester.answers.expect<QFileDialog>([&directory](QFileDialog &dialog) {
+            directory = dialog.directory().canonicalPath();
+            dialog.reject();
+        });
+        tester.trigger(text("Open File"));
+        QCOMPARE(tester.answers.unexpected(), QStringList());
+        QCOMPARE(directory, QDir(tester.folder.path()).canonicalPath());
+    }
+
     void withoutPatientsTheyRefuse_data() { commands_data(); }
-    void withoutPatientsTheyRefuse();
+    void withoutPatientsTheyRefuse()
+    {
+        QFETCH(QString, action);
+        MainWindowTester tester;
+        tester.start();
+        tester.answers.expectMessage();
+        tester.trigger(action);
+        QCOMPARE(tester.answers.messages(), QStringList(text("No data|No data to save")));
+        QCOMPARE(tester.answers.unexpected(), QStringList());
+    }
+
     void afterCloseTheyRefuse_data() { commands_data(); }
-    void afterCloseTheyRefuse();
+    void afterCloseTheyRefuse()
+    {
+        QFETCH(QString, action);
+        Tester tester;
+        tester.trigger(text("Close file"));
+        tester.answers.expectMessage();
+        tester.trigger(action);
+        QCOMPARE(tester.answers.messages(), QStringList(text("No data|No data to save")));
+        QCOMPARE(tester.answers.unexpected(), QStringList());
+    }
+
     void fileDialogHasItsTexts_data() { commands_data(); }
-    void fileDialogHasItsTexts();
+    void fileDialogHasItsTexts()
+    {
+        QFETCH(QString, action);
+        QFETCH(QString, caption);
+        Tester tester;
+        tester.answers.expect<QFileDialog>([caption](QFileDialog &dialog) {
+            QCOMPARE(dialog.windowTitle(), caption);
+            QCOMPARE(dialog.nameFilters(), QStringList(text("Xlsx document (*.xlsx)")));
+            QCOMPARE(dialog.acceptMode(), QFileDialog::AcceptSave);
+            QVERIFY(!dialog.testOption(QFileDialog::DontConfirmOverwrite));
+            dialog.reject();
+        });
+        tester.trigger(action);
+        QCOMPARE(tester.answers.unexpected(), QStringList());
+    }
+
     void fileDialogStartsWhereTheLastOneEnded_data() { commands_data(); }
-    void fileDialogStartsWhereTheLastOneEnded();
+    void fileDialogStartsWhereTheLastOneEnded()
+    {
+        QFETCH(QString, action);
+        Tester tester;
+        const QString ward = tester.path(text("ward"));
+        QVERIFY(QDir().mkdir(ward));
+        tester.answers.expect<QFileDialog>([&ward](QFileDialog &dialog) {
+            dialog.setDirectory(ward);
+            dialog.reject();
+        });
+        tester.trigger(text("Open File"));
+        QString directory;
+        tester.answers.expect<QFileDialog>([&directory](QFileDialog &dialog) {
+            directory = dialog.directory().canonicalPath();
+            dialog.reject();
+        });
+        tester.trigger(action);
+        QCOMPARE(tester.answers.unexpected(), QStringList());
+        QCOMPARE(directory, QDir(ward).canonicalPath());
+    }
+
     void cancelWritesNothing_data() { commands_data(); }
-    void cancelWritesNothing();
+    void cancelWritesNothing()
+    {
+        QFETCH(QString, action);
+        Tester tester;
+        const QStringList before = QDir(tester.folder.path()).entryList(QDir::Files);
+        tester.answers.expectAndCancel();
+        tester.trigger(action);
+        QCOMPARE(QDir(tester.folder.path()).entryList(QDir::Files), before);
+        QCOMPARE(tester.answers.messages(), QStringList());
+    }
+
     void nameIsTakenAsItStands_data() { commands_data(); }
-    void nameIsTakenAsItStands();
+    void nameIsTakenAsItStands()
+    {
+        QFETCH(QString, action);
+        QFETCH(QStringList, sheets);
+        Tester tester;
+        tester.saveAs(action, text("no extension"));
+        QCOMPARE(tester.answers.unexpected(), QStringList());
+        QVERIFY(!QFile::exists(tester.path(text("no extension.xlsx"))));
+        const QXlsx::Document saved(tester.path(text("no extension")));
+        QCOMPARE(saved.sheetNames(), sheets);
+    }
+
     void failedSaveSaysNothingAndLosesNothing_data() { commands_data(); }
-    void failedSaveSaysNothingAndLosesNothing();
-    void savedDataOpensAgainAsInput();
-    void marksReachTheAnalysisWorkbook();
-    void analysisUsesTheMediansWhateverTheSettingSays();
+    void failedSaveSaysNothingAndLosesNothing()
+    {
+        QFETCH(QString, action);
+        Tester tester;
+        const QStringList table = MainWindowTester::tableTexts(*tester.patientTable());
+        tester.saveAs(action, text("nowhere/out.xlsx"));
+        QCOMPARE(tester.answers.messages(), QStringList());
+        QCOMPARE(tester.answers.unexpected(), QStringList());
+        QVERIFY(!QFile::exists(tester.path(text("nowhere"))));
+        QCOMPARE(MainWindowTester::tableTexts(*tester.patientTable()), table);
+        QVERIFY(tester.action(text("Close file"))->isEnabled());
+    }
+
+    void savedDataOpensAgainAsInput()
+    {
+        Tester tester;
+        const QStringList table = MainWindowTester::tableTexts(*tester.patientTable());
+        const QStringList scores = MainWindowTester::tableTexts(*tester.scoreTable());
+        tester.saveAs(text("Save file"), text("data.xlsx"));
+        tester.trigger(text("Close file"));
+        tester.open(text("data.xlsx"));
+        QCOMPARE(tester.answers.unexpected(), QStringList());
+        QCOMPARE(MainWindowTester::tableTexts(*tester.patientTable()), table);
+        QCOMPARE(MainWindowTester::tableTexts(*tester.scoreTable()), scores);
+    }
+
+    void marksReachTheAnalysisWorkbook()
+    {
+        Tester tester;
+        tester.patientsModel()->patients[1].idealKvadrant = 3;
+        tester.saveAs(text("Save data analysis"), text("analysis.xlsx"));
+        QXlsx::Document saved(tester.path(text("analysis.xlsx")));
+        QVERIFY(saved.selectSheet(text("IdealCompare")));
+        QCOMPARE(saved.read(2, 2).toInt(), -1);
+        QCOMPARE(saved.read(3, 2).toInt(), 3);
+    }
+
+    void analysisUsesTheMediansWhateverTheSettingSays()
+    {
+        QByteArray average = MainWindowTester::defaultConfig;
+        average.replace("Median = 1", "Median = 0");
+        MainWindowTester tester(average);
+        // Median differences 1, 2 and 9: on the median the middle one is worse, on the mean better.
+        TestWorkbooks::save(
+            tester.path(text("three.xlsx")),
+            {{text("a"), 50.0, 51.0}, {text("b"), 50.0, 52.0}, {text("c"), 50.0, 59.0}});
+        tester.start();
+        tester.open(text("three.xlsx"));
+        QCOMPARE(tester.patientsModel()->index(1, 1).data().toString().left(1), text("B"));
+        tester.answers.expectFile(tester.path(text("analysis.xlsx")));
+        tester.trigger(text("Save data analysis"));
+        QXlsx::Document saved(tester.path(text("analysis.xlsx")));
+        QVERIFY(saved.selectSheet(text("Convergence&Variability")));
+        QCOMPARE(saved.read(4, 1).toString(), text("b"));
+        QCOMPARE(saved.read(4, 2).toInt(), 1);
+    }
 
 private:
-    static void commands_data();
+    static void commands_data()
+    {
+        QTest::addColumn<QString>("action");
+        QTest::addColumn<QString>("caption");
+        QTest::addColumn<QStringList>("sheets");
+        QTest::newRow("data") << text("Save file") << text("Save file")
+                              << QStringList({text("Data"), text("Method result"), text("Graph")});
+        QStringList analysis = {text("Median")};
+        const auto numbered = [&analysis](const char *name, int count) {
+            for (int i = 1; i <= count; ++i) {
+                analysis << text(name) + QString::number(i);
+            }
+        };
+        numbered("Compare ", 9);
+        analysis << text("AnovaMedian") << text("Convergence&Variability");
+        numbered("Covergence compare ", 3);
+        analysis << text("ConvAnova");
+        numbered("Variability compare ", 3);
+        analysis << text("VarAnova") << text("IdealCompare");
+        QTest::newRow("analysis") << text("Save data analysis") << text("Save analysis")
+                                  << analysis;
+    }
 };
-
-void TestSaveCommands::commands_data()
-{
-    QTest::addColumn<QString>("action");
-    QTest::addColumn<QString>("caption");
-    QTest::addColumn<QStringList>("sheets");
-    QTest::newRow("data") << text("Save file") << text("Save file")
-                          << QStringList({text("Data"), text("Method result"), text("Graph")});
-    QStringList analysis = {text("Median")};
-    const auto numbered = [&analysis](const char *name, int count) {
-        for (int i = 1; i <= count; ++i) {
-            analysis << text(name) + QString::number(i);
-        }
-    };
-    numbered("Compare ", 9);
-    analysis << text("AnovaMedian") << text("Convergence&Variability");
-    numbered("Covergence compare ", 3);
-    analysis << text("ConvAnova");
-    numbered("Variability compare ", 3);
-    analysis << text("VarAnova") << text("IdealCompare");
-    QTest::newRow("analysis") << text("Save data analysis") << text("Save analysis") << analysis;
-}
-
-// Before every other test: the toolkit remembers where a dialog has been, as long as it runs.
-void TestSaveCommands::firstDialogStartsInTheWorkingDirectory()
-{
-    MainWindowTester tester;
-    tester.start();
-    QString directory;
-    tester.answers.expect<QFileDialog>([&directory](QFileDialog &dialog) {
-        directory = dialog.directory().canonicalPath();
-        dialog.reject();
-    });
-    tester.trigger(text("Open File"));
-    QCOMPARE(tester.answers.unexpected(), QStringList());
-    QCOMPARE(directory, QDir(tester.folder.path()).canonicalPath());
-}
-
-void TestSaveCommands::withoutPatientsTheyRefuse()
-{
-    QFETCH(QString, action);
-    MainWindowTester tester;
-    tester.start();
-    tester.answers.expectMessage();
-    tester.trigger(action);
-    QCOMPARE(tester.answers.messages(), QStringList(text("No data|No data to save")));
-    QCOMPARE(tester.answers.unexpected(), QStringList());
-}
-
-void TestSaveCommands::afterCloseTheyRefuse()
-{
-    QFETCH(QString, action);
-    Tester tester;
-    tester.trigger(text("Close file"));
-    tester.answers.expectMessage();
-    tester.trigger(action);
-    QCOMPARE(tester.answers.messages(), QStringList(text("No data|No data to save")));
-    QCOMPARE(tester.answers.unexpected(), QStringList());
-}
-
-void TestSaveCommands::fileDialogHasItsTexts()
-{
-    QFETCH(QString, action);
-    QFETCH(QString, caption);
-    Tester tester;
-    tester.answers.expect<QFileDialog>([caption](QFileDialog &dialog) {
-        QCOMPARE(dialog.windowTitle(), caption);
-        QCOMPARE(dialog.nameFilters(), QStringList(text("Xlsx document (*.xlsx)")));
-        QCOMPARE(dialog.acceptMode(), QFileDialog::AcceptSave);
-        QVERIFY(!dialog.testOption(QFileDialog::DontConfirmOverwrite));
-        dialog.reject();
-    });
-    tester.trigger(action);
-    QCOMPARE(tester.answers.unexpected(), QStringList());
-}
-
-void TestSaveCommands::fileDialogStartsWhereTheLastOneEnded()
-{
-    QFETCH(QString, action);
-    Tester tester;
-    const QString ward = tester.path(text("ward"));
-    QVERIFY(QDir().mkdir(ward));
-    tester.answers.expect<QFileDialog>([&ward](QFileDialog &dialog) {
-        dialog.setDirectory(ward);
-        dialog.reject();
-    });
-    tester.trigger(text("Open File"));
-    QString directory;
-    tester.answers.expect<QFileDialog>([&directory](QFileDialog &dialog) {
-        directory = dialog.directory().canonicalPath();
-        dialog.reject();
-    });
-    tester.trigger(action);
-    QCOMPARE(tester.answers.unexpected(), QStringList());
-    QCOMPARE(directory, QDir(ward).canonicalPath());
-}
-
-void TestSaveCommands::cancelWritesNothing()
-{
-    QFETCH(QString, action);
-    Tester tester;
-    const QStringList before = QDir(tester.folder.path()).entryList(QDir::Files);
-    tester.answers.expectAndCancel();
-    tester.trigger(action);
-    QCOMPARE(QDir(tester.folder.path()).entryList(QDir::Files), before);
-    QCOMPARE(tester.answers.messages(), QStringList());
-}
-
-void TestSaveCommands::nameIsTakenAsItStands()
-{
-    QFETCH(QString, action);
-    QFETCH(QStringList, sheets);
-    Tester tester;
-    tester.saveAs(action, text("no extension"));
-    QCOMPARE(tester.answers.unexpected(), QStringList());
-    QVERIFY(!QFile::exists(tester.path(text("no extension.xlsx"))));
-    const QXlsx::Document saved(tester.path(text("no extension")));
-    QCOMPARE(saved.sheetNames(), sheets);
-}
-
-void TestSaveCommands::failedSaveSaysNothingAndLosesNothing()
-{
-    QFETCH(QString, action);
-    Tester tester;
-    const QStringList table = MainWindowTester::tableTexts(*tester.patientTable());
-    tester.saveAs(action, text("nowhere/out.xlsx"));
-    QCOMPARE(tester.answers.messages(), QStringList());
-    QCOMPARE(tester.answers.unexpected(), QStringList());
-    QVERIFY(!QFile::exists(tester.path(text("nowhere"))));
-    QCOMPARE(MainWindowTester::tableTexts(*tester.patientTable()), table);
-    QVERIFY(tester.action(text("Close file"))->isEnabled());
-}
-
-void TestSaveCommands::savedDataOpensAgainAsInput()
-{
-    Tester tester;
-    const QStringList table = MainWindowTester::tableTexts(*tester.patientTable());
-    const QStringList scores = MainWindowTester::tableTexts(*tester.scoreTable());
-    tester.saveAs(text("Save file"), text("data.xlsx"));
-    tester.trigger(text("Close file"));
-    tester.open(text("data.xlsx"));
-    QCOMPARE(tester.answers.unexpected(), QStringList());
-    QCOMPARE(MainWindowTester::tableTexts(*tester.patientTable()), table);
-    QCOMPARE(MainWindowTester::tableTexts(*tester.scoreTable()), scores);
-}
-
-void TestSaveCommands::marksReachTheAnalysisWorkbook()
-{
-    Tester tester;
-    tester.patientsModel()->patients[1].idealKvadrant = 3;
-    tester.saveAs(text("Save data analysis"), text("analysis.xlsx"));
-    QXlsx::Document saved(tester.path(text("analysis.xlsx")));
-    QVERIFY(saved.selectSheet(text("IdealCompare")));
-    QCOMPARE(saved.read(2, 2).toInt(), -1);
-    QCOMPARE(saved.read(3, 2).toInt(), 3);
-}
-
-void TestSaveCommands::analysisUsesTheMediansWhateverTheSettingSays()
-{
-    QByteArray average = MainWindowTester::defaultConfig;
-    average.replace("Median = 1", "Median = 0");
-    MainWindowTester tester(average);
-    // Median differences 1, 2 and 9: on the median the middle one is worse, on the mean better.
-    TestWorkbooks::save(
-        tester.path(text("three.xlsx")),
-        {{text("a"), 50.0, 51.0}, {text("b"), 50.0, 52.0}, {text("c"), 50.0, 59.0}});
-    tester.start();
-    tester.open(text("three.xlsx"));
-    QCOMPARE(tester.patientsModel()->index(1, 1).data().toString().left(1), text("B"));
-    tester.answers.expectFile(tester.path(text("analysis.xlsx")));
-    tester.trigger(text("Save data analysis"));
-    QXlsx::Document saved(tester.path(text("analysis.xlsx")));
-    QVERIFY(saved.selectSheet(text("Convergence&Variability")));
-    QCOMPARE(saved.read(4, 1).toString(), text("b"));
-    QCOMPARE(saved.read(4, 2).toInt(), 1);
-}
 
 QTEST_MAIN(TestSaveCommands)
 #include "tst_savecommands.moc"

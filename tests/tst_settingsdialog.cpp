@@ -89,377 +89,355 @@ class TestSettingsDialog : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
+    void init()
+    {
+        m_startFolder = QDir::currentPath();
+        m_folder = std::make_unique<QTemporaryDir>();
+        QVERIFY(m_folder->isValid());
+        QVERIFY(QDir::setCurrent(m_folder->path()));
+        CConfig::resetInstance();
+    }
 
-    void windowHasTitleAndFixedSize();
-    void groupsStandInOrder();
-    void buttonsStandAtTheRightEdge();
-    void widgetsStandInTheirGroups();
-    void labelsStandBesideTheirWidgets();
-    void comboBoxesListTheMethodsByIndex();
-    void showInformationIsNeverShown();
-    void widgetsShowTheSettings_data();
-    void widgetsShowTheSettings();
-    void dialogFollowsTheStoreAndNotTheFile();
-    void okSavesWhatTheUserChose();
-    void okGivesAcceptedToExec();
-    void cancelAndCloseChangeNothing_data();
-    void cancelAndCloseChangeNothing();
-    void centerChecksExcludeEachOther();
-    void fileAfterOk_data();
-    void fileAfterOk();
-    void newFileOfDefaultsStaysAsItIs();
-    void unwritableFileKeepsTheSettingsInMemory();
+    void cleanup()
+    {
+        m_dialog.reset();
+        CConfig::resetInstance();
+        QVERIFY(QDir::setCurrent(m_startFolder));
+        m_folder.reset();
+    }
+
+    void windowHasTitleAndFixedSize()
+    {
+        open();
+        QCOMPARE(m_dialog->windowTitle(), QStringLiteral("Settings"));
+        QCOMPARE(m_dialog->parent(), nullptr);
+        QCOMPARE(m_dialog->layout()->sizeConstraint(), QLayout::SetFixedSize);
+        QCOMPARE(m_dialog->minimumSize(), m_dialog->maximumSize());
+    }
+
+    void groupsStandInOrder()
+    {
+        open();
+        QStringList titles;
+        const QLayout *outer = m_dialog->layout();
+        QCOMPARE(outer->count(), 4);
+        for (int i = 0; i < 3; ++i) {
+            const auto *group = qobject_cast<QGroupBox *>(outer->itemAt(i)->widget());
+            QVERIFY(group && group->isVisible());
+            titles << group->title();
+        }
+        QCOMPARE(titles,
+                 QStringList() << QStringLiteral("Method") << QStringLiteral("Center method")
+                               << QStringLiteral("Offset"));
+    }
+
+    void buttonsStandAtTheRightEdge()
+    {
+        open();
+        const QLayout *buttons = m_dialog->layout()->itemAt(3)->layout();
+        QVERIFY(buttons);
+        QCOMPARE(buttons->alignment(), Qt::AlignRight);
+        QCOMPARE(buttons->count(), 2);
+        const auto *ok = qobject_cast<QPushButton *>(buttons->itemAt(0)->widget());
+        const auto *cancel = qobject_cast<QPushButton *>(buttons->itemAt(1)->widget());
+        QCOMPARE(ok, find<QPushButton>(*m_dialog, "okButton"));
+        QCOMPARE(cancel, find<QPushButton>(*m_dialog, "cancelButton"));
+        QCOMPARE(ok->text(), QStringLiteral("Ok"));
+        QCOMPARE(cancel->text(), QStringLiteral("Cancel"));
+        QCOMPARE(ok->parent(), m_dialog.get());
+        QCOMPARE(cancel->parent(), m_dialog.get());
+    }
+
+    void widgetsStandInTheirGroups()
+    {
+        open();
+        const auto groupOf = [this](const char *name) {
+            return qobject_cast<QGroupBox *>(find<QWidget>(*m_dialog, name)->parentWidget())
+                ->title();
+        };
+        const QMap<const char *, const char *> groups = {
+            {"convergenceCombo", "Method"},    {"varianceCombo", "Method"},
+            {"averageCheck", "Center method"}, {"medianCheck", "Center method"},
+            {"offsetSpin", "Offset"},          {"showInfoCheck", "Show information"},
+        };
+        for (auto group = groups.begin(); group != groups.end(); ++group) {
+            QCOMPARE(groupOf(group.key()), QLatin1String(group.value()));
+        }
+
+        const auto *average = find<QCheckBox>(*m_dialog, "averageCheck");
+        const auto *median = find<QCheckBox>(*m_dialog, "medianCheck");
+        QCOMPARE(average->text(), QStringLiteral("Average"));
+        QCOMPARE(median->text(), QStringLiteral("Median"));
+        QVERIFY(average->x() < median->x());
+    }
+
+    void labelsStandBesideTheirWidgets()
+    {
+        open();
+        QStringList labels;
+        const auto all = m_dialog->findChildren<QLabel *>();
+        for (const QLabel *label : all) {
+            QVERIFY(label->isVisible());
+            labels << label->text();
+        }
+        labels.sort();
+        QCOMPARE(labels,
+                 QStringList() << QStringLiteral("Convergence") << QStringLiteral("Offset count")
+                               << QStringLiteral("Variability"));
+        const auto *rows = find<QWidget>(*m_dialog, "convergenceCombo")->parentWidget()->layout();
+        QCOMPARE(rows->count(), 2);
+        for (int i = 0; i < rows->count(); ++i) {
+            QCOMPARE(rows->itemAt(i)->layout()->alignment(), Qt::AlignLeft);
+            QVERIFY(qobject_cast<QLabel *>(rows->itemAt(i)->layout()->itemAt(0)->widget()));
+        }
+    }
+
+    void comboBoxesListTheMethodsByIndex()
+    {
+        open();
+        QCOMPARE(items(find<QComboBox>(*m_dialog, "convergenceCombo")),
+                 QStringList() << QStringLiteral("Median difference")
+                               << QStringLiteral("Linear least squares")
+                               << QStringLiteral("C*e^(k*x)"));
+        QCOMPARE(items(find<QComboBox>(*m_dialog, "varianceCombo")),
+                 QStringList() << QStringLiteral("Standard deviation")
+                               << QStringLiteral("Difference standard deviation offset")
+                               << QStringLiteral("Interquartile range"));
+        const auto *spin = find<QSpinBox>(*m_dialog, "offsetSpin");
+        QCOMPARE(spin->minimum(), 0);
+        QCOMPARE(spin->maximum(), 99);
+    }
+
+    void showInformationIsNeverShown()
+    {
+        open();
+        const auto *check = find<QCheckBox>(*m_dialog, "showInfoCheck");
+        QCOMPARE(check->text(), QStringLiteral("Show info (above right table)"));
+        QVERIFY(!check->isVisible());
+        QVERIFY(!check->parentWidget()->isVisible());
+        QVERIFY(check->parentWidget()->parentWidget() == m_dialog.get());
+        QCOMPARE(m_dialog->layout()->indexOf(check->parentWidget()), -1);
+    }
+
+    void widgetsShowTheSettings_data()
+    {
+        QTest::addColumn<QByteArray>("file");
+        QTest::addColumn<int>("convergence");
+        QTest::addColumn<int>("variance");
+        QTest::addColumn<bool>("median");
+        QTest::addColumn<int>("offset");
+        QTest::addColumn<bool>("show");
+        QTest::newRow("defaults") << settings(0, 0, 1, 3, 1) << 0 << 0 << true << 3 << true;
+        QTest::newRow("others") << settings(1, 2, 0, 7, 0) << 1 << 2 << false << 7 << false;
+        QTest::newRow("last methods") << settings(2, 1, 1, 0, 1) << 2 << 1 << true << 0 << true;
+        QTest::newRow("empty file") << QByteArray() << 0 << 0 << false << 0 << false;
+        QTest::newRow("Median missing")
+            << QByteArray("[Method]\nConvergence = 1\n[Variable]\nSkip = 3\n") << 1 << 0 << false
+            << 3 << false;
+        QTest::newRow("Skip 99") << settings(0, 0, 1, 99, 1) << 0 << 0 << true << 99 << true;
+        QTest::newRow("Skip 100") << settings(0, 0, 1, 100, 1) << 0 << 0 << true << 99 << true;
+        QTest::newRow("Skip 150") << settings(0, 0, 1, 150, 1) << 0 << 0 << true << 99 << true;
+        QTest::newRow("Skip -1") << settings(0, 0, 1, -1, 1) << 0 << 0 << true << 0 << true;
+        QTest::newRow("Skip beyond an int")
+            << QByteArray("[Variable]\nSkip = 5000000000\n") << 0 << 0 << false << 99 << false;
+        QTest::newRow("Skip 2.9") << QByteArray("[Variable]\nSkip = 2.9\n") << 0 << 0 << false << 2
+                                  << false;
+    }
+
+    void widgetsShowTheSettings()
+    {
+        QFETCH(QByteArray, file);
+        QFETCH(bool, median);
+        write(file);
+        open();
+        QTEST(find<QComboBox>(*m_dialog, "convergenceCombo")->currentIndex(), "convergence");
+        QTEST(find<QComboBox>(*m_dialog, "varianceCombo")->currentIndex(), "variance");
+        QCOMPARE(find<QCheckBox>(*m_dialog, "medianCheck")->isChecked(), median);
+        QCOMPARE(find<QCheckBox>(*m_dialog, "averageCheck")->isChecked(), !median);
+        QTEST(find<QSpinBox>(*m_dialog, "offsetSpin")->value(), "offset");
+        QTEST(find<QCheckBox>(*m_dialog, "showInfoCheck")->isChecked(), "show");
+    }
+
+    void dialogFollowsTheStoreAndNotTheFile()
+    {
+        write(settings(0, 0, 1, 3, 1));
+        open();
+        write(settings(2, 2, 0, 9, 0));
+        m_dialog = std::make_unique<SettingsDialog>();
+        QCOMPARE(find<QSpinBox>(*m_dialog, "offsetSpin")->value(), 3);
+        CConfig::instance().saveConfig(1, 1, 0, 8, 1);
+        m_dialog = std::make_unique<SettingsDialog>();
+        QCOMPARE(find<QSpinBox>(*m_dialog, "offsetSpin")->value(), 8);
+        QCOMPARE(find<QComboBox>(*m_dialog, "convergenceCombo")->currentIndex(), 1);
+    }
+
+    void okSavesWhatTheUserChose()
+    {
+        write(settings(0, 0, 1, 3, 1));
+        open();
+        changeEverything(m_dialog.get());
+        QCOMPARE(content(), settings(0, 0, 1, 3, 1));
+        press(m_dialog.get(), "okButton");
+        QCOMPARE(content(), settings(2, 1, 0, 4, 1));
+        QCOMPARE(m_dialog->result(), int(QDialog::Accepted));
+        QVERIFY(!m_dialog->isVisible());
+        QCOMPARE(CConfig::instance().convergenceMethod(), quint64(2));
+        QCOMPARE(CConfig::instance().skip(), quint64(4));
+    }
+
+    void okGivesAcceptedToExec()
+    {
+        for (const char *button : {"okButton", "cancelButton"}) {
+            SettingsDialog dialog;
+            ModalAnswers answers;
+            answers.expect<SettingsDialog>(
+                [button](SettingsDialog &shown) { press(&shown, button); });
+            const int result = dialog.exec();
+            QCOMPARE(answers.unexpected(), QStringList());
+            QCOMPARE(result, int(qstrcmp(button, "okButton") == 0));
+        }
+    }
+
+    void cancelAndCloseChangeNothing_data()
+    {
+        QTest::addColumn<int>("way");
+        QTest::newRow("Cancel") << 0;
+        QTest::newRow("Escape") << 1;
+        QTest::newRow("window closed") << 2;
+    }
+
+    void cancelAndCloseChangeNothing()
+    {
+        QFETCH(int, way);
+        const QByteArray before = "; mine\n[variable]\nSKIP=12\n[Other]\nkey=value\n";
+        write(before);
+        open();
+        changeEverything(m_dialog.get());
+        switch (way) {
+        case 0:
+            press(m_dialog.get(), "cancelButton");
+            break;
+        case 1:
+            QTest::keyClick(m_dialog.get(), Qt::Key_Escape);
+            break;
+        default:
+            m_dialog->close();
+            break;
+        }
+        QVERIFY(!m_dialog->isVisible());
+        QCOMPARE(m_dialog->result(), int(QDialog::Rejected));
+        QCOMPARE(content(), before);
+        QCOMPARE(CConfig::instance().convergenceMethod(), quint64(0));
+        QCOMPARE(CConfig::instance().skip(), quint64(12));
+    }
+
+    void centerChecksExcludeEachOther()
+    {
+        write(settings(0, 0, 1, 3, 1));
+        open();
+        auto *average = find<QCheckBox>(*m_dialog, "averageCheck");
+        auto *median = find<QCheckBox>(*m_dialog, "medianCheck");
+        const auto state = [&] { return qMakePair(average->isChecked(), median->isChecked()); };
+        click(median);
+        QCOMPARE(state(), qMakePair(false, true));
+        click(average);
+        QCOMPARE(state(), qMakePair(true, false));
+        click(average);
+        QCOMPARE(state(), qMakePair(true, false));
+        click(median);
+        QCOMPARE(state(), qMakePair(false, true));
+
+        const auto *choice = m_dialog->findChild<QButtonGroup *>();
+        QVERIFY(choice && choice->exclusive());
+        QCOMPARE(choice->buttons(), (QList<QAbstractButton *>{median, average}));
+        QVERIFY(choice->id(median) < -1);
+        QVERIFY(choice->id(average) < -1);
+    }
+
+    void fileAfterOk_data()
+    {
+        QTest::addColumn<QByteArray>("before");
+        QTest::addColumn<QByteArray>("after");
+
+        QTest::newRow("no file") << QByteArray("none") << settings(0, 0, 0, 0, 0);
+        QTest::newRow("empty file") << QByteArray() << settings(0, 0, 0, 0, 0);
+        QTest::newRow("nothing to change") << settings(2, 1, 1, 5, 1) << settings(2, 1, 1, 5, 1);
+        QTest::newRow("Show 0") << settings(0, 0, 1, 3, 0) << settings(0, 0, 1, 3, 0);
+        QTest::newRow("Show 1") << settings(0, 0, 1, 3, 1) << settings(0, 0, 1, 3, 1);
+        QTest::newRow("Skip 150") << settings(0, 0, 1, 150, 1) << settings(0, 0, 1, 99, 1);
+        QTest::newRow("Skip -1") << settings(0, 0, 1, -1, 1) << settings(0, 0, 1, 0, 1);
+        QTest::newRow("fractions") << QByteArray("[Method]\nConvergence = 2.9\nVariance = 1x\n")
+                                   << settings(2, 0, 0, 0, 0);
+        QTest::newRow("other order and case")
+            << QByteArray("[INFO]\nSHOW=1\n[variable]\nskip = 4\n[result]\nMEDIAN=1\n"
+                          "[method]\nVARIANCE=2\nconvergence=1\n")
+            << QByteArray(
+                   "[INFO]\nSHOW = 1\n\n\n[variable]\nskip = 4\n\n\n[result]\nMEDIAN = 1\n\n\n"
+                   "[method]\nVARIANCE = 2\nconvergence = 1\n");
+        QTest::newRow("unknown keys and comments")
+            << QByteArray("; the settings of ward 3\n\n[Method]\n; by index\nConvergence = 1\n"
+                          "Comment = keep me\nVariance = 2\n\n[Ward]\nName = 3\n\n[Variable]\n"
+                          "Skip = 6\n")
+            // The library sets a comment apart by an empty line, and a section by two.
+            << QByteArray("; the settings of ward 3\n\n\n[Method]\n\n; by index\nConvergence = 1\n"
+                          "Comment = keep me\nVariance = 2\n\n\n[Ward]\nName = 3\n\n\n[Variable]\n"
+                          "Skip = 6\n\n\n[Result]\nMedian = 0\n\n\n[Info]\nShow = 0\n");
+        QTest::newRow("Median missing")
+            << QByteArray("[Method]\nConvergence = 1\nVariance = 2\n\n\n[Result]\n\n\n[Variable]\n"
+                          "Skip = 3\n\n\n[Info]\nShow = 1\n")
+            << QByteArray("[Method]\nConvergence = 1\nVariance = 2\n\n\n[Result]\nMedian = 0\n\n\n"
+                          "[Variable]\nSkip = 3\n\n\n[Info]\nShow = 1\n");
+    }
+
+    void fileAfterOk()
+    {
+        QFETCH(QByteArray, before);
+        if (before != "none") {
+            write(before);
+        }
+        open();
+        press(m_dialog.get(), "okButton");
+        QTEST(content(), "after");
+    }
+
+    void newFileOfDefaultsStaysAsItIs()
+    {
+        QCOMPARE(CConfig::instance().createDefaultConfig(), int(CConfig::Ok));
+        QCOMPARE(content(), settings(0, 0, 1, 3, 1));
+        SettingsDialog dialog;
+        dialog.show();
+        press(&dialog, "okButton");
+        QCOMPARE(content(), settings(0, 0, 1, 3, 1));
+    }
+
+    void unwritableFileKeepsTheSettingsInMemory()
+    {
+        // A folder of that name can neither be read nor written, whoever runs the tests.
+        QVERIFY(QDir().mkdir(fileName));
+        open();
+        changeEverything(m_dialog.get());
+        press(m_dialog.get(), "okButton");
+        QCOMPARE(m_dialog->result(), int(QDialog::Accepted));
+        QCOMPARE(CConfig::instance().convergenceMethod(), quint64(2));
+        QCOMPARE(CConfig::instance().varianceMethod(), quint64(1));
+        QCOMPARE(CConfig::instance().skip(), quint64(1));
+        QVERIFY(QFileInfo(fileName).isDir());
+    }
 
 private: // NOLINT(readability-redundant-access-specifiers)
     // Drops the store of the test before, and opens the dialog on the present file.
-    void open();
+    void open()
+    {
+        CConfig::resetInstance();
+        m_dialog = std::make_unique<SettingsDialog>();
+        m_dialog->show();
+        QVERIFY(QTest::qWaitForWindowExposed(m_dialog.get()));
+    }
 
     QString m_startFolder;
     std::unique_ptr<QTemporaryDir> m_folder;
     std::unique_ptr<SettingsDialog> m_dialog;
 };
-
-void TestSettingsDialog::init()
-{
-    m_startFolder = QDir::currentPath();
-    m_folder = std::make_unique<QTemporaryDir>();
-    QVERIFY(m_folder->isValid());
-    QVERIFY(QDir::setCurrent(m_folder->path()));
-    CConfig::resetInstance();
-}
-
-void TestSettingsDialog::cleanup()
-{
-    m_dialog.reset();
-    CConfig::resetInstance();
-    QVERIFY(QDir::setCurrent(m_startFolder));
-    m_folder.reset();
-}
-
-void TestSettingsDialog::open()
-{
-    CConfig::resetInstance();
-    m_dialog = std::make_unique<SettingsDialog>();
-    m_dialog->show();
-    QVERIFY(QTest::qWaitForWindowExposed(m_dialog.get()));
-}
-
-void TestSettingsDialog::windowHasTitleAndFixedSize()
-{
-    open();
-    QCOMPARE(m_dialog->windowTitle(), QStringLiteral("Settings"));
-    QCOMPARE(m_dialog->parent(), nullptr);
-    QCOMPARE(m_dialog->layout()->sizeConstraint(), QLayout::SetFixedSize);
-    QCOMPARE(m_dialog->minimumSize(), m_dialog->maximumSize());
-}
-
-void TestSettingsDialog::groupsStandInOrder()
-{
-    open();
-    QStringList titles;
-    const QLayout *outer = m_dialog->layout();
-    QCOMPARE(outer->count(), 4);
-    for (int i = 0; i < 3; ++i) {
-        const auto *group = qobject_cast<QGroupBox *>(outer->itemAt(i)->widget());
-        QVERIFY(group && group->isVisible());
-        titles << group->title();
-    }
-    QCOMPARE(titles,
-             QStringList() << QStringLiteral("Method") << QStringLiteral("Center method")
-                           << QStringLiteral("Offset"));
-}
-
-void TestSettingsDialog::buttonsStandAtTheRightEdge()
-{
-    open();
-    const QLayout *buttons = m_dialog->layout()->itemAt(3)->layout();
-    QVERIFY(buttons);
-    QCOMPARE(buttons->alignment(), Qt::AlignRight);
-    QCOMPARE(buttons->count(), 2);
-    const auto *ok = qobject_cast<QPushButton *>(buttons->itemAt(0)->widget());
-    const auto *cancel = qobject_cast<QPushButton *>(buttons->itemAt(1)->widget());
-    QCOMPARE(ok, find<QPushButton>(*m_dialog, "okButton"));
-    QCOMPARE(cancel, find<QPushButton>(*m_dialog, "cancelButton"));
-    QCOMPARE(ok->text(), QStringLiteral("Ok"));
-    QCOMPARE(cancel->text(), QStringLiteral("Cancel"));
-    QCOMPARE(ok->parent(), m_dialog.get());
-    QCOMPARE(cancel->parent(), m_dialog.get());
-}
-
-void TestSettingsDialog::widgetsStandInTheirGroups()
-{
-    open();
-    const auto groupOf = [this](const char *name) {
-        return qobject_cast<QGroupBox *>(find<QWidget>(*m_dialog, name)->parentWidget())->title();
-    };
-    const QMap<const char *, const char *> groups = {
-        {"convergenceCombo", "Method"},    {"varianceCombo", "Method"},
-        {"averageCheck", "Center method"}, {"medianCheck", "Center method"},
-        {"offsetSpin", "Offset"},          {"showInfoCheck", "Show information"},
-    };
-    for (auto group = groups.begin(); group != groups.end(); ++group) {
-        QCOMPARE(groupOf(group.key()), QLatin1String(group.value()));
-    }
-
-    const auto *average = find<QCheckBox>(*m_dialog, "averageCheck");
-    const auto *median = find<QCheckBox>(*m_dialog, "medianCheck");
-    QCOMPARE(average->text(), QStringLiteral("Average"));
-    QCOMPARE(median->text(), QStringLiteral("Median"));
-    QVERIFY(average->x() < median->x());
-}
-
-void TestSettingsDialog::labelsStandBesideTheirWidgets()
-{
-    open();
-    QStringList labels;
-    const auto all = m_dialog->findChildren<QLabel *>();
-    for (const QLabel *label : all) {
-        QVERIFY(label->isVisible());
-        labels << label->text();
-    }
-    labels.sort();
-    QCOMPARE(labels,
-             QStringList() << QStringLiteral("Convergence") << QStringLiteral("Offset count")
-                           << QStringLiteral("Variability"));
-    const auto *rows = find<QWidget>(*m_dialog, "convergenceCombo")->parentWidget()->layout();
-    QCOMPARE(rows->count(), 2);
-    for (int i = 0; i < rows->count(); ++i) {
-        QCOMPARE(rows->itemAt(i)->layout()->alignment(), Qt::AlignLeft);
-        QVERIFY(qobject_cast<QLabel *>(rows->itemAt(i)->layout()->itemAt(0)->widget()));
-    }
-}
-
-void TestSettingsDialog::comboBoxesListTheMethodsByIndex()
-{
-    open();
-    QCOMPARE(items(find<QComboBox>(*m_dialog, "convergenceCombo")),
-             QStringList() << QStringLiteral("Median difference")
-                           << QStringLiteral("Linear least squares")
-                           << QStringLiteral("C*e^(k*x)"));
-    QCOMPARE(items(find<QComboBox>(*m_dialog, "varianceCombo")),
-             QStringList() << QStringLiteral("Standard deviation")
-                           << QStringLiteral("Difference standard deviation offset")
-                           << QStringLiteral("Interquartile range"));
-    const auto *spin = find<QSpinBox>(*m_dialog, "offsetSpin");
-    QCOMPARE(spin->minimum(), 0);
-    QCOMPARE(spin->maximum(), 99);
-}
-
-void TestSettingsDialog::showInformationIsNeverShown()
-{
-    open();
-    const auto *check = find<QCheckBox>(*m_dialog, "showInfoCheck");
-    QCOMPARE(check->text(), QStringLiteral("Show info (above right table)"));
-    QVERIFY(!check->isVisible());
-    QVERIFY(!check->parentWidget()->isVisible());
-    QVERIFY(check->parentWidget()->parentWidget() == m_dialog.get());
-    QCOMPARE(m_dialog->layout()->indexOf(check->parentWidget()), -1);
-}
-
-void TestSettingsDialog::widgetsShowTheSettings_data()
-{
-    QTest::addColumn<QByteArray>("file");
-    QTest::addColumn<int>("convergence");
-    QTest::addColumn<int>("variance");
-    QTest::addColumn<bool>("median");
-    QTest::addColumn<int>("offset");
-    QTest::addColumn<bool>("show");
-    QTest::newRow("defaults") << settings(0, 0, 1, 3, 1) << 0 << 0 << true << 3 << true;
-    QTest::newRow("others") << settings(1, 2, 0, 7, 0) << 1 << 2 << false << 7 << false;
-    QTest::newRow("last methods") << settings(2, 1, 1, 0, 1) << 2 << 1 << true << 0 << true;
-    QTest::newRow("empty file") << QByteArray() << 0 << 0 << false << 0 << false;
-    QTest::newRow("Median missing")
-        << QByteArray("[Method]\nConvergence = 1\n[Variable]\nSkip = 3\n") << 1 << 0 << false << 3
-        << false;
-    QTest::newRow("Skip 99") << settings(0, 0, 1, 99, 1) << 0 << 0 << true << 99 << true;
-    QTest::newRow("Skip 100") << settings(0, 0, 1, 100, 1) << 0 << 0 << true << 99 << true;
-    QTest::newRow("Skip 150") << settings(0, 0, 1, 150, 1) << 0 << 0 << true << 99 << true;
-    QTest::newRow("Skip -1") << settings(0, 0, 1, -1, 1) << 0 << 0 << true << 0 << true;
-    QTest::newRow("Skip beyond an int")
-        << QByteArray("[Variable]\nSkip = 5000000000\n") << 0 << 0 << false << 99 << false;
-    QTest::newRow("Skip 2.9") << QByteArray("[Variable]\nSkip = 2.9\n") << 0 << 0 << false << 2
-                              << false;
-}
-
-void TestSettingsDialog::widgetsShowTheSettings()
-{
-    QFETCH(QByteArray, file);
-    QFETCH(bool, median);
-    write(file);
-    open();
-    QTEST(find<QComboBox>(*m_dialog, "convergenceCombo")->currentIndex(), "convergence");
-    QTEST(find<QComboBox>(*m_dialog, "varianceCombo")->currentIndex(), "variance");
-    QCOMPARE(find<QCheckBox>(*m_dialog, "medianCheck")->isChecked(), median);
-    QCOMPARE(find<QCheckBox>(*m_dialog, "averageCheck")->isChecked(), !median);
-    QTEST(find<QSpinBox>(*m_dialog, "offsetSpin")->value(), "offset");
-    QTEST(find<QCheckBox>(*m_dialog, "showInfoCheck")->isChecked(), "show");
-}
-
-void TestSettingsDialog::dialogFollowsTheStoreAndNotTheFile()
-{
-    write(settings(0, 0, 1, 3, 1));
-    open();
-    write(settings(2, 2, 0, 9, 0));
-    m_dialog = std::make_unique<SettingsDialog>();
-    QCOMPARE(find<QSpinBox>(*m_dialog, "offsetSpin")->value(), 3);
-    CConfig::instance().saveConfig(1, 1, 0, 8, 1);
-    m_dialog = std::make_unique<SettingsDialog>();
-    QCOMPARE(find<QSpinBox>(*m_dialog, "offsetSpin")->value(), 8);
-    QCOMPARE(find<QComboBox>(*m_dialog, "convergenceCombo")->currentIndex(), 1);
-}
-
-void TestSettingsDialog::okSavesWhatTheUserChose()
-{
-    write(settings(0, 0, 1, 3, 1));
-    open();
-    changeEverything(m_dialog.get());
-    QCOMPARE(content(), settings(0, 0, 1, 3, 1));
-    press(m_dialog.get(), "okButton");
-    QCOMPARE(content(), settings(2, 1, 0, 4, 1));
-    QCOMPARE(m_dialog->result(), int(QDialog::Accepted));
-    QVERIFY(!m_dialog->isVisible());
-    QCOMPARE(CConfig::instance().convergenceMethod(), quint64(2));
-    QCOMPARE(CConfig::instance().skip(), quint64(4));
-}
-
-void TestSettingsDialog::okGivesAcceptedToExec()
-{
-    for (const char *button : {"okButton", "cancelButton"}) {
-        SettingsDialog dialog;
-        ModalAnswers answers;
-        answers.expect<SettingsDialog>([button](SettingsDialog &shown) { press(&shown, button); });
-        const int result = dialog.exec();
-        QCOMPARE(answers.unexpected(), QStringList());
-        QCOMPARE(result, int(qstrcmp(button, "okButton") == 0));
-    }
-}
-
-void TestSettingsDialog::cancelAndCloseChangeNothing_data()
-{
-    QTest::addColumn<int>("way");
-    QTest::newRow("Cancel") << 0;
-    QTest::newRow("Escape") << 1;
-    QTest::newRow("window closed") << 2;
-}
-
-void TestSettingsDialog::cancelAndCloseChangeNothing()
-{
-    QFETCH(int, way);
-    const QByteArray before = "; mine\n[variable]\nSKIP=12\n[Other]\nkey=value\n";
-    write(before);
-    open();
-    changeEverything(m_dialog.get());
-    switch (way) {
-    case 0:
-        press(m_dialog.get(), "cancelButton");
-        break;
-    case 1:
-        QTest::keyClick(m_dialog.get(), Qt::Key_Escape);
-        break;
-    default:
-        m_dialog->close();
-        break;
-    }
-    QVERIFY(!m_dialog->isVisible());
-    QCOMPARE(m_dialog->result(), int(QDialog::Rejected));
-    QCOMPARE(content(), before);
-    QCOMPARE(CConfig::instance().convergenceMethod(), quint64(0));
-    QCOMPARE(CConfig::instance().skip(), quint64(12));
-}
-
-void TestSettingsDialog::centerChecksExcludeEachOther()
-{
-    write(settings(0, 0, 1, 3, 1));
-    open();
-    auto *average = find<QCheckBox>(*m_dialog, "averageCheck");
-    auto *median = find<QCheckBox>(*m_dialog, "medianCheck");
-    const auto state = [&] { return qMakePair(average->isChecked(), median->isChecked()); };
-    click(median);
-    QCOMPARE(state(), qMakePair(false, true));
-    click(average);
-    QCOMPARE(state(), qMakePair(true, false));
-    click(average);
-    QCOMPARE(state(), qMakePair(true, false));
-    click(median);
-    QCOMPARE(state(), qMakePair(false, true));
-
-    const auto *choice = m_dialog->findChild<QButtonGroup *>();
-    QVERIFY(choice && choice->exclusive());
-    QCOMPARE(choice->buttons(), (QList<QAbstractButton *>{median, average}));
-    QVERIFY(choice->id(median) < -1);
-    QVERIFY(choice->id(average) < -1);
-}
-
-void TestSettingsDialog::fileAfterOk_data()
-{
-    QTest::addColumn<QByteArray>("before");
-    QTest::addColumn<QByteArray>("after");
-
-    QTest::newRow("no file") << QByteArray("none") << settings(0, 0, 0, 0, 0);
-    QTest::newRow("empty file") << QByteArray() << settings(0, 0, 0, 0, 0);
-    QTest::newRow("nothing to change") << settings(2, 1, 1, 5, 1) << settings(2, 1, 1, 5, 1);
-    QTest::newRow("Show 0") << settings(0, 0, 1, 3, 0) << settings(0, 0, 1, 3, 0);
-    QTest::newRow("Show 1") << settings(0, 0, 1, 3, 1) << settings(0, 0, 1, 3, 1);
-    QTest::newRow("Skip 150") << settings(0, 0, 1, 150, 1) << settings(0, 0, 1, 99, 1);
-    QTest::newRow("Skip -1") << settings(0, 0, 1, -1, 1) << settings(0, 0, 1, 0, 1);
-    QTest::newRow("fractions") << QByteArray("[Method]\nConvergence = 2.9\nVariance = 1x\n")
-                               << settings(2, 0, 0, 0, 0);
-    QTest::newRow("other order and case")
-        << QByteArray("[INFO]\nSHOW=1\n[variable]\nskip = 4\n[result]\nMEDIAN=1\n"
-                      "[method]\nVARIANCE=2\nconvergence=1\n")
-        << QByteArray("[INFO]\nSHOW = 1\n\n\n[variable]\nskip = 4\n\n\n[result]\nMEDIAN = 1\n\n\n"
-                      "[method]\nVARIANCE = 2\nconvergence = 1\n");
-    QTest::newRow("unknown keys and comments")
-        << QByteArray("; the settings of ward 3\n\n[Method]\n; by index\nConvergence = 1\n"
-                      "Comment = keep me\nVariance = 2\n\n[Ward]\nName = 3\n\n[Variable]\n"
-                      "Skip = 6\n")
-        // The library sets a comment apart by an empty line, and a section by two.
-        << QByteArray("; the settings of ward 3\n\n\n[Method]\n\n; by index\nConvergence = 1\n"
-                      "Comment = keep me\nVariance = 2\n\n\n[Ward]\nName = 3\n\n\n[Variable]\n"
-                      "Skip = 6\n\n\n[Result]\nMedian = 0\n\n\n[Info]\nShow = 0\n");
-    QTest::newRow("Median missing")
-        << QByteArray("[Method]\nConvergence = 1\nVariance = 2\n\n\n[Result]\n\n\n[Variable]\n"
-                      "Skip = 3\n\n\n[Info]\nShow = 1\n")
-        << QByteArray("[Method]\nConvergence = 1\nVariance = 2\n\n\n[Result]\nMedian = 0\n\n\n"
-                      "[Variable]\nSkip = 3\n\n\n[Info]\nShow = 1\n");
-}
-
-void TestSettingsDialog::fileAfterOk()
-{
-    QFETCH(QByteArray, before);
-    if (before != "none") {
-        write(before);
-    }
-    open();
-    press(m_dialog.get(), "okButton");
-    QTEST(content(), "after");
-}
-
-void TestSettingsDialog::newFileOfDefaultsStaysAsItIs()
-{
-    QCOMPARE(CConfig::instance().createDefaultConfig(), int(CConfig::Ok));
-    QCOMPARE(content(), settings(0, 0, 1, 3, 1));
-    SettingsDialog dialog;
-    dialog.show();
-    press(&dialog, "okButton");
-    QCOMPARE(content(), settings(0, 0, 1, 3, 1));
-}
-
-void TestSettingsDialog::unwritableFileKeepsTheSettingsInMemory()
-{
-    // A folder of that name can neither be read nor written, whoever runs the tests.
-    QVERIFY(QDir().mkdir(fileName));
-    open();
-    changeEverything(m_dialog.get());
-    press(m_dialog.get(), "okButton");
-    QCOMPARE(m_dialog->result(), int(QDialog::Accepted));
-    QCOMPARE(CConfig::instance().convergenceMethod(), quint64(2));
-    QCOMPARE(CConfig::instance().varianceMethod(), quint64(1));
-    QCOMPARE(CConfig::instance().skip(), quint64(1));
-    QVERIFY(QFileInfo(fileName).isDir());
-}
 
 QTEST_MAIN(TestSettingsDialog)
 #include "tst_settingsdialog.moc"

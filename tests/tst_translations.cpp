@@ -227,499 +227,484 @@ class TestTranslations : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void everyTextIsTranslated();
-    void blanksAndPlaceholdersAreKept();
-    void noTextOfTheSourcesIsMissing();
-    void marksAgreeInAllPlaces();
-
-    void programStartsInCzech();
-    void programStaysEnglishWithoutTheFile();
-    void programStaysEnglishWithADamagedFile_data();
-    void programStaysEnglishWithADamagedFile();
-
-    void valueLabelsFollowTheSettingsAndFitThePanel_data();
-    void valueLabelsFollowTheSettingsAndFitThePanel();
-    void tablesAreCzech();
-    void shortcutsStay();
-    void settingsDialogIsCzech();
-    void contextMenuIsCzech();
-    void graphsAndTheirNameAreCzech();
-    void exportedPageIsCzech();
-    void messagesAreCzech();
-    void refusalsAreCzech_data();
-    void refusalsAreCzech();
-    void savingAsksInCzechAndWritesEnglish_data();
-    void savingAsksInCzechAndWritesEnglish();
-    void dialogsOfTheToolkitAreCzech();
-};
-
-void TestTranslations::everyTextIsTranslated()
-{
-    const QMap<QString, Message> messages = messagesOf(text(CZECH_SOURCE));
-    QVERIFY(!messages.isEmpty());
-    QStringList open;
-    for (auto message = messages.begin(); message != messages.end(); ++message) {
-        if (!message->type.isEmpty() || message->translation.trimmed().isEmpty()) {
-            open << message.key();
-        }
-    }
-    QCOMPARE(open, QStringList());
-}
-
-void TestTranslations::blanksAndPlaceholdersAreKept()
-{
-    const QMap<QString, Message> messages = messagesOf(text(CZECH_SOURCE));
-    QVERIFY(!messages.isEmpty());
-    for (auto message = messages.begin(); message != messages.end(); ++message) {
-        const QString source = message.key().section(QLatin1Char('|'), 1, 1);
-        QVERIFY2(keptParts(source) == keptParts(message->translation), qPrintable(message.key()));
-    }
-}
-
-void TestTranslations::noTextOfTheSourcesIsMissing()
-{
-    const QTemporaryDir folder;
-    const QString fresh = folder.filePath(text("fresh.ts"));
-    QProcess lupdate;
-    lupdate.start(text(LUPDATE), {text("-silent"), text(SOURCES), text("-ts"), fresh});
-    QVERIFY(lupdate.waitForFinished(60000));
-    QCOMPARE(lupdate.exitCode(), 0);
-
-    const QStringList found = messagesOf(fresh).keys();
-    QVERIFY(found.contains(text("MainWindow|Open File|")));
-    const QMap<QString, Message> known = messagesOf(text(CZECH_SOURCE));
-    QStringList missing;
-    for (const QString &key : found) {
-        if (!known.contains(key)) {
-            missing << key;
-        }
-    }
-    // After a change of texts: cmake --build <dir> --target translations
-    QCOMPARE(missing, QStringList());
-}
-
-void TestTranslations::marksAgreeInAllPlaces()
-{
-    const CzechTester tester;
-    const auto translated = [](const char *context, const char *source) {
-        return QCoreApplication::translate(context, source);
-    };
-    struct Kvadrant {
-        const char *convergence, *variability, *label, *entry;
-        int number;
-    };
-    for (const Kvadrant &kvadrant : {Kvadrant{"W/", "W", "W/W", "Kvadrant 1 (W/W)", 1},
-                                     Kvadrant{"B/", "W", "B/W", "Kvadrant 2 (B/W)", 2},
-                                     Kvadrant{"B/", "B", "B/B", "Kvadrant 3 (B/B)", 3},
-                                     Kvadrant{"W/", "B", "W/B", "Kvadrant 4 (W/B)", 4}}) {
-        const QString mark = translated("CPatientsModel", kvadrant.convergence)
-            + translated("CPatientsModel", kvadrant.variability);
-        QCOMPARE(translated("ResultSubWindow", kvadrant.label), mark);
-        QCOMPARE(translated("MainWindow", kvadrant.entry),
-                 text("Kvadrant %1 (%2)").arg(kvadrant.number).arg(mark));
-    }
-    const QString better = translated("CPatientsModel", "B");
-    const QString worse = translated("CPatientsModel", "W");
-    const QString explanation = text(" %1 – lepší, %2 – horší").arg(better, worse);
-    QVERIFY(better != worse);
-    QVERIFY(translated("MainWindow", "Convergence: B - Better, W - Worse").endsWith(explanation));
-    QVERIFY(translated("MainWindow", "Variability: B - Better, W - Worse ")
-                .trimmed()
-                .endsWith(explanation));
-}
-
-void TestTranslations::programStartsInCzech()
-{
-    const QTemporaryDir folder;
-    QVERIFY(QFile::copy(text(CZECH_CATALOGUE), folder.filePath(text("czech_cs.qm"))));
-    const ProgramRun run = startProgram(folder.path());
-    QCOMPARE(run.errors, QStringList());
-    constexpr const char *noSettings =
-        "Soubor s nastavením neexistuje nebo má neplatný formát. Vytvoří se výchozí nastavení";
-    QCOMPARE(run.shown,
-             texts({"box: Chybné nastavení",
-                    noSettings,
-                    "OK",
-                    "Glymark",
-                    "Soubor",
-                    "Otevřít soubor",
-                    "Uložit soubor",
-                    "Exportovat graf",
-                    "Nastavení",
-                    "Graf skupin",
-                    "Uložit analýzu dat",
-                    "Zavřít soubor",
-                    "Ukončit",
-                    "Legenda",
-                    "Barva lepší hodnoty: zelená",
-                    "Barva horší hodnoty: červená",
-                    "Barva hodnoty rovné středu: modrá",
-                    "Poznámka: v závorce je osa, na které se daná metoda zobrazí.",
-                    "Informace",
-                    "Výsledky: konvergence/variabilita",
-                    "Konvergence: L – lepší, H – horší",
-                    "Variabilita: L – lepší, H – horší ",
-                    "Konvergence:",
-                    "Medián rozdílů",
-                    "Variabilita:",
-                    "Směrodatná odchylka",
-                    "Výpočet středu:",
-                    "Medián",
-                    "Posun:",
-                    "3",
-                    "Zobrazit graf",
-                    "Zrušit výběr"}));
-}
-
-void TestTranslations::programStaysEnglishWithoutTheFile()
-{
-    const QTemporaryDir folder;
-    const ProgramRun run = startProgram(folder.path());
-    QCOMPARE(run.errors, QStringList());
-    QCOMPARE(run.shown, englishStart());
-}
-
-void TestTranslations::programStaysEnglishWithADamagedFile_data()
-{
-    QTest::addColumn<QByteArray>("content");
-    const QByteArray whole = catalogue();
-    QVERIFY(whole.size() > 1000);
-    QTest::newRow("empty") << QByteArray();
-    QTest::newRow("cut short") << whole.left(whole.size() / 2);
-    QTest::newRow("first bytes only") << whole.left(20);
-    QTest::newRow("start overwritten") << QByteArray(16, 'x') + whole.mid(16);
-    QTest::newRow("something else") << QByteArray("<!DOCTYPE html><html></html>");
-}
-
-void TestTranslations::programStaysEnglishWithADamagedFile()
-{
-    QFETCH(const QByteArray, content);
-    const QTemporaryDir folder;
-    QFile file(folder.filePath(text("czech_cs.qm")));
-    QVERIFY(file.open(QFile::WriteOnly));
-    QCOMPARE(file.write(content), qint64(content.size()));
-    file.close();
-    const ProgramRun run = startProgram(folder.path());
-    QCOMPARE(run.errors, QStringList());
-    QCOMPARE(run.shown, englishStart());
-}
-
-void TestTranslations::valueLabelsFollowTheSettingsAndFitThePanel_data()
-{
-    QTest::addColumn<int>("method");
-    QTest::addColumn<int>("median");
-    QTest::addColumn<QStringList>("values");
-    QTest::newRow("0") << 0 << 0 << texts({"Medián rozdílů", "Směrodatná odchylka", "Průměr"});
-    QTest::newRow("1") << 1 << 1 << texts({"Lineární regrese", "SD rozdílů s posunem", "Medián"});
-    QTest::newRow("2") << 2 << 1 << texts({"C*e^(k*x)", "Mezikvartilové rozpětí", "Medián"});
-}
-
-void TestTranslations::valueLabelsFollowTheSettingsAndFitThePanel()
-{
-    QFETCH(const int, method);
-    QFETCH(const int, median);
-    QFETCH(const QStringList, values);
-    const QFont before = QApplication::font();
-    QApplication::setFont(QFont(text("DejaVu Sans"), 9));
+    void everyTextIsTranslated()
     {
-        CzechTester tester(text("[Method]\nConvergence = %1\nVariance = %1\n[Result]\nMedian = %2\n"
-                                "[Variable]\nSkip = 99\n")
-                               .arg(method)
-                               .arg(median)
-                               .toLatin1());
-        tester.start();
-        tester.openThreePatients();
-        const QStringList labels = tester.labelTexts();
-        for (const QString &value : values) {
-            QVERIFY2(labels.contains(value), qPrintable(value));
-        }
-        const QWidget *panel = tester.patientTable()->parentWidget();
-        QCOMPARE(panel->width(), 275);
-        QVERIFY2(panel->layout()->minimumSize().width() <= panel->width(),
-                 qPrintable(QString::number(panel->layout()->minimumSize().width())));
-        const QHeaderView *header = tester.patientTable()->horizontalHeader();
-        for (int column = 0; column < header->count(); ++column) {
-            QVERIFY(header->sectionSizeHint(column) <= header->sectionSize(column));
-        }
-    }
-    QApplication::setFont(before);
-}
-
-void TestTranslations::tablesAreCzech()
-{
-    CzechTester tester;
-    tester.start();
-    tester.openThreePatients();
-    const auto header = [](const QAbstractItemModel *model, int section, Qt::Orientation way) {
-        return model->headerData(section, way).toString();
-    };
-    QCOMPARE(header(tester.patientsModel(), 0, Qt::Horizontal), text("ID pacienta"));
-    QCOMPARE(header(tester.patientsModel(), 1, Qt::Horizontal), text("Výsledky metod"));
-    QCOMPARE(header(tester.patientsModel(), 2, Qt::Horizontal), text("Unknown!"));
-    // The middle patient is the center of x; of y it is the one that falls.
-    QCOMPARE(MainWindowTester::tableTexts(*tester.patientTable()),
-             texts({"falling L/H", "level H/L", "rising H/H"}));
-
-    QStringList methods;
-    for (int row = 0; row < tester.scoreModel()->rowCount(); ++row) {
-        methods << header(tester.scoreModel(), row, Qt::Vertical);
-    }
-    QCOMPARE(methods,
-             texts({"Medián rozdílů (x)", "Lineární regrese (x)", "C*e^(k*x) (x)",
-                    "Směrodatná odchylka (y)", "Směrodatná odchylka rozdílů s posunem (y)",
-                    "Mezikvartilové rozpětí (y)"}));
-    // 52, 50, 48, 47: the slope is -17/10.
-    QCOMPARE(tester.scoreModel()->index(1, 0).data().toString(), text("-1.7"));
-}
-
-void TestTranslations::shortcutsStay()
-{
-    CzechTester tester;
-    tester.start();
-    const auto shortcut = [&tester](const char *action) {
-        return tester.action(text(action))->shortcut().toString(QKeySequence::PortableText);
-    };
-    QCOMPARE(shortcut("Otevřít soubor"), text("Ctrl+O"));
-    QCOMPARE(shortcut("Uložit soubor"), text("Ctrl+S"));
-    QCOMPARE(shortcut("Exportovat graf"), text("Ctrl+P"));
-    QCOMPARE(shortcut("Nastavení"), text("Ctrl+T"));
-    QCOMPARE(shortcut("Graf skupin"), text("Ctrl+L"));
-    QCOMPARE(shortcut("Uložit analýzu dat"), text("Ctrl+D"));
-    QCOMPARE(shortcut("Zavřít soubor"), text("Ctrl+H"));
-    QCOMPARE(shortcut("Ukončit"), text("Ctrl+Q"));
-}
-
-void TestTranslations::settingsDialogIsCzech()
-{
-    CzechTester tester;
-    tester.start();
-    QStringList shown;
-    tester.answers.expect<SettingsDialog>([&shown](SettingsDialog &dialog) {
-        shown << dialog.windowTitle();
-        for (const QGroupBox *group : dialog.findChildren<QGroupBox *>()) {
-            shown << group->title();
-        }
-        for (const QLabel *label : dialog.findChildren<QLabel *>()) {
-            shown << label->text();
-        }
-        for (const QComboBox *combo : dialog.findChildren<QComboBox *>()) {
-            for (int i = 0; i < combo->count(); ++i) {
-                shown << combo->itemText(i);
+        const QMap<QString, Message> messages = messagesOf(text(CZECH_SOURCE));
+        QVERIFY(!messages.isEmpty());
+        QStringList open;
+        for (auto message = messages.begin(); message != messages.end(); ++message) {
+            if (!message->type.isEmpty() || message->translation.trimmed().isEmpty()) {
+                open << message.key();
             }
         }
-        for (const QAbstractButton *button : dialog.findChildren<QAbstractButton *>()) {
-            shown << button->text();
-        }
-        dialog.reject();
-    });
-    tester.trigger(text("Nastavení"));
-    QCOMPARE(tester.answers.unexpected(), QStringList());
-    shown.sort();
-    QStringList expected =
-        texts({"Nastavení", "Metoda", "Zobrazení informací", "Výpočet středu", "Posun",
-               "Konvergence", "Variabilita", "Počet vynechaných hodnot", "Medián rozdílů",
-               "Lineární regrese", "C*e^(k*x)", "Směrodatná odchylka",
-               "Směrodatná odchylka rozdílů s posunem", "Mezikvartilové rozpětí", "OK", "Zrušit",
-               "Průměr", "Medián", "Zobrazit informace (nad pravou tabulkou)"});
-    expected.sort();
-    QCOMPARE(shown, expected);
-}
+        QCOMPARE(open, QStringList());
+    }
 
-void TestTranslations::contextMenuIsCzech()
-{
-    CzechTester tester;
-    tester.start();
-    tester.openThreePatients();
-    const QModelIndex index = tester.patientTable()->model()->index(0, 0);
-    Q_EMIT tester.patientTable()->customContextMenuRequested(
-        tester.patientTable()->visualRect(index).center());
-    auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
-    QVERIFY(menu);
-    QStringList entries;
-    for (const QAction *action : menu->actions()) {
-        if (!action->isSeparator()) {
-            entries << action->text();
+    void blanksAndPlaceholdersAreKept()
+    {
+        const QMap<QString, Message> messages = messagesOf(text(CZECH_SOURCE));
+        QVERIFY(!messages.isEmpty());
+        for (auto message = messages.begin(); message != messages.end(); ++message) {
+            const QString source = message.key().section(QLatin1Char('|'), 1, 1);
+            QVERIFY2(keptParts(source) == keptParts(message->translation),
+                     qPrintable(message.key()));
         }
     }
-    menu->close();
-    QCOMPARE(entries,
-             texts({"Vyberte ideální kvadrant", "Kvadrant 1 (H/H)", "Kvadrant 2 (L/H)",
-                    "Kvadrant 3 (L/L)", "Kvadrant 4 (H/L)", "Bez ideálního kvadrantu"}));
-}
 
-void TestTranslations::graphsAndTheirNameAreCzech()
-{
-    CzechTester tester;
-    tester.start();
-    tester.openThreePatients();
-    tester.patientTable()->selectRow(2);
-    QStringList shown;
-    tester.answers.expect<QInputDialog>([&shown](QInputDialog &dialog) {
-        shown << dialog.windowTitle() << dialog.labelText() << dialog.textValue();
-        dialog.accept();
-    });
-    tester.button(text("Zobrazit graf"))->click();
-    const auto *tabs = tester.window->findChild<QTabWidget *>();
-    QVERIFY(tabs);
-    shown << tabs->tabText(0) << tabs->tabText(1);
-    QCOMPARE(tester.answers.unexpected(), QStringList());
-    QCOMPARE(
-        shown,
-        texts({"Název grafu", "Název", "Graf 1", "Graf hodnot Glymark", "Graf výsledků pacientů"}));
-}
+    void noTextOfTheSourcesIsMissing()
+    {
+        const QTemporaryDir folder;
+        const QString fresh = folder.filePath(text("fresh.ts"));
+        QProcess lupdate;
+        lupdate.start(text(LUPDATE), {text("-silent"), text(SOURCES), text("-ts"), fresh});
+        QVERIFY(lupdate.waitForFinished(60000));
+        QCOMPARE(lupdate.exitCode(), 0);
 
-void TestTranslations::exportedPageIsCzech()
-{
-    CzechTester tester(QByteArray("[Method]\nConvergence = 1\nVariance = 1\n[Result]\nMedian = 1\n"
-                                  "[Variable]\nSkip = 0\n"));
-    tester.start();
-    tester.openThreePatients();
-    tester.patientTable()->selectRow(2);
-    tester.answers.expect<QInputDialog>([](QInputDialog &dialog) { dialog.accept(); });
-    tester.button(text("Zobrazit graf"))->click();
-    QStringList shown;
-    tester.answers.expect<QFileDialog>([&](QFileDialog &dialog) {
-        shown << dialog.windowTitle() << dialog.nameFilters();
-        dialog.findChild<QLineEdit *>(text("fileNameEdit"))->setText(tester.path(text("page.svg")));
-        QMetaObject::invokeMethod(&dialog, "accept");
-    });
-    tester.answers.expectMessage();
-    tester.trigger(text("Exportovat graf"));
-    QCOMPARE(tester.answers.unexpected(), QStringList());
-    QCOMPARE(shown, texts({"Uložit SVG", "Soubory SVG (*.svg)"}));
-    QCOMPARE(tester.answers.messages(), texts({"Export grafů|Graf byl úspěšně exportován"}));
-
-    const QStringList painted = paintedTexts(tester.readFile(text("page.svg")));
-    for (const char *expected :
-         {"L/H", "H/H", "L/L", "H/L", "Konvergence", "Variabilita",
-          "Konvergence: Lineární regrese metodou nejmenších čtverců",
-          "Variabilita: Směrodatná odchylka rozdílů s posunem", "mmol/mol", "x", "rising"}) {
-        QVERIFY2(painted.contains(text(expected)), expected);
+        const QStringList found = messagesOf(fresh).keys();
+        QVERIFY(found.contains(text("MainWindow|Open File|")));
+        const QMap<QString, Message> known = messagesOf(text(CZECH_SOURCE));
+        QStringList missing;
+        for (const QString &key : found) {
+            if (!known.contains(key)) {
+                missing << key;
+            }
+        }
+        // After a change of texts: cmake --build <dir> --target translations
+        QCOMPARE(missing, QStringList());
     }
-}
 
-void TestTranslations::messagesAreCzech()
-{
-    CzechTester tester;
-    tester.start();
-    tester.answers.expectMessage();
-    tester.trigger(text("Graf skupin"));
-    tester.answers.expectMessage();
-    tester.trigger(text("Exportovat graf"));
-    tester.openThreePatients();
-    tester.answers.expectMessage();
-    tester.button(text("Zobrazit graf"))->click();
-    QCOMPARE(tester.answers.unexpected(), QStringList());
-    QCOMPARE(tester.answers.messages(),
-             texts({"Žádná data|Nejsou žádná data k zobrazení",
-                    "Export do svg|Není vybrán žádný graf k exportu",
-                    "Vybráno: 0|Vyberte v tabulce výše řádky, které se mají zobrazit v grafu"}));
-}
-
-void TestTranslations::refusalsAreCzech_data()
-{
-    QTest::addColumn<int>("patients");
-    QTest::addColumn<QString>("sentence");
-    QTest::newRow("no patients")
-        << 0
-        << text("Sešit neobsahuje žádné pacienty: buňka v 1. sloupci 2. řádku je prázdná. Nic "
-                "nebylo otevřeno.");
-    QTest::newRow("one short row")
-        << 1
-        << text("Každý pacient musí mít alespoň dvě hodnoty. Nic nebylo otevřeno. Méně hodnot mají "
-                "tyto řádky:\nŘádek 2: p");
-    QString eleven = text("Každý pacient musí mít alespoň dvě hodnoty. Nic nebylo otevřeno. Méně "
-                          "hodnot mají tyto řádky:");
-    for (int row = 2; row < 12; ++row) {
-        eleven += text("\nŘádek %1: p").arg(row);
+    void marksAgreeInAllPlaces()
+    {
+        const CzechTester tester;
+        const auto translated = [](const char *context, const char *source) {
+            return QCoreApplication::translate(context, source);
+        };
+        struct Kvadrant {
+            const char *convergence, *variability, *label, *entry;
+            int number;
+        };
+        for (const Kvadrant &kvadrant : {Kvadrant{"W/", "W", "W/W", "Kvadrant 1 (W/W)", 1},
+                                         Kvadrant{"B/", "W", "B/W", "Kvadrant 2 (B/W)", 2},
+                                         Kvadrant{"B/", "B", "B/B", "Kvadrant 3 (B/B)", 3},
+                                         Kvadrant{"W/", "B", "W/B", "Kvadrant 4 (W/B)", 4}}) {
+            const QString mark = translated("CPatientsModel", kvadrant.convergence)
+                + translated("CPatientsModel", kvadrant.variability);
+            QCOMPARE(translated("ResultSubWindow", kvadrant.label), mark);
+            QCOMPARE(translated("MainWindow", kvadrant.entry),
+                     text("Kvadrant %1 (%2)").arg(kvadrant.number).arg(mark));
+        }
+        const QString better = translated("CPatientsModel", "B");
+        const QString worse = translated("CPatientsModel", "W");
+        const QString explanation = text(" %1 – lepší, %2 – horší").arg(better, worse);
+        QVERIFY(better != worse);
+        QVERIFY(
+            translated("MainWindow", "Convergence: B - Better, W - Worse").endsWith(explanation));
+        QVERIFY(translated("MainWindow", "Variability: B - Better, W - Worse ")
+                    .trimmed()
+                    .endsWith(explanation));
     }
-    QTest::newRow("many short rows") << 12 << eleven + text("\npočet dalších: 2");
-}
 
-void TestTranslations::refusalsAreCzech()
-{
-    QFETCH(const int, patients);
-    QFETCH(const QString, sentence);
-    CzechTester tester;
-    tester.start();
-    TestWorkbooks::save(tester.path(text("short.xlsx")),
-                        QVector<TestWorkbooks::Row>(patients, {text("p"), 50.0}));
-    tester.answers.expectFile(tester.path(text("short.xlsx")));
-    tester.answers.expectMessage();
-    tester.trigger(text("Otevřít soubor"));
-    QCOMPARE(tester.answers.unexpected(), QStringList());
-    QCOMPARE(tester.answers.messages(),
-             QStringList(text("Otevřít soubor|") + sentence + text("\n\nshort.xlsx")));
-}
+    void programStartsInCzech()
+    {
+        const QTemporaryDir folder;
+        QVERIFY(QFile::copy(text(CZECH_CATALOGUE), folder.filePath(text("czech_cs.qm"))));
+        const ProgramRun run = startProgram(folder.path());
+        QCOMPARE(run.errors, QStringList());
+        constexpr const char *noSettings =
+            "Soubor s nastavením neexistuje nebo má neplatný formát. Vytvoří se výchozí nastavení";
+        QCOMPARE(run.shown,
+                 texts({"box: Chybné nastavení",
+                        noSettings,
+                        "OK",
+                        "Glymark",
+                        "Soubor",
+                        "Otevřít soubor",
+                        "Uložit soubor",
+                        "Exportovat graf",
+                        "Nastavení",
+                        "Graf skupin",
+                        "Uložit analýzu dat",
+                        "Zavřít soubor",
+                        "Ukončit",
+                        "Legenda",
+                        "Barva lepší hodnoty: zelená",
+                        "Barva horší hodnoty: červená",
+                        "Barva hodnoty rovné středu: modrá",
+                        "Poznámka: v závorce je osa, na které se daná metoda zobrazí.",
+                        "Informace",
+                        "Výsledky: konvergence/variabilita",
+                        "Konvergence: L – lepší, H – horší",
+                        "Variabilita: L – lepší, H – horší ",
+                        "Konvergence:",
+                        "Medián rozdílů",
+                        "Variabilita:",
+                        "Směrodatná odchylka",
+                        "Výpočet středu:",
+                        "Medián",
+                        "Posun:",
+                        "3",
+                        "Zobrazit graf",
+                        "Zrušit výběr"}));
+    }
 
-void TestTranslations::savingAsksInCzechAndWritesEnglish_data()
-{
-    QTest::addColumn<QString>("action");
-    QTest::addColumn<QString>("caption");
-    QTest::addColumn<QString>("englishAction");
-    QTest::newRow("data") << text("Uložit soubor") << text("Uložit soubor") << text("Save file");
-    QTest::newRow("analysis") << text("Uložit analýzu dat") << text("Uložit analýzu")
-                              << text("Save data analysis");
-}
+    void programStaysEnglishWithoutTheFile()
+    {
+        const QTemporaryDir folder;
+        const ProgramRun run = startProgram(folder.path());
+        QCOMPARE(run.errors, QStringList());
+        QCOMPARE(run.shown, englishStart());
+    }
 
-void TestTranslations::savingAsksInCzechAndWritesEnglish()
-{
-    QFETCH(const QString, action);
-    QFETCH(const QString, caption);
-    QFETCH(const QString, englishAction);
-    const QTemporaryDir folder;
-    const QString czechBook = folder.filePath(text("czech.xlsx"));
-    const QString englishBook = folder.filePath(text("english.xlsx"));
+    void programStaysEnglishWithADamagedFile_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        const QByteArray whole = catalogue();
+        QVERIFY(whole.size() > 1000);
+        QTest::newRow("empty") << QByteArray();
+        QTest::newRow("cut short") << whole.left(whole.size() / 2);
+        QTest::newRow("first bytes only") << whole.left(20);
+        QTest::newRow("start overwritten") << QByteArray(16, 'x') + whole.mid(16);
+        QTest::newRow("something else") << QByteArray("<!DOCTYPE html><html></html>");
+    }
+
+    void programStaysEnglishWithADamagedFile()
+    {
+        QFETCH(const QByteArray, content);
+        const QTemporaryDir folder;
+        QFile file(folder.filePath(text("czech_cs.qm")));
+        QVERIFY(file.open(QFile::WriteOnly));
+        QCOMPARE(file.write(content), qint64(content.size()));
+        file.close();
+        const ProgramRun run = startProgram(folder.path());
+        QCOMPARE(run.errors, QStringList());
+        QCOMPARE(run.shown, englishStart());
+    }
+
+    void valueLabelsFollowTheSettingsAndFitThePanel_data()
+    {
+        QTest::addColumn<int>("method");
+        QTest::addColumn<int>("median");
+        QTest::addColumn<QStringList>("values");
+        QTest::newRow("0") << 0 << 0 << texts({"Medián rozdílů", "Směrodatná odchylka", "Průměr"});
+        QTest::newRow("1") << 1 << 1
+                           << texts({"Lineární regrese", "SD rozdílů s posunem", "Medián"});
+        QTest::newRow("2") << 2 << 1 << texts({"C*e^(k*x)", "Mezikvartilové rozpětí", "Medián"});
+    }
+
+    void valueLabelsFollowTheSettingsAndFitThePanel()
+    {
+        QFETCH(const int, method);
+        QFETCH(const int, median);
+        QFETCH(const QStringList, values);
+        const QFont before = QApplication::font();
+        QApplication::setFont(QFont(text("DejaVu Sans"), 9));
+        {
+            CzechTester tester(
+                text("[Method]\nConvergence = %1\nVariance = %1\n[Result]\nMedian = %2\n"
+                     "[Variable]\nSkip = 99\n")
+                    .arg(method)
+                    .arg(median)
+                    .toLatin1());
+            tester.start();
+            tester.openThreePatients();
+            const QStringList labels = tester.labelTexts();
+            for (const QString &value : values) {
+                QVERIFY2(labels.contains(value), qPrintable(value));
+            }
+            const QWidget *panel = tester.patientTable()->parentWidget();
+            QCOMPARE(panel->width(), 275);
+            QVERIFY2(panel->layout()->minimumSize().width() <= panel->width(),
+                     qPrintable(QString::number(panel->layout()->minimumSize().width())));
+            const QHeaderView *header = tester.patientTable()->horizontalHeader();
+            for (int column = 0; column < header->count(); ++column) {
+                QVERIFY(header->sectionSizeHint(column) <= header->sectionSize(column));
+            }
+        }
+        QApplication::setFont(before);
+    }
+
+    void tablesAreCzech()
+    {
+        CzechTester tester;
+        tester.start();
+        tester.openThreePatients();
+        const auto header = [](const QAbstractItemModel *model, int section, Qt::Orientation way) {
+            return model->headerData(section, way).toString();
+        };
+        QCOMPARE(header(tester.patientsModel(), 0, Qt::Horizontal), text("ID pacienta"));
+        QCOMPARE(header(tester.patientsModel(), 1, Qt::Horizontal), text("Výsledky metod"));
+        QCOMPARE(header(tester.patientsModel(), 2, Qt::Horizontal), text("Unknown!"));
+        // The middle patient is the center of x; of y it is the one that falls.
+        QCOMPARE(MainWindowTester::tableTexts(*tester.patientTable()),
+                 texts({"falling L/H", "level H/L", "rising H/H"}));
+
+        QStringList methods;
+        for (int row = 0; row < tester.scoreModel()->rowCount(); ++row) {
+            methods << header(tester.scoreModel(), row, Qt::Vertical);
+        }
+        QCOMPARE(methods,
+                 texts({"Medián rozdílů (x)", "Lineární regrese (x)", "C*e^(k*x) (x)",
+                        "Směrodatná odchylka (y)", "Směrodatná odchylka rozdílů s posunem (y)",
+                        "Mezikvartilové rozpětí (y)"}));
+        // 52, 50, 48, 47: the slope is -17/10.
+        QCOMPARE(tester.scoreModel()->index(1, 0).data().toString(), text("-1.7"));
+    }
+
+    void shortcutsStay()
+    {
+        CzechTester tester;
+        tester.start();
+        const auto shortcut = [&tester](const char *action) {
+            return tester.action(text(action))->shortcut().toString(QKeySequence::PortableText);
+        };
+        QCOMPARE(shortcut("Otevřít soubor"), text("Ctrl+O"));
+        QCOMPARE(shortcut("Uložit soubor"), text("Ctrl+S"));
+        QCOMPARE(shortcut("Exportovat graf"), text("Ctrl+P"));
+        QCOMPARE(shortcut("Nastavení"), text("Ctrl+T"));
+        QCOMPARE(shortcut("Graf skupin"), text("Ctrl+L"));
+        QCOMPARE(shortcut("Uložit analýzu dat"), text("Ctrl+D"));
+        QCOMPARE(shortcut("Zavřít soubor"), text("Ctrl+H"));
+        QCOMPARE(shortcut("Ukončit"), text("Ctrl+Q"));
+    }
+
+    void settingsDialogIsCzech()
+    {
+        CzechTester tester;
+        tester.start();
+        QStringList shown;
+        tester.answers.expect<SettingsDialog>([&shown](SettingsDialog &dialog) {
+            shown << dialog.windowTitle();
+            for (const QGroupBox *group : dialog.findChildren<QGroupBox *>()) {
+                shown << group->title();
+            }
+            for (const QLabel *label : dialog.findChildren<QLabel *>()) {
+                shown << label->text();
+            }
+            for (const QComboBox *combo : dialog.findChildren<QComboBox *>()) {
+                for (int i = 0; i < combo->count(); ++i) {
+                    shown << combo->itemText(i);
+                }
+            }
+            for (const QAbstractButton *button : dialog.findChildren<QAbstractButton *>()) {
+                shown << button->text();
+            }
+            dialog.reject();
+        });
+        tester.trigger(text("Nastavení"));
+        QCOMPARE(tester.answers.unexpected(), QStringList());
+        shown.sort();
+        QStringList expected =
+            texts({"Nastavení", "Metoda", "Zobrazení informací", "Výpočet středu", "Posun",
+                   "Konvergence", "Variabilita", "Počet vynechaných hodnot", "Medián rozdílů",
+                   "Lineární regrese", "C*e^(k*x)", "Směrodatná odchylka",
+                   "Směrodatná odchylka rozdílů s posunem", "Mezikvartilové rozpětí", "OK",
+                   "Zrušit", "Průměr", "Medián", "Zobrazit informace (nad pravou tabulkou)"});
+        expected.sort();
+        QCOMPARE(shown, expected);
+    }
+
+    void contextMenuIsCzech()
+    {
+        CzechTester tester;
+        tester.start();
+        tester.openThreePatients();
+        const QModelIndex index = tester.patientTable()->model()->index(0, 0);
+        Q_EMIT tester.patientTable()->customContextMenuRequested(
+            tester.patientTable()->visualRect(index).center());
+        auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+        QVERIFY(menu);
+        QStringList entries;
+        for (const QAction *action : menu->actions()) {
+            if (!action->isSeparator()) {
+                entries << action->text();
+            }
+        }
+        menu->close();
+        QCOMPARE(entries,
+                 texts({"Vyberte ideální kvadrant", "Kvadrant 1 (H/H)", "Kvadrant 2 (L/H)",
+                        "Kvadrant 3 (L/L)", "Kvadrant 4 (H/L)", "Bez ideálního kvadrantu"}));
+    }
+
+    void graphsAndTheirNameAreCzech()
+    {
+        CzechTester tester;
+        tester.start();
+        tester.openThreePatients();
+        tester.patientTable()->selectRow(2);
+        QStringList shown;
+        tester.answers.expect<QInputDialog>([&shown](QInputDialog &dialog) {
+            shown << dialog.windowTitle() << dialog.labelText() << dialog.textValue();
+            dialog.accept();
+        });
+        tester.button(text("Zobrazit graf"))->click();
+        const auto *tabs = tester.window->findChild<QTabWidget *>();
+        QVERIFY(tabs);
+        shown << tabs->tabText(0) << tabs->tabText(1);
+        QCOMPARE(tester.answers.unexpected(), QStringList());
+        QCOMPARE(shown,
+                 texts({"Název grafu", "Název", "Graf 1", "Graf hodnot Glymark",
+                        "Graf výsledků pacientů"}));
+    }
+
+    void exportedPageIsCzech()
+    {
+        CzechTester tester(
+            QByteArray("[Method]\nConvergence = 1\nVariance = 1\n[Result]\nMedian = 1\n"
+                       "[Variable]\nSkip = 0\n"));
+        tester.start();
+        tester.openThreePatients();
+        tester.patientTable()->selectRow(2);
+        tester.answers.expect<QInputDialog>([](QInputDialog &dialog) { dialog.accept(); });
+        tester.button(text("Zobrazit graf"))->click();
+        QStringList shown;
+        tester.answers.expect<QFileDialog>([&](QFileDialog &dialog) {
+            shown << dialog.windowTitle() << dialog.nameFilters();
+            dialog.findChild<QLineEdit *>(text("fileNameEdit"))
+                ->setText(tester.path(text("page.svg")));
+            QMetaObject::invokeMethod(&dialog, "accept");
+        });
+        tester.answers.expectMessage();
+        tester.trigger(text("Exportovat graf"));
+        QCOMPARE(tester.answers.unexpected(), QStringList());
+        QCOMPARE(shown, texts({"Uložit SVG", "Soubory SVG (*.svg)"}));
+        QCOMPARE(tester.answers.messages(), texts({"Export grafů|Graf byl úspěšně exportován"}));
+
+        const QStringList painted = paintedTexts(tester.readFile(text("page.svg")));
+        for (const char *expected :
+             {"L/H", "H/H", "L/L", "H/L", "Konvergence", "Variabilita",
+              "Konvergence: Lineární regrese metodou nejmenších čtverců",
+              "Variabilita: Směrodatná odchylka rozdílů s posunem", "mmol/mol", "x", "rising"}) {
+            QVERIFY2(painted.contains(text(expected)), expected);
+        }
+    }
+
+    void messagesAreCzech()
     {
         CzechTester tester;
         tester.start();
         tester.answers.expectMessage();
-        tester.trigger(action);
-        QCOMPARE(tester.answers.messages(),
-                 QStringList(text("Žádná data|Nejsou žádná data k uložení")));
+        tester.trigger(text("Graf skupin"));
+        tester.answers.expectMessage();
+        tester.trigger(text("Exportovat graf"));
         tester.openThreePatients();
-        tester.answers.expect<QFileDialog>([&caption](QFileDialog &dialog) {
-            QCOMPARE(dialog.windowTitle(), caption);
-            QCOMPARE(dialog.nameFilters(), QStringList(text("Dokument xlsx (*.xlsx)")));
+        tester.answers.expectMessage();
+        tester.button(text("Zobrazit graf"))->click();
+        QCOMPARE(tester.answers.unexpected(), QStringList());
+        QCOMPARE(
+            tester.answers.messages(),
+            texts({"Žádná data|Nejsou žádná data k zobrazení",
+                   "Export do svg|Není vybrán žádný graf k exportu",
+                   "Vybráno: 0|Vyberte v tabulce výše řádky, které se mají zobrazit v grafu"}));
+    }
+
+    void refusalsAreCzech_data()
+    {
+        QTest::addColumn<int>("patients");
+        QTest::addColumn<QString>("sentence");
+        QTest::newRow("no patients")
+            << 0
+            << text("Sešit neobsahuje žádné pacienty: buňka v 1. sloupci 2. řádku je prázdná. Nic "
+                    "nebylo otevřeno.");
+        QTest::newRow("one short row") << 1
+                                       << text("Každý pacient musí mít alespoň dvě hodnoty. Nic "
+                                               "nebylo otevřeno. Méně hodnot mají "
+                                               "tyto řádky:\nŘádek 2: p");
+        QString eleven =
+            text("Každý pacient musí mít alespoň dvě hodnoty. Nic nebylo otevřeno. Méně "
+                 "hodnot mají tyto řádky:");
+        for (int row = 2; row < 12; ++row) {
+            eleven += text("\nŘádek %1: p").arg(row);
+        }
+        QTest::newRow("many short rows") << 12 << eleven + text("\npočet dalších: 2");
+    }
+
+    void refusalsAreCzech()
+    {
+        QFETCH(const int, patients);
+        QFETCH(const QString, sentence);
+        CzechTester tester;
+        tester.start();
+        TestWorkbooks::save(tester.path(text("short.xlsx")),
+                            QVector<TestWorkbooks::Row>(patients, {text("p"), 50.0}));
+        tester.answers.expectFile(tester.path(text("short.xlsx")));
+        tester.answers.expectMessage();
+        tester.trigger(text("Otevřít soubor"));
+        QCOMPARE(tester.answers.unexpected(), QStringList());
+        QCOMPARE(tester.answers.messages(),
+                 QStringList(text("Otevřít soubor|") + sentence + text("\n\nshort.xlsx")));
+    }
+
+    void savingAsksInCzechAndWritesEnglish_data()
+    {
+        QTest::addColumn<QString>("action");
+        QTest::addColumn<QString>("caption");
+        QTest::addColumn<QString>("englishAction");
+        QTest::newRow("data") << text("Uložit soubor") << text("Uložit soubor")
+                              << text("Save file");
+        QTest::newRow("analysis") << text("Uložit analýzu dat") << text("Uložit analýzu")
+                                  << text("Save data analysis");
+    }
+
+    void savingAsksInCzechAndWritesEnglish()
+    {
+        QFETCH(const QString, action);
+        QFETCH(const QString, caption);
+        QFETCH(const QString, englishAction);
+        const QTemporaryDir folder;
+        const QString czechBook = folder.filePath(text("czech.xlsx"));
+        const QString englishBook = folder.filePath(text("english.xlsx"));
+        {
+            CzechTester tester;
+            tester.start();
+            tester.answers.expectMessage();
+            tester.trigger(action);
+            QCOMPARE(tester.answers.messages(),
+                     QStringList(text("Žádná data|Nejsou žádná data k uložení")));
+            tester.openThreePatients();
+            tester.answers.expect<QFileDialog>([&caption](QFileDialog &dialog) {
+                QCOMPARE(dialog.windowTitle(), caption);
+                QCOMPARE(dialog.nameFilters(), QStringList(text("Dokument xlsx (*.xlsx)")));
+                dialog.reject();
+            });
+            tester.trigger(action);
+            tester.answers.expectFile(czechBook);
+            tester.trigger(action);
+            QVERIFY(
+                QFile::copy(tester.path(text("three.xlsx")), folder.filePath(text("three.xlsx"))));
+            QCOMPARE(tester.answers.unexpected(), QStringList());
+        }
+        MainWindowTester english;
+        english.start();
+        english.answers.expectFile(folder.filePath(text("three.xlsx")));
+        english.trigger(text("Open File"));
+        english.answers.expectFile(englishBook);
+        english.trigger(englishAction);
+        const QStringList cells = cellsOf(englishBook);
+        QVERIFY(cells.size() > 30);
+        QCOMPARE(cellsOf(czechBook), cells);
+    }
+
+    void dialogsOfTheToolkitAreCzech()
+    {
+        const QString installed = QLibraryInfo::location(QLibraryInfo::TranslationsPath);
+        if (!QFile::exists(installed + text("/qtbase_cs.qm"))) {
+            QSKIP("Qt's Czech catalogue is not installed");
+        }
+        CzechTester tester;
+        tester.start();
+        QStringList shown;
+        tester.answers.expect<QFileDialog>([&shown](QFileDialog &dialog) {
+            shown << dialog.windowTitle() << dialog.nameFilters();
+            for (const QPushButton *button : dialog.findChildren<QPushButton *>()) {
+                shown << button->text().remove(QLatin1Char('&'));
+            }
             dialog.reject();
         });
-        tester.trigger(action);
-        tester.answers.expectFile(czechBook);
-        tester.trigger(action);
-        QVERIFY(QFile::copy(tester.path(text("three.xlsx")), folder.filePath(text("three.xlsx"))));
+        tester.trigger(text("Otevřít soubor"));
         QCOMPARE(tester.answers.unexpected(), QStringList());
+        QCOMPARE(shown, texts({"Otevřít soubor", "Dokument xlsx (*.xlsx)", "Otevřít", "Zrušit"}));
     }
-    MainWindowTester english;
-    english.start();
-    english.answers.expectFile(folder.filePath(text("three.xlsx")));
-    english.trigger(text("Open File"));
-    english.answers.expectFile(englishBook);
-    english.trigger(englishAction);
-    const QStringList cells = cellsOf(englishBook);
-    QVERIFY(cells.size() > 30);
-    QCOMPARE(cellsOf(czechBook), cells);
-}
-
-void TestTranslations::dialogsOfTheToolkitAreCzech()
-{
-    const QString installed = QLibraryInfo::location(QLibraryInfo::TranslationsPath);
-    if (!QFile::exists(installed + text("/qtbase_cs.qm"))) {
-        QSKIP("Qt's Czech catalogue is not installed");
-    }
-    CzechTester tester;
-    tester.start();
-    QStringList shown;
-    tester.answers.expect<QFileDialog>([&shown](QFileDialog &dialog) {
-        shown << dialog.windowTitle() << dialog.nameFilters();
-        for (const QPushButton *button : dialog.findChildren<QPushButton *>()) {
-            shown << button->text().remove(QLatin1Char('&'));
-        }
-        dialog.reject();
-    });
-    tester.trigger(text("Otevřít soubor"));
-    QCOMPARE(tester.answers.unexpected(), QStringList());
-    QCOMPARE(shown, texts({"Otevřít soubor", "Dokument xlsx (*.xlsx)", "Otevřít", "Zrušit"}));
-}
+};
 
 QTEST_MAIN(TestTranslations)
 #include "tst_translations.moc"

@@ -7,41 +7,38 @@ class TestXmlText : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void replacesWhatXmlCannotHold_data();
-    void replacesWhatXmlCannotHold();
+    void replacesWhatXmlCannotHold_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("expected");
+
+        const QString pair = QString::fromUtf8("\xF0\x9F\x93\x88");
+        const QChar replacement(QChar::ReplacementCharacter);
+        const auto row = [](const char *name, const QString &text, const QString &expected) {
+            QTest::newRow(name) << text << expected;
+        };
+        row("empty", QString(), QString());
+        row("blanks and markup stay", QStringLiteral(" <a>\t\r\n&"), QStringLiteral(" <a>\t\r\n&"));
+        row("control character", QStringLiteral("a\x01z"),
+            QStringLiteral("a") + replacement + QLatin1Char('z'));
+        row("null character", QString(QChar(0)), replacement);
+        row("surrogate pair stays", pair, pair);
+        row("first half at the end", pair.left(1), replacement);
+        row("second half alone", pair.mid(1) + QLatin1Char('x'),
+            QString(replacement) + QLatin1Char('x'));
+        row("first half before a pair", pair.left(1) + pair, replacement + pair);
+        row("no characters", QString(QChar(0xFFFE)) + QChar(0xFFFF),
+            QString(replacement) + replacement);
+        row("replacement character stays", replacement, replacement);
+    }
+
+    void replacesWhatXmlCannotHold()
+    {
+        QFETCH(QString, text);
+        QFETCH(QString, expected);
+        QCOMPARE(xmlText(text), expected);
+    }
 };
-
-void TestXmlText::replacesWhatXmlCannotHold_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("expected");
-
-    const QString pair = QString::fromUtf8("\xF0\x9F\x93\x88");
-    const QChar replacement(QChar::ReplacementCharacter);
-    const auto row = [](const char *name, const QString &text, const QString &expected) {
-        QTest::newRow(name) << text << expected;
-    };
-    row("empty", QString(), QString());
-    row("blanks and markup stay", QStringLiteral(" <a>\t\r\n&"), QStringLiteral(" <a>\t\r\n&"));
-    row("control character", QStringLiteral("a\x01z"),
-        QStringLiteral("a") + replacement + QLatin1Char('z'));
-    row("null character", QString(QChar(0)), replacement);
-    row("surrogate pair stays", pair, pair);
-    row("first half at the end", pair.left(1), replacement);
-    row("second half alone", pair.mid(1) + QLatin1Char('x'),
-        QString(replacement) + QLatin1Char('x'));
-    row("first half before a pair", pair.left(1) + pair, replacement + pair);
-    row("no characters", QString(QChar(0xFFFE)) + QChar(0xFFFF),
-        QString(replacement) + replacement);
-    row("replacement character stays", replacement, replacement);
-}
-
-void TestXmlText::replacesWhatXmlCannotHold()
-{
-    QFETCH(QString, text);
-    QFETCH(QString, expected);
-    QCOMPARE(xmlText(text), expected);
-}
 
 QTEST_GUILESS_MAIN(TestXmlText)
 #include "tst_xmltext.moc"
