@@ -48,8 +48,7 @@ void report()
 {
     auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
     if (box) {
-        print({QStringLiteral("box: ") + box->windowTitle(), box->text(),
-               box->button(QMessageBox::Ok)->text()});
+        print({"box: " + box->windowTitle(), box->text(), box->button(QMessageBox::Ok)->text()});
         box->accept();
         return;
     }

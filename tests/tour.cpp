@@ -76,8 +76,8 @@ private:
 
     void picture(const QPixmap &pixmap, const char *name)
     {
-        if (!pixmap.save(output.filePath(QLatin1String(name)))) {
-            problems << QStringLiteral("cannot write %1").arg(QLatin1String(name));
+        if (!pixmap.save(output.filePath(name))) {
+            problems << QString("cannot write %1").arg(name);
         }
     }
 
@@ -92,13 +92,13 @@ private:
 
     void refuseAFile()
     {
-        tester.writeFile(QStringLiteral("notes.xlsx"), "These are notes, not a workbook.");
-        tester.answers.expectFile(tester.path(QStringLiteral("notes.xlsx")));
+        tester.writeFile("notes.xlsx", "These are notes, not a workbook.");
+        tester.answers.expectFile(tester.path("notes.xlsx"));
         tester.answers.expect<QMessageBox>([this](QMessageBox &box) {
             picture(box.grab(), "refused.png");
             box.accept();
         });
-        tester.action(QStringLiteral("Open File"))->trigger();
+        tester.action("Open File")->trigger();
     }
 
     void markPatients()
@@ -109,7 +109,7 @@ private:
             Q_EMIT table->customContextMenuRequested(pos);
             auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
             if (!menu) {
-                problems << QStringLiteral("no menu of ideal kvadrants");
+                problems << "no menu of ideal kvadrants";
                 return;
             }
             // Below the heading and its separator stands kvadrant 1.
@@ -126,9 +126,9 @@ private:
         tester.answers.expect<SettingsDialog>([this](SettingsDialog &dialog) {
             picture(dialog.grab(), "settings.png");
             dialog.findChild<QSpinBox *>()->setValue(2);
-            dialog.findChild<QPushButton *>(QStringLiteral("okButton"))->click();
+            dialog.findChild<QPushButton *>("okButton")->click();
         });
-        tester.action(QStringLiteral("Settings"))->trigger();
+        tester.action("Settings")->trigger();
     }
 
     /// An entry by its place, which is the same in every language.
@@ -148,7 +148,7 @@ private:
 
     void groupGraph()
     {
-        tester.action(QStringLiteral("Groups graph"))->trigger();
+        tester.action("Groups graph")->trigger();
         const QMdiSubWindow *subWindow = arrangeLast();
         picture(tester.window->grab(), "window.png");
         picture(subWindow->widget()->grab(), "group-graph.png");
@@ -162,13 +162,13 @@ private:
                 QItemSelectionModel::Select | QItemSelectionModel::Rows);
         }
         tester.answers.expect<QInputDialog>([](QInputDialog &dialog) {
-            dialog.setTextValue(QStringLiteral("Five patients"));
+            dialog.setTextValue("Five patients");
             dialog.accept();
         });
-        tester.button(QStringLiteral("Show graph"))->click();
+        tester.button("Show graph")->click();
         auto *tabs = qobject_cast<QTabWidget *>(arrangeLast()->widget());
         if (!tabs) {
-            problems << QStringLiteral("no graph of the selected patients");
+            problems << "no graph of the selected patients";
             return;
         }
         picture(tabs->grab(), "patient-graph.png");
@@ -178,14 +178,14 @@ private:
 
     void exportPage()
     {
-        const QString page = output.filePath(QStringLiteral("glymark-page.svg"));
+        const QString page = output.filePath("glymark-page.svg");
         QFile::remove(page);
         tester.answers.expectFile(page);
         tester.answers.expectMessage();
-        tester.action(QStringLiteral("Export graph"))->trigger();
+        tester.action("Export graph")->trigger();
         QSvgRenderer renderer(page);
         if (!renderer.isValid()) {
-            problems << QStringLiteral("the exported page cannot be drawn");
+            problems << "the exported page cannot be drawn";
             return;
         }
         QPixmap paper(renderer.viewBox().size());
@@ -205,11 +205,11 @@ private:
 
     void saveWorkbook(const char *action, const char *name, const char *sheet, const char *shown)
     {
-        const QString path = output.filePath(QLatin1String(name));
+        const QString path = output.filePath(name);
         QFile::remove(path);
         tester.answers.expectFile(path);
-        tester.action(QLatin1String(action))->trigger();
-        picture(sheetPicture(path, QLatin1String(sheet), 9, 7), shown);
+        tester.action(action)->trigger();
+        picture(sheetPicture(path, sheet, 9, 7), shown);
     }
 
     /// The top left corner of a sheet as a spreadsheet shows it; a null name takes the first sheet.
@@ -217,7 +217,7 @@ private:
     {
         QXlsx::Document document(path);
         if (!document.isLoadPackage() || (!sheet.isNull() && !document.selectSheet(sheet))) {
-            problems << QStringLiteral("cannot read back %1").arg(path);
+            problems << QString("cannot read back %1").arg(path);
             return {};
         }
         QTableWidget table(rows, columns);
@@ -242,8 +242,8 @@ private:
         return table.grab();
     }
 
-    const QString largeSample = QStringLiteral("glymark-sample.xlsx");
-    const QString smallSample = QStringLiteral("glymark-small.xlsx");
+    const QString largeSample = "glymark-sample.xlsx";
+    const QString smallSample = "glymark-small.xlsx";
     QDir samples;
     QDir output;
     MainWindowTester tester;
@@ -261,8 +261,8 @@ int main(int argc, char *argv[])
         return 2;
     }
     // The pictures are the same on every desktop.
-    QApplication::setStyle(QStyleFactory::create(QStringLiteral("fusion")));
-    QApplication::setFont(QFont(QStringLiteral("DejaVu Sans"), 9));
+    QApplication::setStyle(QStyleFactory::create("fusion"));
+    QApplication::setFont(QFont("DejaVu Sans", 9));
     const QDir output(QFileInfo(arguments.at(2)).absoluteFilePath());
     if (!QDir().mkpath(output.path())) {
         std::fprintf(stderr, "tour: cannot make %s\n", qPrintable(output.path()));

@@ -20,28 +20,28 @@ namespace
 
 // "$" stands for the offset.
 const QStringList pairLabels = {
-    QStringLiteral("Median difference + Standard Deviation"),
-    QStringLiteral("Median difference + Difference standard Deviation + offset $"),
-    QStringLiteral("Median difference + Interquartile range"),
-    QStringLiteral("Simple linear regression + Standard Deviation"),
-    QStringLiteral("Simple linear regression + Difference standard Deviation + offset $"),
-    QStringLiteral("Simple linear regression + Interquartile range"),
-    QStringLiteral("C*e^(k*x) + Standard Deviation"),
-    QStringLiteral("C*e^(k*x) + Difference standard Deviation + offset $"),
-    QStringLiteral("C*e^(k*x) + Interquartile range"),
+    "Median difference + Standard Deviation",
+    "Median difference + Difference standard Deviation + offset $",
+    "Median difference + Interquartile range",
+    "Simple linear regression + Standard Deviation",
+    "Simple linear regression + Difference standard Deviation + offset $",
+    "Simple linear regression + Interquartile range",
+    "C*e^(k*x) + Standard Deviation",
+    "C*e^(k*x) + Difference standard Deviation + offset $",
+    "C*e^(k*x) + Interquartile range",
 };
 
 const QStringList pairReferences = {
-    QStringLiteral("Reference: Median difference + Standard Deviation"),
-    QStringLiteral("Reference: Median difference + Difference standard Deviation + offset $"),
-    QStringLiteral("Reference: Median difference + Interquartile range"),
-    QStringLiteral("Reference: Simple linear regression + Standard Deviation"),
-    QStringLiteral(
-        "Reference: Simple linear regression + Difference standard Deviation + offset $"),
-    QStringLiteral("Reference: Simple linear regression + Interquartile range"),
-    QStringLiteral("Reference: C*e^(k*x) + Standard Deviation"),
-    QStringLiteral("Reference: C*e^(k*x) + Difference standard Deviation + offset $"),
-    QStringLiteral("Reference: C*e^(k*x) + Interquartile range"),
+    "Reference: Median difference + Standard Deviation",
+    "Reference: Median difference + Difference standard Deviation + offset $",
+    "Reference: Median difference + Interquartile range",
+    "Reference: Simple linear regression + Standard Deviation",
+
+    "Reference: Simple linear regression + Difference standard Deviation + offset $",
+    "Reference: Simple linear regression + Interquartile range",
+    "Reference: C*e^(k*x) + Standard Deviation",
+    "Reference: C*e^(k*x) + Difference standard Deviation + offset $",
+    "Reference: C*e^(k*x) + Interquartile range",
 };
 
 struct MethodSheet {
@@ -72,7 +72,7 @@ const QVector<MethodSheet> methodSheets = {
 
 QString withSkip(QString text, const QString &skipText)
 {
-    return text.replace(QLatin1Char('$'), skipText);
+    return text.replace('$', skipText);
 }
 
 // 0 for a patient that no rule catches.
@@ -85,12 +85,8 @@ int expectedKvadrant(const TestGroup &group, int k, int pair)
     if (qIsNaN(c) || qIsNaN(v) || qIsNaN(mc) || qIsNaN(mv)) {
         return 0;
     }
-    const QString mark =
-        QString::fromLatin1(c < mc ? "B/" : "W/") + QString::fromLatin1(v < mv ? "B" : "W");
-    return QStringList({QStringLiteral("W/W"), QStringLiteral("B/W"), QStringLiteral("B/B"),
-                        QStringLiteral("W/B")})
-               .indexOf(mark)
-        + 1;
+    const QString mark = QString(c < mc ? "B/" : "W/") + QString(v < mv ? "B" : "W");
+    return QStringList({"W/W", "B/W", "B/B", "W/B"}).indexOf(mark) + 1;
 }
 
 int expectedFlag(const TestGroup &group, int k, bool convergence, int method)
@@ -129,12 +125,11 @@ public:
         book.append(anovaMedianSheet());
         book.append(flagSheet());
         book.append({methodSheet(0), methodSheet(1), methodSheet(2)});
-        book.append(
-            methodAnovaSheet(QStringLiteral("ConvAnova"), true,
-                             {"Median difference", "Simple linear regression", "C*e^(k*x)"}));
+        book.append(methodAnovaSheet(
+            "ConvAnova", true, {"Median difference", "Simple linear regression", "C*e^(k*x)"}));
         book.append({methodSheet(3), methodSheet(4), methodSheet(5)});
         book.append(
-            methodAnovaSheet(QStringLiteral("VarAnova"), false,
+            methodAnovaSheet("VarAnova", false,
                              {"Standard deviation", "Difference standard deviation offset $",
                               "Interquartile range"}));
         book.append(idealSheet());
@@ -149,11 +144,6 @@ private:
     void label(Cells &cells, int row, int column, const QString &text) const
     {
         put(cells, row, column, withSkip(text, m_skip));
-    }
-
-    void label(Cells &cells, int row, int column, const char *text) const
-    {
-        label(cells, row, column, QString::fromLatin1(text));
     }
 
     void identifiers(Cells &cells, int firstRow, int column) const
@@ -178,7 +168,7 @@ private:
         }
         label(cells, 5, 12, "Information");
         label(cells, 6, 12, "Numbers in columns 2 and higher = kvadrants");
-        return {QStringLiteral("Median"), cells, {}};
+        return {"Median", cells, {}};
     }
 
     ExpectedSheets::Sheet compareSheet(int reference) const
@@ -212,7 +202,7 @@ private:
         label(cells, 7, 14, "Number in second column = kvadrants");
         label(cells, 8, 13, "Rest columns except last = compared to reference");
         label(cells, 8, 14, "1 - same, 0 - different");
-        return {QStringLiteral("Compare %1").arg(reference + 1), cells, {}};
+        return {QString("Compare %1").arg(reference + 1), cells, {}};
     }
 
     ExpectedSheets::Sheet anovaMedianSheet() const
@@ -228,7 +218,7 @@ private:
                 put(cells, k + 2, 3 + 3 * t, kvadrant(k, right));
             }
         }
-        return {QStringLiteral("AnovaMedian"), cells, {}};
+        return {"AnovaMedian", cells, {}};
     }
 
     ExpectedSheets::Sheet flagSheet() const
@@ -254,7 +244,7 @@ private:
         }
         label(cells, 5, 11, "Information");
         label(cells, 6, 11, "1 - worse than median, 0 better than median");
-        return {QStringLiteral("Convergence&Variability"), cells, {}};
+        return {"Convergence&Variability", cells, {}};
     }
 
     ExpectedSheets::Sheet methodSheet(int index) const
@@ -284,7 +274,7 @@ private:
         label(cells, 7, 8, "1 - worse than median or equal, 0 - better than median");
         label(cells, 8, 7, "3, 4 column: Compared to second column");
         label(cells, 8, 8, "1 - same, 0 - different");
-        return {QString::fromLatin1(sheet.name), cells, {}};
+        return {sheet.name, cells, {}};
     }
 
     ExpectedSheets::Sheet methodAnovaSheet(const QString &name, bool convergence,
@@ -328,7 +318,7 @@ private:
             }
             put(cells, k + 2, 11, hits / 9.0);
         }
-        return {QStringLiteral("IdealCompare"), cells, {}};
+        return {"IdealCompare", cells, {}};
     }
 
     const TestGroup &m_group;
@@ -341,15 +331,14 @@ QStringList rowOf(const QXlsx::Document &document, int row, int firstColumn, int
 {
     QStringList texts;
     for (int column = firstColumn; column <= lastColumn; ++column) {
-        texts.append(document.cellAt(row, column) ? document.read(row, column).toString()
-                                                  : QStringLiteral("-"));
+        texts.append(document.cellAt(row, column) ? document.read(row, column).toString() : "-");
     }
     return texts;
 }
 
 QStringList words(const char *text)
 {
-    return QString::fromLatin1(text).split(QLatin1Char(' '));
+    return QString(text).split(' ');
 }
 
 } // namespace
@@ -361,32 +350,32 @@ class TestAnalysisWorkbook : public QObject
 private Q_SLOTS:
     void initTestCase() { QVERIFY(QDir::setCurrent(m_folder.path())); }
 
-    void init() { useSkip(QStringLiteral("3")); }
+    void init() { useSkip("3"); }
 
     void sheetsStandInOrder()
     {
         const QStringList names = {
-            QStringLiteral("Median"),
-            QStringLiteral("Compare 1"),
-            QStringLiteral("Compare 2"),
-            QStringLiteral("Compare 3"),
-            QStringLiteral("Compare 4"),
-            QStringLiteral("Compare 5"),
-            QStringLiteral("Compare 6"),
-            QStringLiteral("Compare 7"),
-            QStringLiteral("Compare 8"),
-            QStringLiteral("Compare 9"),
-            QStringLiteral("AnovaMedian"),
-            QStringLiteral("Convergence&Variability"),
-            QStringLiteral("Covergence compare 1"),
-            QStringLiteral("Covergence compare 2"),
-            QStringLiteral("Covergence compare 3"),
-            QStringLiteral("ConvAnova"),
-            QStringLiteral("Variability compare 1"),
-            QStringLiteral("Variability compare 2"),
-            QStringLiteral("Variability compare 3"),
-            QStringLiteral("VarAnova"),
-            QStringLiteral("IdealCompare"),
+            "Median",
+            "Compare 1",
+            "Compare 2",
+            "Compare 3",
+            "Compare 4",
+            "Compare 5",
+            "Compare 6",
+            "Compare 7",
+            "Compare 8",
+            "Compare 9",
+            "AnovaMedian",
+            "Convergence&Variability",
+            "Covergence compare 1",
+            "Covergence compare 2",
+            "Covergence compare 3",
+            "ConvAnova",
+            "Variability compare 1",
+            "Variability compare 2",
+            "Variability compare 3",
+            "VarAnova",
+            "IdealCompare",
         };
         const TestGroup unmarked = TestGroup::ofValues({{50, 45, 40}, {50, 55}});
         QCOMPARE(QXlsx::Document(written(unmarked)).sheetNames(), names);
@@ -404,7 +393,7 @@ private Q_SLOTS:
     {
         QFETCH(int, count);
         const TestGroup group = TestGroup::ofSize(count);
-        const Book book = Expectation(group, QStringLiteral("3")).book();
+        const Book book = Expectation(group, "3").book();
         QCOMPARE(book.size(), 21);
         const QString path = written(group);
         QCOMPARE(ExpectedSheets::differences(path, book), QString());
@@ -414,7 +403,7 @@ private Q_SLOTS:
     void largeGroupHasMarksOfEveryKind()
     {
         const TestGroup group = TestGroup::ofSize(40);
-        const Expectation expectation(group, QStringLiteral("3"));
+        const Expectation expectation(group, "3");
         QSet<int> kvadrants;
         QSet<int> ideals;
         bool hit = false;
@@ -469,27 +458,25 @@ private Q_SLOTS:
     void labelsEndInTheOffset()
     {
         QXlsx::Document document(written(TestGroup::ofSize(2)));
-        QVERIFY(document.selectSheet(QStringLiteral("Compare 2")));
+        QVERIFY(document.selectSheet("Compare 2"));
         QCOMPARE(document.read(1, 2).toString(),
-                 QStringLiteral("Reference: Median difference + Difference standard Deviation"
-                                " + offset 3"));
-        useSkip(QStringLiteral("4"));
+                 "Reference: Median difference + Difference standard Deviation"
+                 " + offset 3");
+        useSkip("4");
         QXlsx::Document other(written(TestGroup::ofSize(2)));
-        QVERIFY(other.selectSheet(QStringLiteral("Variability compare 2")));
-        QCOMPARE(other.read(1, 2).toString(),
-                 QStringLiteral("Reference: Difference standard deviation offset 4"));
-        QVERIFY(other.selectSheet(QStringLiteral("Convergence&Variability")));
-        QCOMPARE(other.read(2, 8).toString(),
-                 QStringLiteral("Difference standard deviation offset 4"));
+        QVERIFY(other.selectSheet("Variability compare 2"));
+        QCOMPARE(other.read(1, 2).toString(), "Reference: Difference standard deviation offset 4");
+        QVERIFY(other.selectSheet("Convergence&Variability"));
+        QCOMPARE(other.read(2, 8).toString(), "Difference standard deviation offset 4");
     }
 
     void offsetOfZeroIsShown()
     {
-        useSkip(QStringLiteral("0"));
+        useSkip("0");
         QXlsx::Document document(written(TestGroup::ofSize(2)));
-        QVERIFY(document.selectSheet(QStringLiteral("Median")));
+        QVERIFY(document.selectSheet("Median"));
         QCOMPARE(document.read(1, 3).toString(),
-                 QStringLiteral("Median difference + Difference standard Deviation + offset 0"));
+                 "Median difference + Difference standard Deviation + offset 0");
     }
 
     void everyCellOfGroupsThatHoldNotANumber_data()
@@ -516,7 +503,7 @@ private Q_SLOTS:
         QFETCH(QVector<QVector<double>>, convergence);
         QFETCH(QVector<QVector<double>>, variability);
         const TestGroup group = TestGroup::ofScores(convergence, variability);
-        const Book book = Expectation(group, QStringLiteral("3")).book();
+        const Book book = Expectation(group, "3").book();
         const QString path = written(group);
         QCOMPARE(ExpectedSheets::differences(path, book), QString());
         QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
@@ -528,7 +515,7 @@ private Q_SLOTS:
         const TestGroup group = TestGroup::ofScores({{1, 0, 0}, {2, 0, 0}, {9, 0, 0}},
                                                     {{4, 0, 0}, {5, 0, 0}, {6, 0, 0}});
         QXlsx::Document document(written(group));
-        QVERIFY(document.selectSheet(QStringLiteral("Median")));
+        QVERIFY(document.selectSheet("Median"));
         QCOMPARE(document.read(2, 2).toInt(), 3);
         QCOMPARE(document.read(3, 2).toInt(), 1);
         QCOMPARE(document.read(4, 2).toInt(), 1);
@@ -544,7 +531,7 @@ private Q_SLOTS:
         QCOMPARE(group.medianCenter.convergence.at(2), 0.85);
         QCOMPARE(group.medianCenter.variability.at(2), 9.5);
         QXlsx::Document document(written(group));
-        QVERIFY(document.selectSheet(QStringLiteral("Median")));
+        QVERIFY(document.selectSheet("Median"));
         // The last pair: all are below 2, and none is below 5. Under the medians of the third
         // methods the patients would be in the kvadrants 3, 1, 4 and 2.
         for (const int row : {2, 3, 4, 5}) {
@@ -552,7 +539,7 @@ private Q_SLOTS:
         }
         // The flags of the third patient do follow the medians of the third methods: W/B,
         // kvadrant 4.
-        QVERIFY(document.selectSheet(QStringLiteral("Convergence&Variability")));
+        QVERIFY(document.selectSheet("Convergence&Variability"));
         QCOMPARE(document.read(5, 4), QVariant(1.0));
         QCOMPARE(document.read(5, 9), QVariant(0.0));
     }
@@ -566,7 +553,7 @@ private Q_SLOTS:
             patient.idealKvadrant = 1;
         }
         QXlsx::Document document(written(group));
-        QVERIFY(document.selectSheet(QStringLiteral("Median")));
+        QVERIFY(document.selectSheet("Median"));
         for (const int column : {8, 9, 10}) {
             QVERIFY(!document.cellAt(2, column));
         }
@@ -576,11 +563,11 @@ private Q_SLOTS:
         QVERIFY(document.cellAt(2, 7));
         QVERIFY(document.cellAt(3, 2));
         // Where the entry is printed, it is 0; and it is a miss.
-        QVERIFY(document.selectSheet(QStringLiteral("Compare 7")));
+        QVERIFY(document.selectSheet("Compare 7"));
         QCOMPARE(rowOf(document, 2, 2, 2), words("0"));
-        QVERIFY(document.selectSheet(QStringLiteral("AnovaMedian")));
+        QVERIFY(document.selectSheet("AnovaMedian"));
         QCOMPARE(document.read(3, 3), QVariant(0.0));
-        QVERIFY(document.selectSheet(QStringLiteral("IdealCompare")));
+        QVERIFY(document.selectSheet("IdealCompare"));
         QCOMPARE(document.read(2, 9), QVariant(0.0));
     }
 
@@ -590,7 +577,7 @@ private Q_SLOTS:
             TestGroup::ofScores({{1, 1, notANumber}, {2, 2, 2}}, {{1, notANumber, 1}, {2, 2, 2}});
         QXlsx::Document document(written(group));
         // Pairs 1, 4, 6, 7 and 8 of the first are empty.
-        QVERIFY(document.selectSheet(QStringLiteral("Compare 2")));
+        QVERIFY(document.selectSheet("Compare 2"));
         QCOMPARE(rowOf(document, 2, 2, 11), words("0 0 0 0 1 0 1 1 1 0.5"));
     }
 
@@ -599,7 +586,7 @@ private Q_SLOTS:
         const TestGroup group =
             TestGroup::ofScores({{notANumber, 5, 5}, {1, 5, 5}}, {{7, notANumber, 7}, {7, 2, 7}});
         QXlsx::Document document(written(group));
-        QVERIFY(document.selectSheet(QStringLiteral("Convergence&Variability")));
+        QVERIFY(document.selectSheet("Convergence&Variability"));
         QCOMPARE(rowOf(document, 3, 2, 4), words("0 1 1"));
         QCOMPARE(rowOf(document, 3, 7, 9), words("1 0 1"));
     }
@@ -609,11 +596,11 @@ private Q_SLOTS:
         const TestGroup group =
             TestGroup::ofScores({{-infinity, 0, 0}, {1, 0, 0}, {infinity, 0, 0}},
                                 {{infinity, 0, 0}, {infinity, 0, 0}, {0, 0, 0}});
-        const Book book = Expectation(group, QStringLiteral("3")).book();
+        const Book book = Expectation(group, "3").book();
         const QString path = written(group);
         QCOMPARE(ExpectedSheets::differences(path, book), QString());
         QXlsx::Document document(path);
-        QVERIFY(document.selectSheet(QStringLiteral("Median")));
+        QVERIFY(document.selectSheet("Median"));
         QCOMPARE(document.read(2, 2).toInt(), 2);
         QCOMPARE(document.read(3, 2).toInt(), 1);
         QCOMPARE(document.read(4, 2).toInt(), 4);
@@ -625,7 +612,7 @@ private Q_SLOTS:
         const TestGroup group = TestGroup::ofScores({{1, 1, 1}, {5, 5, 5}}, {{1, 1, 1}, {5, 5, 5}});
         QXlsx::Document document(written(group));
         for (int number = 1; number <= 9; ++number) {
-            QVERIFY(document.selectSheet(QStringLiteral("Compare %1").arg(number)));
+            QVERIFY(document.selectSheet(QString("Compare %1").arg(number)));
             QCOMPARE(rowOf(document, 2, 2, 11), words("3 1 1 1 1 1 1 1 1 1"));
             QCOMPARE(rowOf(document, 3, 2, 11), words("1 1 1 1 1 1 1 1 1 1"));
         }
@@ -636,12 +623,12 @@ private Q_SLOTS:
         // Medians 3 and 3. The first patient is in kvadrant 3 under pair 0 and nowhere else.
         const TestGroup group = TestGroup::ofScores({{1, 9, 9}, {5, 9, 9}}, {{1, 9, 9}, {5, 9, 9}});
         QXlsx::Document document(written(group));
-        QVERIFY(document.selectSheet(QStringLiteral("Compare 1")));
+        QVERIFY(document.selectSheet("Compare 1"));
         QCOMPARE(rowOf(document, 2, 2, 11), words("3 0 0 0 0 0 0 0 0 0"));
         // Pairs 1 and 2 share kvadrant 2, pairs 3 and 6 kvadrant 4, the last four kvadrant 1.
-        QVERIFY(document.selectSheet(QStringLiteral("Compare 2")));
+        QVERIFY(document.selectSheet("Compare 2"));
         QCOMPARE(rowOf(document, 2, 2, 11), words("2 0 1 0 0 0 0 0 0 0.125"));
-        QVERIFY(document.selectSheet(QStringLiteral("Compare 9")));
+        QVERIFY(document.selectSheet("Compare 9"));
         QCOMPARE(rowOf(document, 2, 2, 11), words("1 0 0 0 0 1 1 0 1 0.375"));
     }
 
@@ -662,8 +649,8 @@ private Q_SLOTS:
         QVERIFY(document.selectSheet(sheet));
         for (int c = 0; c < 8; ++c) {
             QString heading = document.read(1, c + 3).toString();
-            heading.replace(QLatin1String("regression+"), QLatin1String("regression +"));
-            QCOMPARE(heading, withSkip(pairLabels.at(pairs.at(c)), QStringLiteral("3")));
+            heading.replace("regression+", "regression +");
+            QCOMPARE(heading, withSkip(pairLabels.at(pairs.at(c)), "3"));
         }
     }
 
@@ -673,14 +660,13 @@ private Q_SLOTS:
         const QStringList names = document.sheetNames();
         for (const QString &name : names) {
             QVERIFY(document.selectSheet(name));
-            const bool expected =
-                name.startsWith(QLatin1String("Compare ")) && name != QLatin1String("Compare 6");
+            const bool expected = name.startsWith("Compare ") && name != "Compare 6";
             const QStringList headings = rowOf(document, 1, 1, 220);
-            QCOMPARE(headings.filter(QStringLiteral("regression+")).size(), expected ? 1 : 0);
+            QCOMPARE(headings.filter("regression+").size(), expected ? 1 : 0);
         }
-        QVERIFY(document.selectSheet(QStringLiteral("Compare 6")));
+        QVERIFY(document.selectSheet("Compare 6"));
         QCOMPARE(document.read(1, 2).toString(),
-                 QStringLiteral("Reference: Simple linear regression + Interquartile range"));
+                 "Reference: Simple linear regression + Interquartile range");
     }
 
     void notesKeepTheirPlace_data()
@@ -695,34 +681,32 @@ private Q_SLOTS:
     {
         QFETCH(int, count);
         QXlsx::Document document(written(TestGroup::ofSize(count)));
-        QVERIFY(document.selectSheet(QStringLiteral("Median")));
+        QVERIFY(document.selectSheet("Median"));
         QCOMPARE(rowOf(document, 5, 11, 12), words("- Information"));
         QCOMPARE(rowOf(document, 6, 11, 12),
-                 (QStringList{QStringLiteral("-"),
-                              QStringLiteral("Numbers in columns 2 and higher = kvadrants")}));
-        QVERIFY(document.selectSheet(QStringLiteral("Compare 4")));
+                 (QStringList{"-", "Numbers in columns 2 and higher = kvadrants"}));
+        QVERIFY(document.selectSheet("Compare 4"));
         QCOMPARE(rowOf(document, 5, 12, 13), words("- Information"));
-        QCOMPARE(document.read(8, 14).toString(), QStringLiteral("1 - same, 0 - different"));
-        QVERIFY(document.selectSheet(QStringLiteral("Convergence&Variability")));
+        QCOMPARE(document.read(8, 14).toString(), "1 - same, 0 - different");
+        QVERIFY(document.selectSheet("Convergence&Variability"));
         QCOMPARE(rowOf(document, 5, 10, 11), words("- Information"));
-        QCOMPARE(document.read(6, 11).toString(),
-                 QStringLiteral("1 - worse than median, 0 better than median"));
-        QVERIFY(document.selectSheet(QStringLiteral("VarAnova")));
+        QCOMPARE(document.read(6, 11).toString(), "1 - worse than median, 0 better than median");
+        QVERIFY(document.selectSheet("VarAnova"));
         QCOMPARE(rowOf(document, 5, 18, 24), words("- - - - - - -"));
     }
 
     void anovaMedianStartsInTheSecondColumn()
     {
         QXlsx::Document document(written(TestGroup::ofSize(2)));
-        QVERIFY(document.selectSheet(QStringLiteral("AnovaMedian")));
+        QVERIFY(document.selectSheet("AnovaMedian"));
         QVERIFY(!document.cellAt(1, 1));
         QVERIFY(!document.cellAt(2, 1));
         QCOMPARE(document.read(1, 2).toString(), pairLabels.at(0));
         QCOMPARE(document.read(1, 24).toString(), pairLabels.at(8));
-        QCOMPARE(document.read(1, 26).toString(), withSkip(pairLabels.at(1), QStringLiteral("3")));
+        QCOMPARE(document.read(1, 26).toString(), withSkip(pairLabels.at(1), "3"));
         QCOMPARE(document.read(1, 27).toString(), pairLabels.at(0));
         QCOMPARE(document.read(1, 215).toString(), pairLabels.at(8));
-        QCOMPARE(document.read(1, 216).toString(), withSkip(pairLabels.at(7), QStringLiteral("3")));
+        QCOMPARE(document.read(1, 216).toString(), withSkip(pairLabels.at(7), "3"));
         QVERIFY(!document.cellAt(1, 214));
         QVERIFY(!document.cellAt(1, 217));
     }
@@ -732,7 +716,7 @@ private Q_SLOTS:
         const TestGroup group = TestGroup::ofScores({{1, 7, 7}, {2, 8, 8}, {3, 9, 9}},
                                                     {{1, 7, 9}, {2, 8, 8}, {3, 9, 7}});
         QXlsx::Document document(written(group));
-        QVERIFY(document.selectSheet(QStringLiteral("Convergence&Variability")));
+        QVERIFY(document.selectSheet("Convergence&Variability"));
         QCOMPARE(rowOf(document, 3, 1, 9), words("A 0 0 0 - A 0 0 1"));
         QCOMPARE(rowOf(document, 4, 1, 9), words("B 1 1 1 - B 1 1 1"));
         QCOMPARE(rowOf(document, 5, 2, 9), words("1 1 1 - C 1 1 0"));
@@ -743,13 +727,13 @@ private Q_SLOTS:
         // Flags of the first: 0 0 0 and 0 1 1; of the second: 1 1 1 and 1 0 1.
         const TestGroup group = TestGroup::ofScores({{1, 1, 1}, {2, 2, 2}}, {{1, 2, 2}, {2, 1, 2}});
         QXlsx::Document document(written(group));
-        QVERIFY(document.selectSheet(QStringLiteral("Covergence compare 1")));
+        QVERIFY(document.selectSheet("Covergence compare 1"));
         QCOMPARE(rowOf(document, 2, 1, 5), words("A 0 1 1 1"));
         QCOMPARE(rowOf(document, 3, 1, 5), words("B 1 1 1 1"));
-        QVERIFY(document.selectSheet(QStringLiteral("Variability compare 1")));
+        QVERIFY(document.selectSheet("Variability compare 1"));
         QCOMPARE(rowOf(document, 2, 1, 5), words("A 0 0 0 0"));
         QCOMPARE(rowOf(document, 3, 1, 5), words("B 1 0 1 0.5"));
-        QVERIFY(document.selectSheet(QStringLiteral("Variability compare 3")));
+        QVERIFY(document.selectSheet("Variability compare 3"));
         QCOMPARE(rowOf(document, 2, 1, 5), words("A 1 0 1 0.5"));
         QCOMPARE(rowOf(document, 3, 1, 5), words("B 1 1 0 0.5"));
     }
@@ -759,25 +743,24 @@ private Q_SLOTS:
         // By the standard deviation the first is better, by the two others worse.
         const TestGroup group = TestGroup::ofScores({{1, 1, 1}, {2, 2, 2}}, {{1, 2, 2}, {2, 1, 1}});
         QXlsx::Document document(written(group));
-        QVERIFY(document.selectSheet(QStringLiteral("Variability compare 2")));
-        QCOMPARE(document.read(1, 3).toString(), QStringLiteral("Median difference"));
+        QVERIFY(document.selectSheet("Variability compare 2"));
+        QCOMPARE(document.read(1, 3).toString(), "Median difference");
         QCOMPARE(rowOf(document, 2, 1, 5), words("A 1 0 1 0.5"));
     }
 
     void varAnovaStartsWithTheStandardDeviation()
     {
         QXlsx::Document document(written(TestGroup::ofSize(2)));
-        QVERIFY(document.selectSheet(QStringLiteral("VarAnova")));
-        QCOMPARE(document.read(1, 1).toString(), QStringLiteral("Standard deviation"));
-        QCOMPARE(document.read(1, 2).toString(),
-                 QStringLiteral("Difference standard deviation offset 3"));
+        QVERIFY(document.selectSheet("VarAnova"));
+        QCOMPARE(document.read(1, 1).toString(), "Standard deviation");
+        QCOMPARE(document.read(1, 2).toString(), "Difference standard deviation offset 3");
     }
 
     void unmarkedPatientsHitNothing()
     {
         const TestGroup group = TestGroup::ofScores({{1, 1, 1}, {5, 5, 5}}, {{1, 1, 1}, {5, 5, 5}});
         QXlsx::Document document(written(group));
-        QVERIFY(document.selectSheet(QStringLiteral("IdealCompare")));
+        QVERIFY(document.selectSheet("IdealCompare"));
         QCOMPARE(rowOf(document, 2, 1, 12), words("A -1 0 0 0 0 0 0 0 0 0 -"));
         QCOMPARE(rowOf(document, 3, 1, 12), words("B -1 0 0 0 0 0 0 0 0 0 -"));
     }
@@ -788,7 +771,7 @@ private Q_SLOTS:
         group.patients[0].idealKvadrant = 3;
         group.patients[1].idealKvadrant = 2;
         QXlsx::Document document(written(group));
-        QVERIFY(document.selectSheet(QStringLiteral("IdealCompare")));
+        QVERIFY(document.selectSheet("IdealCompare"));
         QCOMPARE(rowOf(document, 2, 1, 12), words("A 3 1 1 1 1 1 1 1 1 1 -"));
         QCOMPARE(rowOf(document, 3, 1, 12), words("B 2 0 0 0 0 0 0 0 0 0 -"));
     }
@@ -799,10 +782,10 @@ private Q_SLOTS:
         TestGroup group = TestGroup::ofScores({{1, 9, 9}, {5, 9, 1}}, {{1, 9, 9}, {5, 9, 1}});
         group.patients[1].idealKvadrant = 3;
         QXlsx::Document document(written(group));
-        QVERIFY(document.selectSheet(QStringLiteral("IdealCompare")));
+        QVERIFY(document.selectSheet("IdealCompare"));
         QCOMPARE(rowOf(document, 3, 1, 10), words("B 3 0 0 0 0 0 0 0 0"));
         QCOMPARE(document.read(3, 11).toDouble(), 1.0 / 9.0);
-        QCOMPARE(document.read(1, 11).toString(), QStringLiteral("% same as reference"));
+        QCOMPARE(document.read(1, 11).toString(), "% same as reference");
     }
 
     void emptyPairsAreMisses()
@@ -811,7 +794,7 @@ private Q_SLOTS:
         group.patients[1].idealKvadrant = 1;
         group.scores[1].convergence[2] = notANumber;
         QXlsx::Document document(written(group));
-        QVERIFY(document.selectSheet(QStringLiteral("IdealCompare")));
+        QVERIFY(document.selectSheet("IdealCompare"));
         QCOMPARE(rowOf(document, 3, 1, 10), words("B 1 1 1 1 1 1 1 0 0"));
         QCOMPARE(document.read(3, 11).toDouble(), 6.0 / 9.0);
     }
@@ -820,7 +803,7 @@ private Q_SLOTS:
     {
         TestGroup group = TestGroup::ofSize(4);
         group.averageCenter = {{}, {1e9, -1e9, notANumber}, {-1e9, 1e9, notANumber}};
-        const Book book = Expectation(group, QStringLiteral("3")).book();
+        const Book book = Expectation(group, "3").book();
         QCOMPARE(ExpectedSheets::differences(written(group), book), QString());
     }
 
@@ -830,13 +813,13 @@ private Q_SLOTS:
         const TestGroup group = TestGroup::ofScores({{1, 1, 1}, {2, 2, 2}, {9, 9, 9}},
                                                     {{1, 1, 1}, {2, 2, 2}, {9, 9, 9}});
         for (const char *median : {"0", "1"}) {
-            QFile file(QStringLiteral("config.ini"));
+            QFile file("config.ini");
             QVERIFY(file.open(QIODevice::WriteOnly));
             file.write(QByteArray("[Result]\nMedian = ") + median + "\n[Variable]\nSkip = 3\n");
             file.close();
             CConfig::resetInstance();
             QXlsx::Document document(written(group));
-            QVERIFY(document.selectSheet(QStringLiteral("Median")));
+            QVERIFY(document.selectSheet("Median"));
             QCOMPARE(rowOf(document, 3, 2, 10), words("1 1 1 1 1 1 1 1 1"));
         }
     }
@@ -844,11 +827,11 @@ private Q_SLOTS:
     void identifierStaysText()
     {
         TestGroup group = TestGroup::ofSize(4);
-        group.patients[0].id = QStringLiteral("=1+1");
-        group.patients[1].id = QStringLiteral("http://example.org/");
-        group.patients[2].id = QStringLiteral("  007 ");
+        group.patients[0].id = "=1+1";
+        group.patients[1].id = "http://example.org/";
+        group.patients[2].id = "  007 ";
         group.patients[3].id = group.patients.at(0).id;
-        const Book book = Expectation(group, QStringLiteral("3")).book();
+        const Book book = Expectation(group, "3").book();
         const QString path = written(group);
         QCOMPARE(ExpectedSheets::differences(path, book), QString());
         QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
@@ -857,16 +840,16 @@ private Q_SLOTS:
     void nameIsTakenAsItStands()
     {
         const TestGroup group = TestGroup::ofSize(1);
-        writeAnalysisWorkbook(QStringLiteral("no extension"), group.patients, group.scores,
-                              group.averageCenter, group.medianCenter);
-        QVERIFY(QFileInfo(QStringLiteral("no extension")).isFile());
-        QVERIFY(!QFileInfo::exists(QStringLiteral("no extension.xlsx")));
+        writeAnalysisWorkbook("no extension", group.patients, group.scores, group.averageCenter,
+                              group.medianCenter);
+        QVERIFY(QFileInfo("no extension").isFile());
+        QVERIFY(!QFileInfo::exists("no extension.xlsx"));
     }
 
 private:
     static QString written(const TestGroup &group)
     {
-        QString path = QStringLiteral("analysis.xlsx");
+        QString path = "analysis.xlsx";
         QFile::remove(path);
         writeAnalysisWorkbook(path, group.patients, group.scores, group.averageCenter,
                               group.medianCenter);

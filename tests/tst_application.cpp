@@ -13,19 +13,17 @@ private Q_SLOTS:
     void settingsReadTheSameUnderACommaLocale()
     {
         const QTemporaryDir folder;
-        const QString locales = folder.filePath(QStringLiteral("locales"));
+        const QString locales = folder.filePath("locales");
         QVERIFY(QDir().mkdir(locales));
         QProcess localedef;
-        localedef.start(QStringLiteral("localedef"),
-                        {QStringLiteral("-i"), QStringLiteral("cs_CZ"), QStringLiteral("-f"),
-                         QStringLiteral("UTF-8"), locales + QStringLiteral("/cs_CZ.UTF-8")});
+        localedef.start("localedef", {"-i", "cs_CZ", "-f", "UTF-8", locales + "/cs_CZ.UTF-8"});
         if (!localedef.waitForFinished() || localedef.exitCode() != 0) {
             QSKIP("this system cannot make a Czech locale");
         }
 
         // 3.5 is too large and gets corrected; read with a decimal comma it would be no number at
         // all, which stays as it is.
-        QFile config(folder.filePath(QStringLiteral("config.ini")));
+        QFile config(folder.filePath("config.ini"));
         QVERIFY(config.open(QFile::WriteOnly));
         config.write("[Method]\nConvergence = 3.5\n");
         config.close();
@@ -33,10 +31,10 @@ private Q_SLOTS:
         QProcess program;
         program.setWorkingDirectory(folder.path());
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("LOCPATH"), locales);
-        environment.insert(QStringLiteral("LC_ALL"), QStringLiteral("cs_CZ.UTF-8"));
+        environment.insert("LOCPATH", locales);
+        environment.insert("LC_ALL", "cs_CZ.UTF-8");
         program.setProcessEnvironment(environment);
-        program.start(QStringLiteral(GLYMARK_PROGRAM), QStringList());
+        program.start(GLYMARK_PROGRAM, QStringList());
         QVERIFY(program.waitForStarted());
         const auto content = [&config] {
             const bool open = config.open(QFile::ReadOnly);

@@ -132,9 +132,9 @@ private Q_SLOTS:
         m_folder = std::make_unique<QTemporaryDir>();
         QVERIFY(m_folder->isValid());
         QVERIFY(QDir::setCurrent(m_folder->path()));
-        useSkip(QStringLiteral("3"));
-        QVERIFY(QDir().mkdir(QStringLiteral("saves")));
-        QVERIFY(QDir::setCurrent(QStringLiteral("saves")));
+        useSkip("3");
+        QVERIFY(QDir().mkdir("saves"));
+        QVERIFY(QDir::setCurrent("saves"));
     }
 
     void cleanup()
@@ -145,24 +145,24 @@ private Q_SLOTS:
 
     void newFileIsWritten()
     {
-        const QString name = QStringLiteral("new");
+        const QString name = "new";
         QVERIFY(saveAtomically(name, longContent()));
         QCOMPARE(contentOf(name), longContent());
-        QCOMPARE(namesIn(QStringLiteral(".")), QStringList(name));
+        QCOMPARE(namesIn("."), QStringList(name));
     }
 
     void earlierFileIsReplaced()
     {
-        const QString name = QStringLiteral("earlier");
+        const QString name = "earlier";
         writeFile(name, longContent());
         QVERIFY(saveAtomically(name, "short"));
         QCOMPARE(contentOf(name), QByteArray("short"));
-        QCOMPARE(namesIn(QStringLiteral(".")), QStringList(name));
+        QCOMPARE(namesIn("."), QStringList(name));
     }
 
     void permissionsStay()
     {
-        const QString name = QStringLiteral("private");
+        const QString name = "private";
         writeFile(name, earlier);
         const auto ownerOnly = QFile::ReadOwner | QFile::WriteOwner;
         QVERIFY(QFile::setPermissions(name, ownerOnly));
@@ -174,26 +174,26 @@ private Q_SLOTS:
 
     void linkIsFollowed()
     {
-        writeFile(QStringLiteral("target"), earlier);
-        QVERIFY(QFile::link(QStringLiteral("target"), QStringLiteral("near")));
-        QVERIFY(QFile::link(QStringLiteral("near"), QStringLiteral("far")));
-        QVERIFY(saveAtomically(QStringLiteral("far"), "new"));
-        QCOMPARE(contentOf(QStringLiteral("target")), QByteArray("new"));
-        QVERIFY(QFileInfo(QStringLiteral("near")).isSymLink());
-        QVERIFY(QFileInfo(QStringLiteral("far")).isSymLink());
+        writeFile("target", earlier);
+        QVERIFY(QFile::link("target", "near"));
+        QVERIFY(QFile::link("near", "far"));
+        QVERIFY(saveAtomically("far", "new"));
+        QCOMPARE(contentOf("target"), QByteArray("new"));
+        QVERIFY(QFileInfo("near").isSymLink());
+        QVERIFY(QFileInfo("far").isSymLink());
     }
 
     void linkToNothingMakesItsTarget()
     {
-        QVERIFY(QFile::link(QStringLiteral("target"), QStringLiteral("link")));
-        QVERIFY(saveAtomically(QStringLiteral("link"), "new"));
-        QCOMPARE(contentOf(QStringLiteral("target")), QByteArray("new"));
-        QVERIFY(QFileInfo(QStringLiteral("link")).isSymLink());
+        QVERIFY(QFile::link("target", "link"));
+        QVERIFY(saveAtomically("link", "new"));
+        QCOMPARE(contentOf("target"), QByteArray("new"));
+        QVERIFY(QFileInfo("link").isSymLink());
     }
 
     void shortCountsAreWrittenOn()
     {
-        const QString name = QStringLiteral("slow");
+        const QString name = "slow";
         writeFile(name, earlier);
         ReluctantFile file(name);
         file.atATime = 1000;
@@ -222,8 +222,8 @@ private Q_SLOTS:
         QFETCH(qint64, room);
         QFETCH(qint64, atATime);
         QFETCH(int, failure);
-        const QString name = QStringLiteral("file");
-        const QString other = QStringLiteral("other");
+        const QString name = "file";
+        const QString other = "other";
         writeFile(name, earlier);
         for (const QString &target : {name, other}) {
             ReluctantFile file(target);
@@ -233,25 +233,25 @@ private Q_SLOTS:
             QVERIFY(!commitContent(file, longContent()));
         }
         QCOMPARE(contentOf(name), earlier);
-        QCOMPARE(namesIn(QStringLiteral(".")), QStringList(name));
+        QCOMPARE(namesIn("."), QStringList(name));
     }
 
     void emptyNameIsNoFile()
     {
         QVERIFY(!saveAtomically(QString(), "new"));
-        QCOMPARE(namesIn(QStringLiteral(".")), QStringList());
+        QCOMPARE(namesIn("."), QStringList());
     }
 
     void directoryIsLeftAlone_data() { writers(); }
     void directoryIsLeftAlone()
     {
         QFETCH(Writer, write);
-        const QString name = QStringLiteral("directory");
+        const QString name = "directory";
         QVERIFY(QDir().mkdir(name));
         write(name);
         QVERIFY(QFileInfo(name).isDir());
         QCOMPARE(namesIn(name), QStringList());
-        QCOMPARE(namesIn(QStringLiteral(".")), QStringList(name));
+        QCOMPARE(namesIn("."), QStringList(name));
     }
 
     void pipeIsLeftAlone_data() { writers(); }
@@ -259,11 +259,11 @@ private Q_SLOTS:
     {
         QFETCH(Writer, write);
         QCOMPARE(mkfifo("pipe", 0600), 0);
-        write(QStringLiteral("pipe"));
+        write("pipe");
         struct stat status = {};
         QCOMPARE(lstat("pipe", &status), 0);
         QVERIFY(S_ISFIFO(status.st_mode));
-        QCOMPARE(namesIn(QStringLiteral(".")), QStringList(QStringLiteral("pipe")));
+        QCOMPARE(namesIn("."), QStringList("pipe"));
     }
 
     void linkToAPipeIsLeftAlone_data() { writers(); }
@@ -271,12 +271,12 @@ private Q_SLOTS:
     {
         QFETCH(Writer, write);
         QCOMPARE(mkfifo("pipe", 0600), 0);
-        QVERIFY(QFile::link(QStringLiteral("pipe"), QStringLiteral("link")));
-        write(QStringLiteral("link"));
+        QVERIFY(QFile::link("pipe", "link"));
+        write("link");
         struct stat status = {};
         QCOMPARE(lstat("pipe", &status), 0);
         QVERIFY(S_ISFIFO(status.st_mode));
-        QVERIFY(QFileInfo(QStringLiteral("link")).isSymLink());
+        QVERIFY(QFileInfo("link").isSymLink());
     }
 
     void linkLoopIsLeftAlone_data() { writers(); }
@@ -286,12 +286,11 @@ private Q_SLOTS:
         QCOMPARE(symlink("self", "self"), 0);
         QCOMPARE(symlink("there", "back"), 0);
         QCOMPARE(symlink("back", "there"), 0);
-        const QStringList names = {QStringLiteral("back"), QStringLiteral("self"),
-                                   QStringLiteral("there")};
+        const QStringList names = {"back", "self", "there"};
         for (const QString &name : names) {
             write(name);
         }
-        QCOMPARE(namesIn(QStringLiteral(".")), names);
+        QCOMPARE(namesIn("."), names);
         for (const QString &name : names) {
             QVERIFY(QFileInfo(name).isSymLink());
         }
@@ -301,8 +300,8 @@ private Q_SLOTS:
     void missingFolderIsNotMade()
     {
         QFETCH(Writer, write);
-        write(QStringLiteral("nowhere/file"));
-        QCOMPARE(namesIn(QStringLiteral(".")), QStringList());
+        write("nowhere/file");
+        QCOMPARE(namesIn("."), QStringList());
     }
 
     void readOnlyFolderKeepsItsFile_data() { writers(); }
@@ -311,8 +310,8 @@ private Q_SLOTS:
         QFETCH(Writer, write);
         // An ordinary user has to get here.
         QVERIFY(chmod(qPrintable(m_folder->path()), 0755) == 0);
-        QVERIFY(QDir().mkdir(QStringLiteral("locked")));
-        writeFile(QStringLiteral("locked/file"), earlier);
+        QVERIFY(QDir().mkdir("locked"));
+        writeFile("locked/file", earlier);
         QVERIFY(chmod("locked/file", 0666) == 0);
         QVERIFY(chmod("locked", 0555) == 0);
         const int result = inChild([&write] {
@@ -322,16 +321,16 @@ private Q_SLOTS:
                 && (setgroups(0, nullptr) != 0 || setgid(nobody) != 0 || setuid(nobody) != 0)) {
                 return int(NoUser);
             }
-            write(QStringLiteral("locked/file"));
-            write(QStringLiteral("locked/other"));
+            write("locked/file");
+            write("locked/other");
             return int(Done);
         });
         if (result == NoUser) {
             QSKIP("this machine does not let root become an ordinary user");
         }
         QCOMPARE(result, int(Done));
-        QCOMPARE(contentOf(QStringLiteral("locked/file")), earlier);
-        QCOMPARE(namesIn(QStringLiteral("locked")), QStringList(QStringLiteral("file")));
+        QCOMPARE(contentOf("locked/file"), earlier);
+        QCOMPARE(namesIn("locked"), QStringList("file"));
         QVERIFY(chmod("locked", 0755) == 0);
     }
 
@@ -340,26 +339,25 @@ private Q_SLOTS:
     void fullDiskKeepsTheEarlierFile()
     {
         QFETCH(Writer, write);
-        QVERIFY(QDir().mkdir(QStringLiteral("disk")));
+        QVERIFY(QDir().mkdir("disk"));
         const int result = inChild([&write] {
             if (unshare(CLONE_NEWNS) != 0
                 || mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0
                 || mount("tmpfs", "disk", "tmpfs", 0, "size=16k") != 0) {
                 return int(NoNamespace);
             }
-            writeFile(QStringLiteral("disk/file"), earlier);
-            QFile filler(QStringLiteral("disk/filler"));
+            writeFile("disk/file", earlier);
+            QFile filler("disk/filler");
             if (!filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
                 return 1;
             }
             while (filler.write("x") == 1) { }
             // Room for a part of the file, so that it starts well.
             filler.resize(filler.size() - 4096);
-            const QStringList before = namesIn(QStringLiteral("disk"));
-            write(QStringLiteral("disk/file"));
-            write(QStringLiteral("disk/other"));
-            const bool untouched = contentOf(QStringLiteral("disk/file")) == earlier
-                && namesIn(QStringLiteral("disk")) == before;
+            const QStringList before = namesIn("disk");
+            write("disk/file");
+            write("disk/other");
+            const bool untouched = contentOf("disk/file") == earlier && namesIn("disk") == before;
             return untouched ? int(Done) : 2;
         });
         if (result == NoNamespace) {

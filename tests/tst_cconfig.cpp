@@ -22,7 +22,7 @@ const QByteArray defaults =
 
 QString configFile()
 {
-    return QStringLiteral("config.ini");
+    return "config.ini";
 }
 
 void writeConfig(const QByteArray &content)
@@ -192,9 +192,9 @@ private Q_SLOTS:
 
     void aLocationThatIsGoneKeepsTheDefaultsInMemory()
     {
-        QVERIFY(QDir().mkdir(QStringLiteral("gone")));
-        QVERIFY(QDir::setCurrent(m_folder->filePath(QStringLiteral("gone"))));
-        QVERIFY(QDir(m_folder->path()).rmdir(QStringLiteral("gone")));
+        QVERIFY(QDir().mkdir("gone"));
+        QVERIFY(QDir::setCurrent(m_folder->filePath("gone")));
+        QVERIFY(QDir(m_folder->path()).rmdir("gone"));
         CConfig config;
         QCOMPARE(config.status(), -1);
         QCOMPARE(config.createDefaultConfig(), int(CConfig::WriteFailed));

@@ -36,7 +36,7 @@ Scores everywhere(const Series &values)
 QString differences(const Series &actual, const Series &expected)
 {
     if (actual.size() != expected.size()) {
-        return QStringLiteral("%1 values").arg(actual.size());
+        return QString("%1 values").arg(actual.size());
     }
     QString all;
     for (int i = 0; i < actual.size(); ++i) {
@@ -196,7 +196,7 @@ private Q_SLOTS:
     {
         QFETCH(const QByteArray, file);
         QFETCH(const bool, isMedian);
-        QFile config(QStringLiteral("config.ini"));
+        QFile config("config.ini");
         QVERIFY(config.open(QIODevice::WriteOnly));
         config.write(file);
         config.close();

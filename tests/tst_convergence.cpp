@@ -261,7 +261,7 @@ private Q_SLOTS:
     void allMethodsComeInOrder()
     {
         const Series values = {50, 60, 55, 70};
-        const Series all = convergenceValues({QStringLiteral("a"), values, -1});
+        const Series all = convergenceValues({"a", values, -1});
         QCOMPARE(all.size(), 3);
         QCOMPARE(difference(all.at(0), 10.0, 0.0), QString());
         QCOMPARE(difference(all.at(1), 5.5, 1e-13), QString());
@@ -274,7 +274,7 @@ private Q_SLOTS:
 
     void theSeriesIsLeftAlone()
     {
-        const PatientRecord patient = {QStringLiteral("a"), {70, 50, 60, 55}, 2};
+        const PatientRecord patient = {"a", {70, 50, 60, 55}, 2};
         convergenceValues(patient);
         QCOMPARE(patient.values, Series({70, 50, 60, 55}));
     }

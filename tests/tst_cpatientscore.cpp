@@ -18,11 +18,6 @@ using Numbers::notANumber;
 namespace
 {
 
-QString latin1(const char *text)
-{
-    return QString::fromLatin1(text);
-}
-
 enum Center { Average = 0, Median = 1 };
 
 void chooseCenter(Center center)
@@ -33,12 +28,12 @@ void chooseCenter(Center center)
 const QStringList &methods()
 {
     static const QStringList all = {
-        QStringLiteral("Median difference (x)"),
-        QStringLiteral("Linear least squares (x)"),
-        QStringLiteral("C*e^(k*x) (x)"),
-        QStringLiteral("Standard deviation (y)"),
-        QStringLiteral("Difference standard deviation offset (y)"),
-        QStringLiteral("Interquartile range (y)"),
+        "Median difference (x)",
+        "Linear least squares (x)",
+        "C*e^(k*x) (x)",
+        "Standard deviation (y)",
+        "Difference standard deviation offset (y)",
+        "Interquartile range (y)",
     };
     return all;
 }
@@ -64,13 +59,13 @@ struct Fixture {
     {
         const QVariant value = model.data(model.index(row, column), Qt::BackgroundRole);
         if (value.userType() != int(QMetaType::QColor)) {
-            return QString::fromLatin1(value.typeName());
+            return value.typeName();
         }
         const QString name = value.value<QColor>().name();
-        return name == QLatin1String("#e79292") ? QStringLiteral("red")
-            : name == QLatin1String("#aad083")  ? QStringLiteral("green")
-            : name == QLatin1String("#647b98")  ? QStringLiteral("blue")
-                                                : name;
+        return name == "#e79292" ? "red"
+            : name == "#aad083"  ? "green"
+            : name == "#647b98"  ? "blue"
+                                 : name;
     }
     [[nodiscard]] QStringList colors(int column) const
     {
@@ -125,8 +120,8 @@ private Q_SLOTS:
     void countsOfRowsAndColumns()
     {
         Fixture fixture;
-        fixture.add(QStringLiteral("a"), {1, 2, 3}, {4, 5, 6});
-        fixture.add(QStringLiteral("b"), {1, 2, 3}, {4, 5, 6});
+        fixture.add("a", {1, 2, 3}, {4, 5, 6});
+        fixture.add("b", {1, 2, 3}, {4, 5, 6});
         QCOMPARE(fixture.model.rowCount(), 6);
         QCOMPARE(fixture.model.columnCount(), 2);
         // The parent is not looked at.
@@ -138,11 +133,11 @@ private Q_SLOTS:
     void rowsShowTheirMethods()
     {
         Fixture fixture;
-        fixture.add(QStringLiteral("a"), {0.5, 1.5, 2.5}, {3.5, 4.5, 5.5});
-        fixture.add(QStringLiteral("b"), {10.5, 11.5, 12.5}, {13.5, 14.5, 15.5});
+        fixture.add("a", {0.5, 1.5, 2.5}, {3.5, 4.5, 5.5});
+        fixture.add("b", {10.5, 11.5, 12.5}, {13.5, 14.5, 15.5});
         for (int row = 0; row < 6; ++row) {
-            QCOMPARE(fixture.text(row, 0), QStringLiteral("%1.5").arg(row));
-            QCOMPARE(fixture.text(row, 1), QStringLiteral("1%1.5").arg(row));
+            QCOMPARE(fixture.text(row, 0), QString("%1.5").arg(row));
+            QCOMPARE(fixture.text(row, 1), QString("1%1.5").arg(row));
             QCOMPARE(int(fixture.model.data(fixture.model.index(row, 0)).type()),
                      int(QVariant::String));
         }
@@ -153,7 +148,7 @@ private Q_SLOTS:
         QTest::addColumn<double>("value");
         QTest::addColumn<QString>("text");
         const auto row = [](double value, const char *text) {
-            QTest::newRow(text) << value << QString::fromLatin1(text);
+            QTest::newRow(text) << value << text;
         };
         row(0.0, "0");
         row(10.0, "10");
@@ -178,7 +173,7 @@ private Q_SLOTS:
         QFETCH(const double, value);
         QFETCH(const QString, text);
         Fixture fixture;
-        fixture.add(QStringLiteral("a"), {value, value, value}, {value, value, value});
+        fixture.add("a", {value, value, value}, {value, value, value});
         for (int row = 0; row < 6; ++row) {
             QCOMPARE(fixture.text(row, 0), text);
         }
@@ -190,7 +185,7 @@ private Q_SLOTS:
         QTest::addColumn<double>("center");
         QTest::addColumn<QString>("color");
         const auto row = [](const char *name, double value, double center, const char *color) {
-            QTest::newRow(name) << value << center << QString::fromLatin1(color);
+            QTest::newRow(name) << value << center << color;
         };
         row("above", 2, 1, "red");
         row("below", 1, 2, "green");
@@ -215,7 +210,7 @@ private Q_SLOTS:
             chooseCenter(chosen);
             for (int row = 0; row < 6; ++row) {
                 Fixture fixture;
-                fixture.add(QStringLiteral("a"), {7, 7, 7}, {7, 7, 7});
+                fixture.add("a", {7, 7, 7}, {7, 7, 7});
                 cell(fixture.scores[0], row) = value;
                 cell(chosen == Median ? fixture.median : fixture.average, row) = center;
                 QCOMPARE(fixture.color(row, 0), color);
@@ -226,28 +221,27 @@ private Q_SLOTS:
     void eachRowHasItsOwnCenter()
     {
         Fixture fixture;
-        fixture.add(QStringLiteral("a"), {2, 2, 2}, {5, 5, 5});
-        const QStringList sides = {QStringLiteral("red"), QStringLiteral("blue"),
-                                   QStringLiteral("green")};
+        fixture.add("a", {2, 2, 2}, {5, 5, 5});
+        const QStringList sides = {"red", "blue", "green"};
         QCOMPARE(fixture.colors(0), sides + sides);
     }
 
     void onePatientIsOnTheCenter()
     {
         Fixture fixture;
-        fixture.add(QStringLiteral("a"), {-2.5, 5.5, 0.001}, {7.4, 8.5, 3});
+        fixture.add("a", {-2.5, 5.5, 0.001}, {7.4, 8.5, 3});
         fixture.average = {{}, {-2.5, 5.5, 0.001}, {7.4, 8.5, 3}};
         fixture.median = fixture.average;
         for (const Center chosen : {Average, Median}) {
             chooseCenter(chosen);
-            QCOMPARE(fixture.colors(0).count(QStringLiteral("blue")), 6);
+            QCOMPARE(fixture.colors(0).count("blue"), 6);
         }
     }
 
     void theChosenMethodsDoNotCount()
     {
         Fixture fixture;
-        fixture.add(QStringLiteral("a"), {2, 2, 2}, {5, 5, 5});
+        fixture.add("a", {2, 2, 2}, {5, 5, 5});
         const QStringList before = fixture.colors(0);
         for (int pair = 0; pair < 9; ++pair) {
             CConfig::instance().saveConfig(pair / 3, pair % 3, Median, pair, pair % 2);
@@ -258,21 +252,21 @@ private Q_SLOTS:
     void theChosenCenterChangesColorsOnly()
     {
         Fixture fixture;
-        fixture.add(QStringLiteral("a"), {5, 10, 15}, {20, 25, 30});
-        QCOMPARE(fixture.colors(0).count(QStringLiteral("red")), 6);
+        fixture.add("a", {5, 10, 15}, {20, 25, 30});
+        QCOMPARE(fixture.colors(0).count("red"), 6);
         const QString before = fixture.text(0, 0);
         chooseCenter(Average);
-        QCOMPARE(fixture.colors(0).count(QStringLiteral("green")), 6);
+        QCOMPARE(fixture.colors(0).count("green"), 6);
         QCOMPARE(fixture.text(0, 0), before);
     }
 
     void headers()
     {
         Fixture fixture;
-        fixture.add(QStringLiteral(" a "), {1, 2, 3}, {4, 5, 6});
-        fixture.add(QStringLiteral("17"), {1, 2, 3}, {4, 5, 6});
-        QCOMPARE(fixture.model.headerData(0, Qt::Horizontal).toString(), QStringLiteral(" a "));
-        QCOMPARE(fixture.model.headerData(1, Qt::Horizontal).toString(), QStringLiteral("17"));
+        fixture.add(" a ", {1, 2, 3}, {4, 5, 6});
+        fixture.add("17", {1, 2, 3}, {4, 5, 6});
+        QCOMPARE(fixture.model.headerData(0, Qt::Horizontal).toString(), " a ");
+        QCOMPARE(fixture.model.headerData(1, Qt::Horizontal).toString(), "17");
         for (int row = 0; row < 6; ++row) {
             QCOMPARE(fixture.model.headerData(row, Qt::Vertical).toString(), methods().at(row));
         }
@@ -281,7 +275,7 @@ private Q_SLOTS:
     void headersOutsideAreInvalid()
     {
         Fixture fixture;
-        fixture.add(QStringLiteral("a"), {1, 2, 3}, {4, 5, 6});
+        fixture.add("a", {1, 2, 3}, {4, 5, 6});
         for (const int section : {-1, 1, 2, 1000}) {
             QVERIFY(!fixture.model.headerData(section, Qt::Horizontal).isValid());
         }
@@ -293,7 +287,7 @@ private Q_SLOTS:
     void otherRolesAreInvalid()
     {
         Fixture fixture;
-        fixture.add(QStringLiteral("a"), {1, 2, 3}, {4, 5, 6});
+        fixture.add("a", {1, 2, 3}, {4, 5, 6});
         for (int role = 1; role <= Qt::UserRole; ++role) {
             QVERIFY(!fixture.model.headerData(0, Qt::Horizontal, role).isValid());
             QVERIFY(!fixture.model.headerData(0, Qt::Vertical, role).isValid());
@@ -317,7 +311,7 @@ private Q_SLOTS:
             }
         };
         Fixture fixture;
-        fixture.add(QStringLiteral("a"), {1, 2, 3}, {4, 5, 6});
+        fixture.add("a", {1, 2, 3}, {4, 5, 6});
         const Tall model(fixture.average, fixture.scores, fixture.median);
         for (const int role : {int(Qt::DisplayRole), int(Qt::BackgroundRole)}) {
             QVERIFY(!model.data({}, role).isValid());
@@ -330,29 +324,29 @@ private Q_SLOTS:
     void cellsAreNotEdited()
     {
         Fixture fixture;
-        fixture.add(QStringLiteral("a"), {1, 2, 3}, {4, 5, 6});
+        fixture.add("a", {1, 2, 3}, {4, 5, 6});
         const QModelIndex index = fixture.model.index(0, 0);
         QVERIFY(!fixture.model.flags(index).testFlag(Qt::ItemIsEditable));
         QVERIFY(!fixture.model.setData(index, 5.0));
-        QCOMPARE(fixture.text(0, 0), QStringLiteral("1"));
+        QCOMPARE(fixture.text(0, 0), "1");
     }
 
     void updateAssignsAndSaysNothing()
     {
         qRegisterMetaType<Qt::Orientation>();
         Fixture fixture;
-        fixture.add(latin1("a"), {9, 9, 9}, {9, 9, 9});
+        fixture.add("a", {9, 9, 9}, {9, 9, 9});
         QSignalSpy data(&fixture.model, &QAbstractItemModel::dataChanged);
         QSignalSpy reset(&fixture.model, &QAbstractItemModel::modelReset);
         QSignalSpy header(&fixture.model, &QAbstractItemModel::headerDataChanged);
-        const QVector<PatientScoreRecord> scores = {{latin1("a"), {5, 5, 5}, {5, 5, 5}}};
+        const QVector<PatientScoreRecord> scores = {{"a", {5, 5, 5}, {5, 5, 5}}};
         const PatientScoreRecord median = {{}, {4, 4, 4}, {4, 4, 4}};
         const PatientScoreRecord average = {{}, {6, 6, 6}, {6, 6, 6}};
         fixture.model.update(scores, median, average);
-        QCOMPARE(fixture.text(0, 0), latin1("5"));
-        QCOMPARE(fixture.color(0, 0), latin1("red"));
+        QCOMPARE(fixture.text(0, 0), "5");
+        QCOMPARE(fixture.color(0, 0), "red");
         chooseCenter(Average);
-        QCOMPARE(fixture.color(0, 0), latin1("green"));
+        QCOMPARE(fixture.color(0, 0), "green");
         QCOMPARE(fixture.median.variability, median.variability);
         QCOMPARE(fixture.average.variability, average.variability);
         QCOMPARE(data.count() + reset.count() + header.count(), 0);
@@ -361,7 +355,7 @@ private Q_SLOTS:
     void updateWithItsOwnListsChangesNothing()
     {
         Fixture fixture;
-        fixture.add(QStringLiteral("a"), {9, 9, 9}, {9, 9, 9});
+        fixture.add("a", {9, 9, 9}, {9, 9, 9});
         fixture.model.update(fixture.scores, fixture.median, fixture.average);
         QCOMPARE(fixture.scores.size(), 1);
         QCOMPARE(fixture.median.convergence, QVector<double>({1, 2, 3}));
@@ -373,19 +367,19 @@ private Q_SLOTS:
         EchoTranslator echo;
         QVERIFY(QCoreApplication::installTranslator(&echo));
         Fixture fixture;
-        fixture.add(QStringLiteral("a"), {9, 9, 9}, {9, 9, 9});
+        fixture.add("a", {9, 9, 9}, {9, 9, 9});
         for (int row = 0; row < 6; ++row) {
             QCOMPARE(fixture.model.headerData(row, Qt::Vertical).toString(),
-                     QStringLiteral("<CPatientScore:") + methods().at(row) + QLatin1Char('>'));
+                     "<CPatientScore:" + methods().at(row) + '>');
         }
-        QCOMPARE(fixture.model.headerData(0, Qt::Horizontal).toString(), QStringLiteral("a"));
+        QCOMPARE(fixture.model.headerData(0, Qt::Horizontal).toString(), "a");
     }
 
     void theToolkitFindsNoFault()
     {
         Fixture fixture;
-        fixture.add(QStringLiteral("a"), {0, 0, 0}, {9, 9, 9});
-        fixture.add(QStringLiteral("b"), {9, 9, 9}, {0, 0, 0});
+        fixture.add("a", {0, 0, 0}, {9, 9, 9});
+        fixture.add("b", {9, 9, 9}, {0, 0, 0});
         ChildlessModel<CPatientScore> model(fixture.average, fixture.scores, fixture.median);
         const QAbstractItemModelTester tester(
             &model, QAbstractItemModelTester::FailureReportingMode::QtTest);

@@ -17,11 +17,6 @@ using Numbers::notANumber;
 namespace
 {
 
-QString latin1(const char *text)
-{
-    return QString::fromLatin1(text);
-}
-
 enum Center { Average = 0, Median = 1 };
 
 void configure(int convergence, int variance, int median)
@@ -75,17 +70,15 @@ private Q_SLOTS:
         const Fixture fixture;
         QCOMPARE(fixture.model.rowCount(), 0);
         QCOMPARE(fixture.model.columnCount(), 2);
-        QCOMPARE(fixture.model.headerData(0, Qt::Horizontal).toString(),
-                 QStringLiteral("Id patient"));
-        QCOMPARE(fixture.model.headerData(1, Qt::Horizontal).toString(),
-                 QStringLiteral("Method results"));
+        QCOMPARE(fixture.model.headerData(0, Qt::Horizontal).toString(), "Id patient");
+        QCOMPARE(fixture.model.headerData(1, Qt::Horizontal).toString(), "Method results");
     }
 
     void countsOfRowsAndColumns()
     {
         Fixture fixture;
-        fixture.add(QStringLiteral("a"), {0, 0, 0}, {0, 0, 0});
-        fixture.add(QStringLiteral("b"), {0, 0, 0}, {0, 0, 0});
+        fixture.add("a", {0, 0, 0}, {0, 0, 0});
+        fixture.add("b", {0, 0, 0}, {0, 0, 0});
         QCOMPARE(fixture.model.rowCount(), 2);
         QCOMPARE(fixture.model.columnCount(), 2);
         // The parent is not looked at.
@@ -97,10 +90,10 @@ private Q_SLOTS:
     void identifiersStandInTheFirstColumn()
     {
         Fixture fixture;
-        fixture.add(QStringLiteral("  A "), {0, 0, 0}, {0, 0, 0});
+        fixture.add("  A ", {0, 0, 0}, {0, 0, 0});
         const QVariant cell = fixture.model.data(fixture.model.index(0, 0));
         QCOMPARE(int(cell.type()), int(QVariant::String));
-        QCOMPARE(cell.toString(), QStringLiteral("  A "));
+        QCOMPARE(cell.toString(), "  A ");
     }
 
     void marks_data()
@@ -112,7 +105,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("mark");
         const auto row = [](const char *name, double c, double v, double centerC, double centerV,
                             const char *mark) {
-            QTest::newRow(name) << c << v << centerC << centerV << QString::fromLatin1(mark);
+            QTest::newRow(name) << c << v << centerC << centerV << mark;
         };
         row("both below", 0, 3, 1, 4, "B/B");
         row("both above", 2, 5, 1, 4, "W/W");
@@ -146,7 +139,7 @@ private Q_SLOTS:
                 for (const Center center : {Average, Median}) {
                     configure(c, v, center);
                     Fixture fixture;
-                    fixture.add(QStringLiteral("a"), {7, 7, 7}, {7, 7, 7});
+                    fixture.add("a", {7, 7, 7}, {7, 7, 7});
                     PatientScoreRecord &chosen =
                         center == Median ? fixture.median : fixture.average;
                     fixture.scores[0].convergence[c] = convergence;
@@ -164,13 +157,13 @@ private Q_SLOTS:
     void onePatientIsWorseUnderEveryPair()
     {
         Fixture fixture;
-        fixture.add(QStringLiteral("a"), {-2.5, 5.5, 0.001}, {7.4, 8.5, 3});
+        fixture.add("a", {-2.5, 5.5, 0.001}, {7.4, 8.5, 3});
         fixture.average = {{}, {-2.5, 5.5, 0.001}, {7.4, 8.5, 3}};
         fixture.median = fixture.average;
         for (int pair = 0; pair < 9; ++pair) {
             for (const Center center : {Average, Median}) {
                 configure(pair / 3, pair % 3, center);
-                QCOMPARE(fixture.mark(0), QStringLiteral("W/W"));
+                QCOMPARE(fixture.mark(0), "W/W");
             }
         }
     }
@@ -178,11 +171,9 @@ private Q_SLOTS:
     void theChosenMethodsCount()
     {
         Fixture fixture;
-        fixture.add(QStringLiteral("a"), {0, 9, 2}, {9, 4, 7});
+        fixture.add("a", {0, 9, 2}, {9, 4, 7});
         const QStringList expected = {
-            QStringLiteral("B/W"), QStringLiteral("B/B"), QStringLiteral("B/W"),
-            QStringLiteral("W/W"), QStringLiteral("W/B"), QStringLiteral("W/W"),
-            QStringLiteral("B/W"), QStringLiteral("B/B"), QStringLiteral("B/W"),
+            "B/W", "B/B", "B/W", "W/W", "W/B", "W/W", "B/W", "B/B", "B/W",
         };
         for (int pair = 0; pair < 9; ++pair) {
             configure(pair / 3, pair % 3, Median);
@@ -197,15 +188,15 @@ private Q_SLOTS:
         fixture.median = {{}, {2, 0, 0}, {5, 0, 0}};
         fixture.average = {{}, {4, 0, 0}, {5, 0, 0}};
         for (const double value : {1.0, 2.0, 9.0}) {
-            fixture.add(latin1("a"), {value, 0, 0}, {5, 0, 0});
+            fixture.add("a", {value, 0, 0}, {5, 0, 0});
         }
-        QCOMPARE(fixture.mark(0), latin1("B/W"));
-        QCOMPARE(fixture.mark(1), latin1("W/W"));
-        QCOMPARE(fixture.mark(2), latin1("W/W"));
+        QCOMPARE(fixture.mark(0), "B/W");
+        QCOMPARE(fixture.mark(1), "W/W");
+        QCOMPARE(fixture.mark(2), "W/W");
         configure(0, 0, Average);
-        QCOMPARE(fixture.mark(0), latin1("B/W"));
-        QCOMPARE(fixture.mark(1), latin1("B/W"));
-        QCOMPARE(fixture.mark(2), latin1("W/W"));
+        QCOMPARE(fixture.mark(0), "B/W");
+        QCOMPARE(fixture.mark(1), "B/W");
+        QCOMPARE(fixture.mark(2), "W/W");
     }
 
     void columnsBehindTheMarkGiveTheMark()
@@ -221,10 +212,10 @@ private Q_SLOTS:
             }
         };
         Fixture fixture;
-        fixture.add(QStringLiteral("a"), {0, 0, 0}, {9, 9, 9});
+        fixture.add("a", {0, 0, 0}, {9, 9, 9});
         const Wide model(fixture.patients, fixture.scores, fixture.average, fixture.median);
-        QCOMPARE(model.data(model.cell(0, 2)).toString(), QStringLiteral("B/W"));
-        QCOMPARE(model.data(model.cell(0, 1000)).toString(), QStringLiteral("B/W"));
+        QCOMPARE(model.data(model.cell(0, 2)).toString(), "B/W");
+        QCOMPARE(model.data(model.cell(0, 1000)).toString(), "B/W");
         QVERIFY(!model.data(model.cell(1, 0)).isValid());
         QVERIFY(!model.data(model.cell(1, 1)).isValid());
     }
@@ -233,11 +224,11 @@ private Q_SLOTS:
     {
         QTest::addColumn<int>("section");
         QTest::addColumn<QString>("text");
-        QTest::newRow("identifier") << 0 << QStringLiteral("Id patient");
-        QTest::newRow("mark") << 1 << QStringLiteral("Method results");
-        QTest::newRow("behind") << 2 << QStringLiteral("Unknown!");
-        QTest::newRow("far behind") << 1000 << QStringLiteral("Unknown!");
-        QTest::newRow("negative") << -1 << QStringLiteral("Unknown!");
+        QTest::newRow("identifier") << 0 << "Id patient";
+        QTest::newRow("mark") << 1 << "Method results";
+        QTest::newRow("behind") << 2 << "Unknown!";
+        QTest::newRow("far behind") << 1000 << "Unknown!";
+        QTest::newRow("negative") << -1 << "Unknown!";
     }
 
     void headers()
@@ -245,7 +236,7 @@ private Q_SLOTS:
         QFETCH(const int, section);
         QFETCH(const QString, text);
         Fixture fixture;
-        fixture.add(QStringLiteral("a"), {0, 0, 0}, {0, 0, 0});
+        fixture.add("a", {0, 0, 0}, {0, 0, 0});
         QCOMPARE(fixture.model.headerData(section, Qt::Horizontal).toString(), text);
         QVERIFY(!fixture.model.headerData(section, Qt::Vertical).isValid());
         for (int role = 1; role <= Qt::UserRole; ++role) {
@@ -257,7 +248,7 @@ private Q_SLOTS:
     void otherRolesAreInvalid()
     {
         Fixture fixture;
-        fixture.add(QStringLiteral("a"), {0, 0, 0}, {0, 0, 0});
+        fixture.add("a", {0, 0, 0}, {0, 0, 0});
         for (int column = 0; column < 2; ++column) {
             for (int role = 1; role <= Qt::UserRole; ++role) {
                 QVERIFY(!fixture.model.data(fixture.model.index(0, column), role).isValid());
@@ -268,7 +259,7 @@ private Q_SLOTS:
     void indexesOutsideAreInvalid()
     {
         Fixture fixture;
-        fixture.add(QStringLiteral("a"), {0, 0, 0}, {0, 0, 0});
+        fixture.add("a", {0, 0, 0}, {0, 0, 0});
         QVERIFY(!fixture.model.data({}).isValid());
         // An index from before the list became shorter.
         const QModelIndex old = fixture.model.index(0, 1);
@@ -280,31 +271,30 @@ private Q_SLOTS:
     void cellsCanBeSelectedAndNotEdited()
     {
         Fixture fixture;
-        fixture.add(QStringLiteral("a"), {0, 0, 0}, {0, 0, 0});
+        fixture.add("a", {0, 0, 0}, {0, 0, 0});
         const QModelIndex cell = fixture.model.index(0, 0);
         QVERIFY(fixture.model.flags(cell).testFlag(Qt::ItemIsSelectable));
         QVERIFY(fixture.model.flags(cell).testFlag(Qt::ItemIsEnabled));
         QVERIFY(!fixture.model.flags(cell).testFlag(Qt::ItemIsEditable));
-        QVERIFY(!fixture.model.setData(cell, QStringLiteral("b")));
-        QCOMPARE(fixture.patients.at(0).id, QStringLiteral("a"));
+        QVERIFY(!fixture.model.setData(cell, "b"));
+        QCOMPARE(fixture.patients.at(0).id, "a");
     }
 
     void updateAssignsAndSaysNothing()
     {
         Fixture fixture;
-        fixture.add(QStringLiteral("a"), {9, 9, 9}, {9, 9, 9});
+        fixture.add("a", {9, 9, 9}, {9, 9, 9});
         qRegisterMetaType<Qt::Orientation>();
         QSignalSpy data(&fixture.model, &QAbstractItemModel::dataChanged);
         QSignalSpy reset(&fixture.model, &QAbstractItemModel::modelReset);
         QSignalSpy header(&fixture.model, &QAbstractItemModel::headerDataChanged);
-        const QVector<PatientScoreRecord> scores = {
-            {QStringLiteral("a"), {0.5, 8, 8}, {3.5, 8, 8}}};
+        const QVector<PatientScoreRecord> scores = {{"a", {0.5, 8, 8}, {3.5, 8, 8}}};
         const PatientScoreRecord median = {{}, {1, 1, 1}, {3, 3, 3}};
         const PatientScoreRecord average = {{}, {0, 0, 0}, {4, 4, 4}};
         fixture.model.update(scores, median, average);
-        QCOMPARE(fixture.mark(0), QStringLiteral("B/W"));
+        QCOMPARE(fixture.mark(0), "B/W");
         configure(0, 0, Average);
-        QCOMPARE(fixture.mark(0), QStringLiteral("W/B"));
+        QCOMPARE(fixture.mark(0), "W/B");
         QCOMPARE(fixture.scores.at(0).convergence, scores.at(0).convergence);
         QCOMPARE(fixture.median.variability, median.variability);
         QCOMPARE(fixture.average.variability, average.variability);
@@ -314,25 +304,25 @@ private Q_SLOTS:
     void updateWithItsOwnListsChangesNothing()
     {
         Fixture fixture;
-        fixture.add(QStringLiteral("a"), {0, 0, 0}, {9, 9, 9});
+        fixture.add("a", {0, 0, 0}, {9, 9, 9});
         fixture.model.update(fixture.scores, fixture.median, fixture.average);
         QCOMPARE(fixture.scores.size(), 1);
         QCOMPARE(fixture.median.convergence, QVector<double>({1, 2, 3}));
         QCOMPARE(fixture.average.convergence, QVector<double>({10, 20, 30}));
-        QCOMPARE(fixture.mark(0), QStringLiteral("B/W"));
+        QCOMPARE(fixture.mark(0), "B/W");
     }
 
     void theModelFollowsItsLists()
     {
         Fixture fixture;
-        fixture.add(QStringLiteral("a"), {0, 0, 0}, {9, 9, 9});
+        fixture.add("a", {0, 0, 0}, {9, 9, 9});
         QCOMPARE(&fixture.model.patients, &fixture.patients);
         QCOMPARE(&fixture.model.scores, &fixture.scores);
-        QCOMPARE(fixture.mark(0), QStringLiteral("B/W"));
+        QCOMPARE(fixture.mark(0), "B/W");
         fixture.median.convergence[0] = -1;
-        QCOMPARE(fixture.mark(0), QStringLiteral("W/W"));
+        QCOMPARE(fixture.mark(0), "W/W");
         fixture.scores[0].variability[0] = 1;
-        QCOMPARE(fixture.mark(0), QStringLiteral("W/B"));
+        QCOMPARE(fixture.mark(0), "W/B");
     }
 
     void textsAreTranslated()
@@ -340,22 +330,22 @@ private Q_SLOTS:
         EchoTranslator echo;
         QVERIFY(QCoreApplication::installTranslator(&echo));
         Fixture fixture;
-        fixture.add(latin1("a"), {0, 0, 0}, {9, 9, 9});
-        fixture.add(latin1("b"), {9, 9, 9}, {0, 0, 0});
-        QCOMPARE(fixture.mark(0), latin1("<CPatientsModel:B/><CPatientsModel:W>"));
-        QCOMPARE(fixture.mark(1), latin1("<CPatientsModel:W/><CPatientsModel:B>"));
+        fixture.add("a", {0, 0, 0}, {9, 9, 9});
+        fixture.add("b", {9, 9, 9}, {0, 0, 0});
+        QCOMPARE(fixture.mark(0), "<CPatientsModel:B/><CPatientsModel:W>");
+        QCOMPARE(fixture.mark(1), "<CPatientsModel:W/><CPatientsModel:B>");
         QCOMPARE(fixture.model.headerData(0, Qt::Horizontal).toString(),
-                 latin1("<CPatientsModel:Id patient>"));
+                 "<CPatientsModel:Id patient>");
         QCOMPARE(fixture.model.headerData(1, Qt::Horizontal).toString(),
-                 latin1("<CPatientsModel:Method results>"));
-        QCOMPARE(fixture.model.headerData(2, Qt::Horizontal).toString(), latin1("Unknown!"));
+                 "<CPatientsModel:Method results>");
+        QCOMPARE(fixture.model.headerData(2, Qt::Horizontal).toString(), "Unknown!");
     }
 
     void theToolkitFindsNoFault()
     {
         Fixture fixture;
-        fixture.add(QStringLiteral("a"), {0, 0, 0}, {9, 9, 9});
-        fixture.add(QStringLiteral("b"), {9, 9, 9}, {0, 0, 0});
+        fixture.add("a", {0, 0, 0}, {9, 9, 9});
+        fixture.add("b", {9, 9, 9}, {0, 0, 0});
         ChildlessModel<CPatientsModel> model(fixture.patients, fixture.scores, fixture.average,
                                              fixture.median);
         const QAbstractItemModelTester tester(

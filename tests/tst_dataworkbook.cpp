@@ -20,14 +20,14 @@ namespace
 {
 
 // As "Standard deviation difference offset" without its first three characters.
-const QString clippedByThree = QStringLiteral("ndard deviation difference offset");
+const QString clippedByThree = "ndard deviation difference offset";
 
 void putNumber(Cells &cells, int row, int column, double value)
 {
     if (qIsNaN(value)) {
-        put(cells, row, column, QStringLiteral("nan"));
+        put(cells, row, column, "nan");
     } else if (qIsInf(value)) {
-        put(cells, row, column, value > 0 ? QStringLiteral("inf") : QStringLiteral("-inf"));
+        put(cells, row, column, value > 0 ? "inf" : "-inf");
     } else {
         put(cells, row, column, value);
     }
@@ -38,7 +38,7 @@ QString columnLetters(int column)
 {
     QString letters;
     for (int rest = column; rest > 0; rest = (rest - 1) / 26) {
-        letters.prepend(QLatin1Char(char('A' + (rest - 1) % 26)));
+        letters.prepend(char('A' + (rest - 1) % 26));
     }
     return letters;
 }
@@ -48,12 +48,9 @@ Book expectedBook(const TestGroup &group, const QString &clippedLabel)
     Cells data;
     Cells results;
     QStringList series;
-    const QStringList labels = {QStringLiteral("Median difference"),
-                                QStringLiteral("Linear least squares"),
-                                QStringLiteral("C*e^(k*x)"),
-                                QStringLiteral("Standard deviation"),
-                                clippedLabel,
-                                QStringLiteral("Interquartile range")};
+    const QStringList labels = {"Median difference", "Linear least squares",
+                                "C*e^(k*x)",         "Standard deviation",
+                                clippedLabel,        "Interquartile range"};
     for (int i = 0; i < 6; ++i) {
         put(results, i + 2, 1, labels.at(i));
     }
@@ -71,14 +68,11 @@ Book expectedBook(const TestGroup &group, const QString &clippedLabel)
             putNumber(results, 5 + method, k + 2, group.scores.at(k).variability.at(method));
         }
         // A range of one cell is written as that cell.
-        const QString last = count == 1
-            ? QString()
-            : QStringLiteral(":$%1$%2").arg(columnLetters(count + 1)).arg(k + 2);
-        series.append(QStringLiteral("Data!$B$%1").arg(k + 2) + last);
+        const QString last =
+            count == 1 ? QString() : QString(":$%1$%2").arg(columnLetters(count + 1)).arg(k + 2);
+        series.append(QString("Data!$B$%1").arg(k + 2) + last);
     }
-    return {{QStringLiteral("Data"), data, {}},
-            {QStringLiteral("Method result"), results, {}},
-            {QStringLiteral("Graph"), {}, series}};
+    return {{"Data", data, {}}, {"Method result", results, {}}, {"Graph", {}, series}};
 }
 
 } // namespace
@@ -90,7 +84,7 @@ class TestDataWorkbook : public QObject
 private Q_SLOTS:
     void initTestCase() { QVERIFY(QDir::setCurrent(m_folder.path())); }
 
-    void init() { useSkip(QStringLiteral("3")); }
+    void init() { useSkip("3"); }
 
     void everyCellOfTheGroup_data()
     {
@@ -115,14 +109,14 @@ private Q_SLOTS:
         const TestGroup group = TestGroup::ofValues({{50.5, 48, 47}});
         const QString path = written(group);
         QXlsx::Document document(path);
-        QVERIFY(document.selectSheet(QStringLiteral("Data")));
+        QVERIFY(document.selectSheet("Data"));
         QCOMPARE(document.read(1, 2).toDouble(), 1.0);
         QCOMPARE(document.read(1, 3).toDouble(), 2.0);
         QCOMPARE(document.read(1, 4).toDouble(), 3.0);
-        QCOMPARE(document.read(2, 1).toString(), QStringLiteral("A"));
+        QCOMPARE(document.read(2, 1).toString(), "A");
         QCOMPARE(document.read(2, 2).toDouble(), 50.5);
         Book book = expectedBook(group, clippedByThree);
-        QCOMPARE(book.at(2).series, QStringList{QStringLiteral("Data!$B$2:$D$2")});
+        QCOMPARE(book.at(2).series, QStringList{"Data!$B$2:$D$2"});
         QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
     }
 
@@ -131,14 +125,13 @@ private Q_SLOTS:
         const TestGroup group = TestGroup::ofValues({{5, 4, 3, 2, 1}, {7, 8}});
         const QString path = written(group);
         QXlsx::Document document(path);
-        QVERIFY(document.selectSheet(QStringLiteral("Data")));
+        QVERIFY(document.selectSheet("Data"));
         QCOMPARE(document.read(1, 6).toDouble(), 5.0);
         QVERIFY(!document.cellAt(1, 7));
         QCOMPARE(document.read(3, 3).toDouble(), 8.0);
         QVERIFY(!document.cellAt(3, 4));
         Book book = expectedBook(group, clippedByThree);
-        QCOMPARE(book.at(2).series,
-                 (QStringList{QStringLiteral("Data!$B$2:$F$2"), QStringLiteral("Data!$B$3:$C$3")}));
+        QCOMPARE(book.at(2).series, (QStringList{"Data!$B$2:$F$2", "Data!$B$3:$C$3"}));
         QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
     }
 
@@ -147,9 +140,9 @@ private Q_SLOTS:
         const TestGroup group = TestGroup::ofSize(4);
         QXlsx::Document document(written(group));
         for (int k = 0; k < 4; ++k) {
-            QVERIFY(document.selectSheet(QStringLiteral("Data")));
+            QVERIFY(document.selectSheet("Data"));
             const QString inData = document.read(k + 2, 1).toString();
-            QVERIFY(document.selectSheet(QStringLiteral("Method result")));
+            QVERIFY(document.selectSheet("Method result"));
             QCOMPARE(document.read(1, k + 2).toString(), inData);
         }
     }
@@ -158,7 +151,7 @@ private Q_SLOTS:
     {
         QXlsx::Document document(written(TestGroup::ofSize(2)));
         for (const char *name : {"Data", "Method result"}) {
-            QVERIFY(document.selectSheet(QLatin1String(name)));
+            QVERIFY(document.selectSheet(name));
             QVERIFY(!document.cellAt(1, 1));
         }
     }
@@ -166,8 +159,8 @@ private Q_SLOTS:
     void linearMethodHasItsOwnWording()
     {
         QXlsx::Document document(written(TestGroup::ofSize(1)));
-        QVERIFY(document.selectSheet(QStringLiteral("Method result")));
-        QCOMPARE(document.read(3, 1).toString(), QStringLiteral("Linear least squares"));
+        QVERIFY(document.selectSheet("Method result"));
+        QCOMPARE(document.read(3, 1).toString(), "Linear least squares");
     }
 
     void skipShortensTheLabel_data()
@@ -216,12 +209,11 @@ private Q_SLOTS:
 
     void missingSettingsFileLeavesTheLabelWhole()
     {
-        QVERIFY(QFile::remove(QStringLiteral("config.ini")));
+        QVERIFY(QFile::remove("config.ini"));
         CConfig::resetInstance();
         QXlsx::Document document(written(TestGroup::ofSize(1)));
-        QVERIFY(document.selectSheet(QStringLiteral("Method result")));
-        QCOMPARE(document.read(6, 1).toString(),
-                 QStringLiteral("Standard deviation difference offset"));
+        QVERIFY(document.selectSheet("Method result"));
+        QCOMPARE(document.read(6, 1).toString(), "Standard deviation difference offset");
     }
 
     void identifierStaysText_data()
@@ -241,8 +233,8 @@ private Q_SLOTS:
         QTest::newRow("only blanks") << "   ";
         QTest::newRow("tab and line feed") << "\ta\nb\t";
         QTest::newRow("apostrophe") << "'text";
-        QTest::newRow("accents") << QString::fromUtf8("P\xC5\x99\xC3\xADklad \xE2\x82\xAC");
-        QTest::newRow("beyond the first plane") << QString::fromUtf8("\xF0\x9F\x98\x80 x");
+        QTest::newRow("accents") << "P\xC5\x99\xC3\xADklad \xE2\x82\xAC";
+        QTest::newRow("beyond the first plane") << "\xF0\x9F\x98\x80 x";
         QTest::newRow("label of a method") << "Median difference";
         QTest::newRow("empty") << "";
     }
@@ -263,7 +255,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("id");
         QTest::addColumn<QString>("text");
         const QString mark(QChar::ReplacementCharacter);
-        const QString a = QStringLiteral("a");
+        const QString a = "a";
         QTest::newRow("null") << QString(QChar(0)) + a << mark + a;
         QTest::newRow("bell") << a + QChar(7) + a << a + mark + a;
         QTest::newRow("escape") << QChar(27) + a << mark + a;
@@ -291,13 +283,11 @@ private Q_SLOTS:
     void longIdentifierIsCut()
     {
         TestGroup group = TestGroup::ofSize(2);
-        group.patients[0].id = QString(32767, QLatin1Char('x'));
-        group.patients[1].id =
-            QString(32766, QLatin1Char('y')) + QString::fromUtf8("\xF0\x9F\x98\x80");
+        group.patients[0].id = QString(32767, 'x');
+        group.patients[1].id = QString(32766, 'y') + "\xF0\x9F\x98\x80";
         const QString path = written(group);
         // The second would end in half a character.
-        group.patients[1].id =
-            QString(32766, QLatin1Char('y')) + QString(QChar::ReplacementCharacter);
+        group.patients[1].id = QString(32766, 'y') + QString(QChar::ReplacementCharacter);
         QCOMPARE(ExpectedSheets::differences(path, expectedBook(group, clippedByThree)), QString());
     }
 
@@ -338,9 +328,9 @@ private Q_SLOTS:
         group.scores[2].variability = {-infinity, -notANumber, infinity};
         const QString path = written(group);
         const Book book = expectedBook(group, clippedByThree);
-        QCOMPARE(book.at(0).cells.value({2, 3}).toString(), QStringLiteral("nan"));
-        QCOMPARE(book.at(0).cells.value({2, 4}).toString(), QStringLiteral("inf"));
-        QCOMPARE(book.at(0).cells.value({2, 5}).toString(), QStringLiteral("-inf"));
+        QCOMPARE(book.at(0).cells.value({2, 3}).toString(), "nan");
+        QCOMPARE(book.at(0).cells.value({2, 4}).toString(), "inf");
+        QCOMPARE(book.at(0).cells.value({2, 5}).toString(), "-inf");
         QCOMPARE(ExpectedSheets::differences(path, book), QString());
         QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
     }
@@ -351,9 +341,9 @@ private Q_SLOTS:
         // of 3.
         const TestGroup group = TestGroup::ofValues({{50, -1, 40, 30, 20}, {50, 40, 30, 20}});
         QXlsx::Document document(written(group));
-        QVERIFY(document.selectSheet(QStringLiteral("Method result")));
-        QCOMPARE(document.read(4, 2), QVariant(QStringLiteral("nan")));
-        QCOMPARE(document.read(6, 3), QVariant(QStringLiteral("nan")));
+        QVERIFY(document.selectSheet("Method result"));
+        QCOMPARE(document.read(4, 2), QVariant("nan"));
+        QCOMPARE(document.read(6, 3), QVariant("nan"));
         QCOMPARE(document.read(4, 3).type(), QVariant::Double);
         QCOMPARE(document.read(6, 2).type(), QVariant::Double);
     }
@@ -400,14 +390,13 @@ private Q_SLOTS:
                 QCOMPARE(book[0].cells.remove({row, column}), 1);
             }
         }
-        book[2].series =
-            QStringList{QStringLiteral("Data!$B$2:$XFD$2"), QStringLiteral("Data!$B$3:$C$3")};
+        book[2].series = QStringList{"Data!$B$2:$XFD$2", "Data!$B$3:$C$3"};
         QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
     }
 
     void existingFileIsReplaced()
     {
-        QFile file(QStringLiteral("old.xlsx"));
+        QFile file("old.xlsx");
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write("what stood here before");
         file.close();
@@ -420,15 +409,15 @@ private Q_SLOTS:
     void nameIsTakenAsItStands()
     {
         const TestGroup group = TestGroup::ofSize(1);
-        QVERIFY(writeDataWorkbook(QStringLiteral("no extension"), group.patients, group.scores));
-        QVERIFY(QFileInfo(QStringLiteral("no extension")).isFile());
-        QVERIFY(!QFileInfo::exists(QStringLiteral("no extension.xlsx")));
+        QVERIFY(writeDataWorkbook("no extension", group.patients, group.scores));
+        QVERIFY(QFileInfo("no extension").isFile());
+        QVERIFY(!QFileInfo::exists("no extension.xlsx"));
     }
 
 private:
     static QString written(const TestGroup &group)
     {
-        QString path = QStringLiteral("data.xlsx");
+        QString path = "data.xlsx";
         QFile::remove(path);
         if (!writeDataWorkbook(path, group.patients, group.scores)) {
             qFatal("the result is always true");

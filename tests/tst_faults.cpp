@@ -18,11 +18,6 @@
 namespace
 {
 
-QString text(const char *latin1)
-{
-    return QString::fromLatin1(latin1);
-}
-
 /// Runs as an ordinary user as long as it lives, where the tests run as root.
 class OrdinaryUser
 {
@@ -68,7 +63,7 @@ void expectOffset(MainWindowTester &tester, int offset)
 {
     tester.answers.expect<SettingsDialog>([offset](SettingsDialog &dialog) {
         dialog.findChild<QSpinBox *>()->setValue(offset);
-        dialog.findChild<QPushButton *>(text("okButton"))->click();
+        dialog.findChild<QPushButton *>("okButton")->click();
     });
 }
 
@@ -79,27 +74,27 @@ void startsWithDefaults(MainWindowTester &tester)
     tester.start();
     QCOMPARE(tester.answers.unexpected(), QStringList());
     QCOMPARE(tester.answers.messages().size(), 1);
-    QVERIFY(tester.answers.messages().constFirst().startsWith(text("Wrong Config|")));
+    QVERIFY(tester.answers.messages().constFirst().startsWith("Wrong Config|"));
     const QStringList labels = tester.labelTexts();
     for (const char *value : {"Median difference", "Standard deviation", "Median", "3"}) {
-        QCOMPARE(labels.count(text(value)), 1);
+        QCOMPARE(labels.count(value), 1);
     }
     expectOffset(tester, 7);
-    tester.trigger(text("Settings"));
-    QCOMPARE(tester.labelTexts().count(text("7")), 1);
+    tester.trigger("Settings");
+    QCOMPARE(tester.labelTexts().count("7"), 1);
     QCOMPARE(tester.answers.unexpected(), QStringList());
 }
 
 void savePatients(const MainWindowTester &tester, const char *name, const char *id)
 {
-    TestWorkbooks::save(tester.path(text(name)), {{text(id), 50.0, 60.0, 55.0, 70.0}});
+    TestWorkbooks::save(tester.path(name), {{id, 50.0, 60.0, 55.0, 70.0}});
 }
 
 /// Answers the next file dialog with \p name and calls \p then before the dialog's caller goes on.
 void expectFileAnd(MainWindowTester &tester, const QString &name, const std::function<void()> &then)
 {
     tester.answers.expect<QFileDialog>([path = tester.path(name), then](QFileDialog &dialog) {
-        dialog.findChild<QLineEdit *>(text("fileNameEdit"))->setText(path);
+        dialog.findChild<QLineEdit *>("fileNameEdit")->setText(path);
         QMetaObject::invokeMethod(&dialog, "accept");
         then();
     });
@@ -115,23 +110,23 @@ private Q_SLOTS:
     void settingsFileIsADirectory()
     {
         MainWindowTester tester{QByteArray()};
-        QVERIFY(QDir(tester.folder.path()).mkdir(text("config.ini")));
+        QVERIFY(QDir(tester.folder.path()).mkdir("config.ini"));
         startsWithDefaults(tester);
-        QVERIFY(QFileInfo(tester.path(text("config.ini"))).isDir());
+        QVERIFY(QFileInfo(tester.path("config.ini")).isDir());
     }
 
     void settingsFileIsAPipe()
     {
         MainWindowTester tester{QByteArray()};
-        QCOMPARE(mkfifo(qPrintable(tester.path(text("config.ini"))), 0600), 0);
+        QCOMPARE(mkfifo(qPrintable(tester.path("config.ini")), 0600), 0);
         startsWithDefaults(tester);
-        QVERIFY(QFile::remove(tester.path(text("config.ini"))));
+        QVERIFY(QFile::remove(tester.path("config.ini")));
     }
 
     void settingsFileCannotBeRead()
     {
         MainWindowTester tester("[Variable]\nSkip = 5\n");
-        const QString file = tester.path(text("config.ini"));
+        const QString file = tester.path("config.ini");
         QVERIFY(QFile::setPermissions(file, QFile::Permissions()));
         {
             const OrdinaryUser user;
@@ -141,7 +136,7 @@ private Q_SLOTS:
             startsWithDefaults(tester);
         }
         QVERIFY(QFile::setPermissions(file, QFile::ReadOwner | QFile::WriteOwner));
-        QCOMPARE(tester.readFile(text("config.ini")), QByteArray("[Variable]\nSkip = 5\n"));
+        QCOMPARE(tester.readFile("config.ini"), QByteArray("[Variable]\nSkip = 5\n"));
     }
 
     void settingsFileOnAFullDisk()
@@ -149,27 +144,27 @@ private Q_SLOTS:
         MainWindowTester tester{QByteArray()};
         const FullDisk disk;
         startsWithDefaults(tester);
-        QCOMPARE(QFileInfo(tester.path(text("config.ini"))).size(), qint64(0));
+        QCOMPARE(QFileInfo(tester.path("config.ini")).size(), qint64(0));
     }
 
     void workingDirectoryIsGone()
     {
         MainWindowTester tester;
         const QTemporaryDir elsewhere;
-        const QString workbook = elsewhere.filePath(text("one.xlsx"));
-        TestWorkbooks::save(workbook, {{text("a"), 50.0, 60.0, 55.0, 70.0}});
+        const QString workbook = elsewhere.filePath("one.xlsx");
+        TestWorkbooks::save(workbook, {{"a", 50.0, 60.0, 55.0, 70.0}});
         tester.start();
         QVERIFY(tester.folder.remove());
 
         expectOffset(tester, 0);
-        tester.trigger(text("Settings"));
-        QCOMPARE(tester.labelTexts().count(text("0")), 1);
+        tester.trigger("Settings");
+        QCOMPARE(tester.labelTexts().count("0"), 1);
         tester.answers.expectFile(workbook);
-        tester.trigger(text("Open File"));
+        tester.trigger("Open File");
         QCOMPARE(tester.patientsModel()->patients.size(), 1);
-        tester.answers.expectFile(elsewhere.filePath(text("out.xlsx")));
-        tester.trigger(text("Save file"));
-        QVERIFY(QFile::exists(elsewhere.filePath(text("out.xlsx"))));
+        tester.answers.expectFile(elsewhere.filePath("out.xlsx"));
+        tester.trigger("Save file");
+        QVERIFY(QFile::exists(elsewhere.filePath("out.xlsx")));
         QCOMPARE(tester.answers.unexpected(), QStringList());
     }
 
@@ -179,16 +174,16 @@ private Q_SLOTS:
         savePatients(tester, "first.xlsx", "first");
         savePatients(tester, "second.xlsx", "second");
         tester.start();
-        tester.open(text("first.xlsx"));
-        expectFileAnd(tester, text("second.xlsx"),
-                      [&tester] { QFile::remove(tester.path(text("second.xlsx"))); });
+        tester.open("first.xlsx");
+        expectFileAnd(tester, "second.xlsx",
+                      [&tester] { QFile::remove(tester.path("second.xlsx")); });
         tester.answers.expectMessage();
-        tester.trigger(text("Open File"));
+        tester.trigger("Open File");
         QCOMPARE(tester.answers.unexpected(), QStringList());
         QCOMPARE(tester.answers.messages(),
-                 QStringList(text("Open file|This file cannot be read. Nothing was opened.\n\n"
-                                  "second.xlsx")));
-        QCOMPARE(tester.patientsModel()->patients.constFirst().id, text("first"));
+                 QStringList("Open file|This file cannot be read. Nothing was opened.\n\n"
+                             "second.xlsx"));
+        QCOMPARE(tester.patientsModel()->patients.constFirst().id, "first");
     }
 
     void workbookIsReplacedBeforeItIsRead()
@@ -198,19 +193,19 @@ private Q_SLOTS:
         savePatients(tester, "second.xlsx", "second");
         savePatients(tester, "third.xlsx", "third");
         tester.start();
-        tester.open(text("first.xlsx"));
-        expectFileAnd(tester, text("second.xlsx"),
-                      [&tester] { tester.writeFile(text("second.xlsx"), "not a workbook"); });
+        tester.open("first.xlsx");
+        expectFileAnd(tester, "second.xlsx",
+                      [&tester] { tester.writeFile("second.xlsx", "not a workbook"); });
         tester.answers.expectMessage();
-        tester.trigger(text("Open File"));
-        QCOMPARE(tester.patientsModel()->patients.constFirst().id, text("first"));
+        tester.trigger("Open File");
+        QCOMPARE(tester.patientsModel()->patients.constFirst().id, "first");
 
-        expectFileAnd(tester, text("second.xlsx"), [&tester] {
-            QFile::remove(tester.path(text("second.xlsx")));
-            QFile::rename(tester.path(text("third.xlsx")), tester.path(text("second.xlsx")));
+        expectFileAnd(tester, "second.xlsx", [&tester] {
+            QFile::remove(tester.path("second.xlsx"));
+            QFile::rename(tester.path("third.xlsx"), tester.path("second.xlsx"));
         });
-        tester.trigger(text("Open File"));
-        QCOMPARE(tester.patientsModel()->patients.constFirst().id, text("third"));
+        tester.trigger("Open File");
+        QCOMPARE(tester.patientsModel()->patients.constFirst().id, "third");
         QCOMPARE(tester.answers.unexpected(), QStringList());
     }
 
@@ -218,15 +213,15 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("target");
         QTest::newRow("pipe") << QString();
-        QTest::newRow("endless device") << text("/dev/zero");
-        QTest::newRow("empty device") << text("/dev/null");
+        QTest::newRow("endless device") << "/dev/zero";
+        QTest::newRow("empty device") << "/dev/null";
     }
 
     void pipeOrDeviceAsWorkbook()
     {
         QFETCH(QString, target);
         MainWindowTester tester;
-        const QString chosen = tester.path(text("chosen.xlsx"));
+        const QString chosen = tester.path("chosen.xlsx");
         if (target.isEmpty()) {
             QCOMPARE(mkfifo(qPrintable(chosen), 0600), 0);
         } else {
@@ -234,14 +229,14 @@ private Q_SLOTS:
         }
         savePatients(tester, "first.xlsx", "first");
         tester.start();
-        tester.open(text("first.xlsx"));
+        tester.open("first.xlsx");
         tester.answers.expectFile(chosen);
         tester.answers.expectMessage();
-        tester.trigger(text("Open File"));
+        tester.trigger("Open File");
         QCOMPARE(tester.answers.messages(),
-                 QStringList(text("Open file|This file cannot be read. Nothing was opened.\n\n"
-                                  "chosen.xlsx")));
-        QCOMPARE(tester.patientsModel()->patients.constFirst().id, text("first"));
+                 QStringList("Open file|This file cannot be read. Nothing was opened.\n\n"
+                             "chosen.xlsx"));
+        QCOMPARE(tester.patientsModel()->patients.constFirst().id, "first");
     }
 
     void saveOnAFullDiskKeepsTheOldFile()
@@ -249,19 +244,19 @@ private Q_SLOTS:
         MainWindowTester tester;
         savePatients(tester, "first.xlsx", "first");
         tester.start();
-        tester.open(text("first.xlsx"));
-        const QByteArray old = tester.readFile(text("first.xlsx"));
+        tester.open("first.xlsx");
+        const QByteArray old = tester.readFile("first.xlsx");
         const QStringList files = QDir(tester.folder.path()).entryList(QDir::Files | QDir::Hidden);
         for (const char *command : {"Save file", "Save data analysis"}) {
             const FullDisk disk;
-            tester.answers.expectFile(tester.path(text("first.xlsx")));
+            tester.answers.expectFile(tester.path("first.xlsx"));
             // The dialog asks whether to replace the file.
             tester.answers.expect<QMessageBox>(
                 [](QMessageBox &box) { box.button(QMessageBox::Yes)->click(); });
-            tester.trigger(text(command));
+            tester.trigger(command);
         }
         QCOMPARE(tester.answers.unexpected(), QStringList());
-        QCOMPARE(tester.readFile(text("first.xlsx")), old);
+        QCOMPARE(tester.readFile("first.xlsx"), old);
         QCOMPARE(QDir(tester.folder.path()).entryList(QDir::Files | QDir::Hidden), files);
         QCOMPARE(tester.patientsModel()->patients.size(), 1);
     }

@@ -28,25 +28,20 @@
 namespace
 {
 
-QString text(const char *latin1)
-{
-    return QString::fromLatin1(latin1);
-}
-
 /// A window with a workbook of five patients open, and the gestures of a user on it.
 class Tester : public MainWindowTester
 {
 public:
     explicit Tester(const QByteArray &config = defaultConfig) : MainWindowTester(config)
     {
-        TestWorkbooks::save(path(text("five.xlsx")),
-                            {{text("a"), 50.0, 60.0, 55.0, 70.0, 62.0, 61.0, 48.0},
-                             {text("b"), 70.0, 68.0, 65.0, 66.0, 60.0, 58.0, 55.0},
-                             {text("c"), 48.0, 52.0, 50.0, 55.0, 53.0, 58.0, 57.0, 60.0},
-                             {text("d"), 90.0, 70.0, 60.0, 55.0, 50.0, 50.0},
-                             {text("e"), 61.0, 60.5, 61.5, 59.0, 60.0, 64.0, 63.0}});
+        TestWorkbooks::save(path("five.xlsx"),
+                            {{"a", 50.0, 60.0, 55.0, 70.0, 62.0, 61.0, 48.0},
+                             {"b", 70.0, 68.0, 65.0, 66.0, 60.0, 58.0, 55.0},
+                             {"c", 48.0, 52.0, 50.0, 55.0, 53.0, 58.0, 57.0, 60.0},
+                             {"d", 90.0, 70.0, 60.0, 55.0, 50.0, 50.0},
+                             {"e", 61.0, 60.5, 61.5, 59.0, 60.0, 64.0, 63.0}});
         start();
-        open(text("five.xlsx"));
+        open("five.xlsx");
     }
 
     QMdiArea *area() const { return window->findChild<QMdiArea *>(); }
@@ -64,7 +59,7 @@ public:
     int selectedRows() const { return patientTable()->selectionModel()->selectedRows().size(); }
     void press(const char *buttonText) const
     {
-        QTest::mouseClick(button(text(buttonText)), Qt::LeftButton);
+        QTest::mouseClick(button(buttonText), Qt::LeftButton);
     }
     /// Accepts the next name dialog after typing \p name; a null name leaves the offered one, which
     /// is noted in offeredNames.
@@ -113,8 +108,9 @@ public:
     {
         QStringList all;
         for (const QAction *action : menu.actions()) {
-            all << (action->isSeparator() ? text("-")
-                                          : text(action->isChecked() ? "*" : "") + action->text());
+            all << (action->isSeparator()
+                        ? "-"
+                        : QString(action->isChecked() ? "*" : "") + action->text());
         }
         return all;
     }
@@ -133,8 +129,8 @@ public:
 /// The default settings with other methods and, for a center, the median or the average.
 QByteArray configOf(int convergence, int variance, bool median)
 {
-    return QStringLiteral("[Method]\nConvergence=%1\nVariance=%2\n[Result]\nMedian=%3\n"
-                          "[Variable]\nSkip=3\n[Info]\nShow=1\n")
+    return QString("[Method]\nConvergence=%1\nVariance=%2\n[Result]\nMedian=%3\n"
+                   "[Variable]\nSkip=3\n[Info]\nShow=1\n")
         .arg(convergence)
         .arg(variance)
         .arg(median ? 1 : 0)
@@ -161,8 +157,8 @@ QStringList drawingOf(const Graph &graph)
     painter.end();
     QStringList lines;
     for (const RecordingPaintDevice::Operation &operation : device.operations()) {
-        lines << operation.summary() + QLatin1Char(' ') + pathPoints(operation.path)
-                + QLatin1Char(' ') + operation.pen.color().name() + operation.brush.color().name();
+        lines << operation.summary() + ' ' + pathPoints(operation.path) + ' '
+                + operation.pen.color().name() + operation.brush.color().name();
     }
     return lines;
 }
@@ -171,19 +167,19 @@ QStringList drawingOf(const Graph &graph)
 QStringList textsUnder(const QDomDocument &page, QPointF translation)
 {
     QStringList lines;
-    const QDomNodeList texts = page.elementsByTagName(text("text"));
+    const QDomNodeList texts = page.elementsByTagName("text");
     for (int i = 0; i < texts.size(); ++i) {
         const QDomElement element = texts.at(i).toElement();
         // Every group of the painter carries the whole matrix.
         const QStringList matrix = element.parentNode()
                                        .toElement()
-                                       .attribute(text("transform"))
-                                       .section(QLatin1Char('('), 1)
-                                       .remove(QLatin1Char(')'))
-                                       .split(QLatin1Char(','));
+                                       .attribute("transform")
+                                       .section('(', 1)
+                                       .remove(')')
+                                       .split(',');
         if (matrix.size() == 6 && qAbs(matrix.at(4).toDouble() - translation.x()) < 0.01
             && qAbs(matrix.at(5).toDouble() - translation.y()) < 0.01) {
-            lines << text("%1 %2: ").arg(element.attribute(text("x")), element.attribute(text("y")))
+            lines << QString("%1 %2: ").arg(element.attribute("x"), element.attribute("y"))
                     + element.text().trimmed();
         }
     }
@@ -237,13 +233,13 @@ void expectSettings(Tester &tester, int convergence, int variance, bool median, 
 {
     tester.answers.expect<SettingsDialog>([=](SettingsDialog &dialog) {
         const auto combo = [&dialog](const char *name) {
-            return dialog.findChild<QComboBox *>(QString::fromLatin1(name));
+            return dialog.findChild<QComboBox *>(name);
         };
         combo("convergenceCombo")->setCurrentIndex(convergence);
         combo("varianceCombo")->setCurrentIndex(variance);
-        dialog.findChild<QAbstractButton *>(text(median ? "medianCheck" : "averageCheck"))->click();
-        dialog.findChild<QSpinBox *>(text("offsetSpin"))->setValue(offset);
-        QTest::mouseClick(dialog.findChild<QPushButton *>(text("okButton")), Qt::LeftButton);
+        dialog.findChild<QAbstractButton *>(median ? "medianCheck" : "averageCheck")->click();
+        dialog.findChild<QSpinBox *>("offsetSpin")->setValue(offset);
+        QTest::mouseClick(dialog.findChild<QPushButton *>("okButton"), Qt::LeftButton);
     });
 }
 
@@ -257,21 +253,21 @@ private Q_SLOTS:
     void selectedPatientsComeInTwoTabs()
     {
         Tester tester;
-        tester.makeGraph({1, 3}, text("My graph"));
+        tester.makeGraph({1, 3}, "My graph");
         QCOMPARE(tester.answers.unexpected(), QStringList());
         QCOMPARE(tester.subWindows().size(), 1);
         const QMdiSubWindow *subWindow = tester.subWindows().first();
-        QCOMPARE(subWindow->windowTitle(), text("My graph"));
+        QCOMPARE(subWindow->windowTitle(), "My graph");
         QCOMPARE(subWindow->minimumSize(), QSize(715, 415));
         QVERIFY(subWindow->isVisible());
         const auto *tabs = qobject_cast<QTabWidget *>(subWindow->widget());
         QVERIFY(tabs);
         QCOMPARE(tabs->count(), 2);
-        QCOMPARE(tabs->tabText(0), text("Glymark value graph"));
-        QCOMPARE(tabs->tabText(1), text("Patient result graph"));
+        QCOMPARE(tabs->tabText(0), "Glymark value graph");
+        QCOMPARE(tabs->tabText(1), "Patient result graph");
         const auto *graph = qobject_cast<GraphSubWindow *>(tabs->widget(0));
         QVERIFY(graph);
-        QCOMPARE(graph->windowTitle(), text("My graph"));
+        QCOMPARE(graph->windowTitle(), "My graph");
         QVERIFY(qobject_cast<ResultSubWindow *>(tabs->widget(1)));
 
         // The selection is used up.
@@ -279,8 +275,8 @@ private Q_SLOTS:
         tester.answers.expectMessage();
         tester.press("Show graph");
         QCOMPARE(tester.answers.messages(),
-                 QStringList(text("0 selected|Please select rows from table above to display as "
-                                  "graph")));
+                 QStringList("0 selected|Please select rows from table above to display as "
+                             "graph"));
     }
 
     void selectionKeepsTheOrderOfTheSelectionModel()
@@ -293,13 +289,13 @@ private Q_SLOTS:
         }
         tester.expectName();
         tester.press("Show graph");
-        tester.answers.expectFile(tester.path(text("order.svg")));
+        tester.answers.expectFile(tester.path("order.svg"));
         tester.answers.expectMessage();
-        tester.trigger(text("Export graph"));
+        tester.trigger("Export graph");
         QDomDocument page;
-        QVERIFY(page.setContent(tester.readFile(text("order.svg"))));
+        QVERIFY(page.setContent(tester.readFile("order.svg")));
         QStringList legend;
-        const QDomNodeList shown = page.elementsByTagName(text("text"));
+        const QDomNodeList shown = page.elementsByTagName("text");
         for (int i = 0; i < shown.size(); ++i) {
             const QString label = shown.at(i).toElement().text().trimmed();
             if (expected.contains(label)) {
@@ -347,7 +343,7 @@ private Q_SLOTS:
         QVERIFY(ys.at(3) != centerY);
 
         if (rows.isEmpty()) {
-            tester.trigger(text("Groups graph"));
+            tester.trigger("Groups graph");
             const auto *plot =
                 qobject_cast<ResultSubWindow *>(tester.subWindows().first()->widget());
             QVERIFY(plot);
@@ -391,9 +387,9 @@ private Q_SLOTS:
         Tester tester;
         tester.select({0, 2});
         tester.answers.expect<QInputDialog>([](QInputDialog &dialog) {
-            QCOMPARE(dialog.windowTitle(), text("Graph name"));
-            QCOMPARE(dialog.labelText(), text("Name"));
-            QCOMPARE(dialog.textValue(), text("Graph 1"));
+            QCOMPARE(dialog.windowTitle(), "Graph name");
+            QCOMPARE(dialog.labelText(), "Name");
+            QCOMPARE(dialog.textValue(), "Graph 1");
             QCOMPARE(dialog.textEchoMode(), QLineEdit::Normal);
             dialog.reject();
         });
@@ -406,28 +402,27 @@ private Q_SLOTS:
     void emptyNameGivesTheDefaultName()
     {
         Tester tester;
-        tester.makeGraph({0}, text(""));
-        QCOMPARE(tester.subWindows().first()->windowTitle(), text("Graph 1"));
+        tester.makeGraph({0}, "");
+        QCOMPARE(tester.subWindows().first()->windowTitle(), "Graph 1");
     }
 
     void blankNameIsKept()
     {
         Tester tester;
-        tester.makeGraph({0}, text("  "));
-        QCOMPARE(tester.subWindows().first()->windowTitle(), text("  "));
+        tester.makeGraph({0}, "  ");
+        QCOMPARE(tester.subWindows().first()->windowTitle(), "  ");
     }
 
     void defaultNameCountsOpenSubWindowsOfBothForms()
     {
         Tester tester;
         tester.makeGraph({0});
-        tester.trigger(text("Groups graph"));
+        tester.trigger("Groups graph");
         tester.makeGraph({1});
         tester.makeGraph({2});
         tester.subWindows().first()->close();
         tester.makeGraph({3});
-        QCOMPARE(tester.offeredNames,
-                 QStringList({text("Graph 1"), text("Graph 3"), text("Graph 4"), text("Graph 4")}));
+        QCOMPARE(tester.offeredNames, QStringList({"Graph 1", "Graph 3", "Graph 4", "Graph 4"}));
     }
 
     void closedSubWindowIsGone()
@@ -455,7 +450,7 @@ private Q_SLOTS:
     {
         Tester tester;
         tester.select({1});
-        tester.trigger(text("Groups graph"));
+        tester.trigger("Groups graph");
         QCOMPARE(tester.answers.unexpected(), QStringList());
         const QMdiSubWindow *subWindow = tester.subWindows().first();
         QVERIFY(qobject_cast<ResultSubWindow *>(subWindow->widget()));
@@ -478,7 +473,7 @@ private Q_SLOTS:
 
         // A group graph has its size before the area places it, a tabbed one only afterwards.
         for (int i = 0; i < 2; ++i) {
-            tester.trigger(text("Groups graph"));
+            tester.trigger("Groups graph");
             auto *subWindow = new QMdiSubWindow;
             subWindow->setMinimumSize(700, 400);
             area.addSubWindow(subWindow);
@@ -489,8 +484,8 @@ private Q_SLOTS:
             tester.makeGraph({0, 1});
             auto *subWindow = new QMdiSubWindow;
             auto *tabs = new QTabWidget;
-            tabs->addTab(new GraphSubWindow(QString(), {}), text("Glymark value graph"));
-            tabs->addTab(new QWidget, text("Patient result graph"));
+            tabs->addTab(new GraphSubWindow(QString(), {}), "Glymark value graph");
+            tabs->addTab(new QWidget, "Patient result graph");
             area.addSubWindow(subWindow);
             subWindow->setMinimumSize(715, 415);
             subWindow->setWidget(tabs);
@@ -511,24 +506,24 @@ private Q_SLOTS:
     void groupGraphNeedsAFile()
     {
         Tester tester;
-        tester.trigger(text("Close file"));
+        tester.trigger("Close file");
         tester.answers.expectMessage();
-        tester.trigger(text("Groups graph"));
-        QCOMPARE(tester.answers.messages(), QStringList(text("No data|No data to visualize")));
-        QVERIFY(!tester.button(text("Show graph"))->isEnabled());
+        tester.trigger("Groups graph");
+        QCOMPARE(tester.answers.messages(), QStringList("No data|No data to visualize"));
+        QVERIFY(!tester.button("Show graph")->isEnabled());
     }
 
     void menuShowsTheStoredMark()
     {
         Tester tester;
-        QStringList expected = {text("Select ideal kvadrant"),
-                                text("-"),
-                                text("Kvadrant 1 (W/W)"),
-                                text("Kvadrant 2 (B/W)"),
-                                text("Kvadrant 3 (B/B)"),
-                                text("Kvadrant 4 (W/B)"),
-                                text("-"),
-                                text("*No ideal")};
+        QStringList expected = {"Select ideal kvadrant",
+                                "-",
+                                "Kvadrant 1 (W/W)",
+                                "Kvadrant 2 (B/W)",
+                                "Kvadrant 3 (B/B)",
+                                "Kvadrant 4 (W/B)",
+                                "-",
+                                "*No ideal"};
         QMenu *menu = tester.openMenu(1);
         QVERIFY(menu);
         QCOMPARE(Tester::lines(*menu), expected);
@@ -539,8 +534,8 @@ private Q_SLOTS:
         menu->close();
 
         tester.mark(1, 2);
-        expected[3] = text("*Kvadrant 2 (B/W)");
-        expected[7] = text("No ideal");
+        expected[3] = "*Kvadrant 2 (B/W)";
+        expected[7] = "No ideal";
         menu = tester.openMenu(1);
         QCOMPARE(Tester::lines(*menu), expected);
         menu->close();
@@ -607,7 +602,7 @@ private Q_SLOTS:
     {
         Tester tester;
         tester.mark(0, 1);
-        tester.open(text("five.xlsx"));
+        tester.open("five.xlsx");
         QCOMPARE(tester.marks(), QVector<int>(5, -1));
     }
 
@@ -626,10 +621,10 @@ private Q_SLOTS:
                     dialog.reject();
                 }
             });
-            tester.trigger(text("Settings"));
+            tester.trigger("Settings");
         }
         QCOMPARE(tester.answers.unexpected(), QStringList());
-        QCOMPARE(tester.readFile(text("config.ini")), MainWindowTester::defaultConfig);
+        QCOMPARE(tester.readFile("config.ini"), MainWindowTester::defaultConfig);
         QCOMPARE(tester.labelTexts(), labels);
         QCOMPARE(MainWindowTester::tableTexts(*tester.scoreTable()), scores);
     }
@@ -638,14 +633,14 @@ private Q_SLOTS:
     {
         Tester tester;
         expectSettings(tester, 1, 2, false, 3);
-        tester.trigger(text("Settings"));
+        tester.trigger("Settings");
         QCOMPARE(tester.answers.unexpected(), QStringList());
         const QStringList labels = tester.labelTexts();
         for (const char *value : {"Linear least squares", "Interquartile range", "Average", "3"}) {
-            QCOMPARE(labels.count(text(value)), 1);
+            QCOMPARE(labels.count(value), 1);
         }
         QCOMPARE(
-            tester.readFile(text("config.ini")),
+            tester.readFile("config.ini"),
             QByteArray("[Method]\nConvergence = 1\nVariance = 2\n\n\n[Result]\nMedian = 0\n\n\n"
                        "[Variable]\nSkip = 3\n\n\n[Info]\nShow = 1\n"));
         // Each mark by the average of its column.
@@ -658,8 +653,8 @@ private Q_SLOTS:
             y += score.variability.at(2);
         }
         for (const PatientScoreRecord &score : scores) {
-            expected << score.id + text(score.convergence.at(1) < x / 5 ? " B/" : " W/")
-                    + text(score.variability.at(2) < y / 5 ? "B" : "W");
+            expected << score.id + QString(score.convergence.at(1) < x / 5 ? " B/" : " W/")
+                    + QString(score.variability.at(2) < y / 5 ? "B" : "W");
         }
         QCOMPARE(MainWindowTester::tableTexts(*tester.patientTable()), expected);
     }
@@ -695,7 +690,7 @@ private Q_SLOTS:
         const QVector<PatientScoreRecord> before = tester.patientsModel()->scores;
         const QVector<PatientRecord> patients = tester.patientsModel()->patients;
         expectSettings(tester, 0, 1, median, 0);
-        tester.trigger(text("Settings"));
+        tester.trigger("Settings");
         const QVector<PatientScoreRecord> after = tester.patientsModel()->scores;
         QVector<double> column;
         for (int i = 0; i < before.size(); ++i) {
@@ -724,57 +719,57 @@ private Q_SLOTS:
         for (int i = 0; i < column.size(); ++i) {
             const double value = column.at(i);
             QCOMPARE(color(4, i),
-                     text(value < center       ? "#aad083"
-                              : value > center ? "#e79292"
-                                               : "#647b98"));
+                     QString(value < center       ? "#aad083"
+                                 : value > center ? "#e79292"
+                                                  : "#647b98"));
             QCOMPARE(tester.patientsModel()->index(i, 1).data().toString().right(1),
-                     text(value < center ? "B" : "W"));
+                     QString(value < center ? "B" : "W"));
         }
     }
 
     void unchangedSettingsGiveTheSameNumbers()
     {
         Tester tester;
-        tester.writeFile(text("config.ini"), "gone");
+        tester.writeFile("config.ini", "gone");
         const QVector<PatientScoreRecord> before = tester.patientsModel()->scores;
         const QStringList marks = MainWindowTester::tableTexts(*tester.patientTable());
         expectSettings(tester, 0, 0, true, 3);
-        tester.trigger(text("Settings"));
+        tester.trigger("Settings");
         for (int i = 0; i < before.size(); ++i) {
             QCOMPARE(bits(tester.patientsModel()->scores.at(i).variability),
                      bits(before.at(i).variability));
         }
         QCOMPARE(MainWindowTester::tableTexts(*tester.patientTable()), marks);
-        QCOMPARE(tester.readFile(text("config.ini")), MainWindowTester::defaultConfig);
+        QCOMPARE(tester.readFile("config.ini"), MainWindowTester::defaultConfig);
     }
 
     void settingsWithoutAFileChangeOnlyTheLabels()
     {
         Tester tester;
-        tester.trigger(text("Close file"));
+        tester.trigger("Close file");
         expectSettings(tester, 2, 1, false, 12);
-        tester.trigger(text("Settings"));
+        tester.trigger("Settings");
         QCOMPARE(tester.answers.unexpected(), QStringList());
         const QStringList labels = tester.labelTexts();
         for (const char *value :
              {"C*e^(k*x)", "Difference standard deviation offset", "Average", "12"}) {
-            QCOMPARE(labels.count(text(value)), 1);
+            QCOMPARE(labels.count(value), 1);
         }
         QVERIFY(tester.patientsModel() == nullptr);
-        QVERIFY(!tester.action(text("Close file"))->isEnabled());
+        QVERIFY(!tester.action("Close file")->isEnabled());
     }
 
     void settingsLeaveOpenGraphsAlone()
     {
         Tester tester;
-        tester.trigger(text("Groups graph"));
+        tester.trigger("Groups graph");
         QWidget *graph = tester.subWindows().first()->widget();
         const QImage before = graph->grab().toImage();
         expectSettings(tester, 1, 2, false, 0);
-        tester.trigger(text("Settings"));
+        tester.trigger("Settings");
         QCOMPARE(graph->grab().toImage(), before);
         // A graph made now uses the new settings.
-        tester.trigger(text("Groups graph"));
+        tester.trigger("Groups graph");
         QWidget *second = tester.subWindows().last()->widget();
         second->resize(graph->size());
         QVERIFY(second->grab().toImage() != before);
@@ -785,7 +780,7 @@ private Q_SLOTS:
         Tester tester;
         tester.mark(3, 4);
         expectSettings(tester, 1, 1, true, 1);
-        tester.trigger(text("Settings"));
+        tester.trigger("Settings");
         QCOMPARE(tester.marks(), QVector<int>({-1, -1, -1, 4, -1}));
     }
 
@@ -793,14 +788,14 @@ private Q_SLOTS:
     {
         Tester tester;
         tester.makeGraph({0, 1});
-        tester.trigger(text("Groups graph"));
+        tester.trigger("Groups graph");
         QWidget *graph = tester.subWindows().first()->widget();
         const QImage before = graph->grab().toImage();
-        TestWorkbooks::save(tester.path(text("one.xlsx")), {{text("x"), 40.0, 50.0}});
-        tester.open(text("one.xlsx"));
+        TestWorkbooks::save(tester.path("one.xlsx"), {{"x", 40.0, 50.0}});
+        tester.open("one.xlsx");
         QCOMPARE(tester.subWindows().size(), 2);
         QCOMPARE(graph->grab().toImage(), before);
-        tester.trigger(text("Close file"));
+        tester.trigger("Close file");
         QCOMPARE(tester.subWindows().size(), 0);
     }
 
@@ -808,11 +803,11 @@ private Q_SLOTS:
     {
         Tester tester;
         tester.answers.expectMessage();
-        tester.trigger(text("Export graph"));
-        tester.trigger(text("Groups graph"));
+        tester.trigger("Export graph");
+        tester.trigger("Groups graph");
         tester.answers.expectMessage();
-        tester.trigger(text("Export graph"));
-        const QString refusal = text("Svg export|No graphs selected for export");
+        tester.trigger("Export graph");
+        const QString refusal = "Svg export|No graphs selected for export";
         QCOMPARE(tester.answers.messages(), QStringList({refusal, refusal}));
         QCOMPARE(tester.answers.unexpected(), QStringList());
     }
@@ -822,11 +817,11 @@ private Q_SLOTS:
         Tester tester;
         tester.makeGraph({0});
         tester.answers.expect<QFileDialog>([](QFileDialog &dialog) {
-            QCOMPARE(dialog.windowTitle(), text("Save SVG"));
-            QCOMPARE(dialog.nameFilters(), QStringList(text("SVG files (*.svg)")));
+            QCOMPARE(dialog.windowTitle(), "Save SVG");
+            QCOMPARE(dialog.nameFilters(), QStringList("SVG files (*.svg)"));
             dialog.reject();
         });
-        tester.trigger(text("Export graph"));
+        tester.trigger("Export graph");
         QCOMPARE(tester.answers.unexpected(), QStringList());
         QCOMPARE(tester.answers.messages(), QStringList());
     }
@@ -834,53 +829,53 @@ private Q_SLOTS:
     void exportWritesTheCurrentGraphAsOnePage()
     {
         Tester tester;
-        tester.makeGraph({0}, text("first"));
-        tester.makeGraph({1, 2}, text("second"));
-        tester.makeGraph({3}, text("third"));
+        tester.makeGraph({0}, "first");
+        tester.makeGraph({1, 2}, "second");
+        tester.makeGraph({3}, "third");
         tester.area()->setActiveSubWindow(tester.subWindows().at(1));
-        tester.answers.expectFile(tester.path(text("page")));
+        tester.answers.expectFile(tester.path("page"));
         tester.answers.expectMessage();
-        tester.trigger(text("Export graph"));
+        tester.trigger("Export graph");
         QCOMPARE(tester.answers.messages(),
-                 QStringList(text("Graphs export|Graph successfully exported")));
+                 QStringList("Graphs export|Graph successfully exported"));
 
         // The name is taken as typed, without an extension.
         QDomDocument page;
-        QVERIFY(page.setContent(tester.readFile(text("page"))));
+        QVERIFY(page.setContent(tester.readFile("page")));
         const QDomElement root = page.documentElement();
-        QCOMPARE(root.firstChildElement(text("title")).text(), text("second"));
+        QCOMPARE(root.firstChildElement("title").text(), "second");
         const ExportPage expected = ExportPage::a4();
         const QRect box = expected.printable.toRect();
-        QCOMPARE(root.attribute(text("viewBox")),
-                 text("%1 %2 %3 %4").arg(box.x()).arg(box.y()).arg(box.width()).arg(box.height()));
+        QCOMPARE(
+            root.attribute("viewBox"),
+            QString("%1 %2 %3 %4").arg(box.x()).arg(box.y()).arg(box.width()).arg(box.height()));
         // Points at the 72 dots per inch of the generator, given in millimetres.
-        const double millimetres = root.attribute(text("width")).remove(text("mm")).toDouble();
+        const double millimetres = root.attribute("width").remove("mm").toDouble();
         QVERIFY(qAbs(millimetres - 210) < 1);
-        QVERIFY(qAbs(root.attribute(text("height")).remove(text("mm")).toDouble() - 297) < 1);
+        QVERIFY(qAbs(root.attribute("height").remove("mm").toDouble() - 297) < 1);
 
         // Either graph has its half of the page: both count some of their texts from the lower
         // edge.
         const double height = expected.graph().height();
         const QStringList plot = textsUnder(page, expected.resultPlot());
         const QString method =
-            text("5 %1: Convergence: Median difference").arg(static_cast<int>(height - 2));
-        QVERIFY2(plot.contains(method), qPrintable(plot.join(text(", "))));
+            QString("5 %1: Convergence: Median difference").arg(static_cast<int>(height - 2));
+        QVERIFY2(plot.contains(method), qPrintable(plot.join(", ")));
         const QStringList graph = textsUnder(page, expected.patientGraph());
-        const QString one = text("57 %1: 1").arg(static_cast<int>(height - 120 + 21));
-        for (const QString &label : {text("10 25: mmol/mol"), one}) {
-            QVERIFY2(graph.contains(label),
-                     qPrintable(label + text(" in ") + graph.join(text(", "))));
+        const QString one = QString("57 %1: 1").arg(static_cast<int>(height - 120 + 21));
+        for (const QString &label : {QString("10 25: mmol/mol"), one}) {
+            QVERIFY2(graph.contains(label), qPrintable(label + " in " + graph.join(", ")));
         }
     }
 
     void exportOfOddNamesIsWellFormed_data()
     {
         QTest::addColumn<QString>("name");
-        QTest::newRow("markup") << text("a<b>&\"c'</title>");
-        QTest::newRow("no latin") << QString::fromUtf8("Křivka č. 1 \xF0\x9F\x93\x88");
+        QTest::newRow("markup") << "a<b>&\"c'</title>";
+        QTest::newRow("no latin") << "Křivka č. 1 \xF0\x9F\x93\x88";
         QTest::newRow("control characters")
-            << QString(QChar(1)) + text("x") + QChar(0x1b) + QChar(0xFFFF);
-        QTest::newRow("half a surrogate pair") << QString(QChar(0xD800)) + text("x");
+            << QString(QChar(1)) + "x" + QChar(0x1b) + QChar(0xFFFF);
+        QTest::newRow("half a surrogate pair") << QString(QChar(0xD800)) + "x";
     }
 
     void exportOfOddNamesIsWellFormed()
@@ -890,14 +885,13 @@ private Q_SLOTS:
         tester.patientsModel()->patients[0].id = name;
         tester.patientsModel()->scores[0].id = name;
         tester.makeGraph({0, 1}, name);
-        tester.answers.expectFile(tester.path(text("odd.svg")));
+        tester.answers.expectFile(tester.path("odd.svg"));
         tester.answers.expectMessage();
-        tester.trigger(text("Export graph"));
-        QXmlStreamReader reader(tester.readFile(text("odd.svg")));
+        tester.trigger("Export graph");
+        QXmlStreamReader reader(tester.readFile("odd.svg"));
         QString title;
         while (!reader.atEnd()) {
-            if (reader.readNext() == QXmlStreamReader::StartElement
-                && reader.name() == QLatin1String("title")) {
+            if (reader.readNext() == QXmlStreamReader::StartElement && reader.name() == "title") {
                 title = reader.readElementText();
             }
         }
@@ -909,13 +903,13 @@ private Q_SLOTS:
     {
         Tester tester;
         tester.makeGraph({0});
-        tester.answers.expectFile(tester.path(text("nowhere/page.svg")));
+        tester.answers.expectFile(tester.path("nowhere/page.svg"));
         tester.answers.expectMessage();
-        tester.trigger(text("Export graph"));
+        tester.trigger("Export graph");
         QCOMPARE(tester.answers.unexpected(), QStringList());
         QCOMPARE(tester.answers.messages(),
-                 QStringList(text("Graphs export|Graph successfully exported")));
-        QVERIFY(!QFile::exists(tester.path(text("nowhere"))));
+                 QStringList("Graphs export|Graph successfully exported"));
+        QVERIFY(!QFile::exists(tester.path("nowhere")));
     }
 
     void exportPageDoublesTheMarginOfTheLowerGraph()
@@ -934,17 +928,16 @@ private Q_SLOTS:
         auto *tabs = qobject_cast<QTabWidget *>(tester.subWindows().first()->widget());
         const QImage before = tabs->widget(0)->grab().toImage();
         const QImage plotBefore = tabs->widget(1)->grab().toImage();
-        tester.answers.expectFile(tester.path(text("page.svg")));
+        tester.answers.expectFile(tester.path("page.svg"));
         tester.answers.expectMessage();
-        tester.trigger(text("Export graph"));
+        tester.trigger("Export graph");
         QCOMPARE(tabs->widget(0)->grab().toImage(), before);
         QCOMPARE(tabs->widget(1)->grab().toImage(), plotBefore);
-        const QByteArray file = tester.readFile(text("page.svg"));
+        const QByteArray file = tester.readFile("page.svg");
         QDomDocument page;
         QVERIFY(page.setContent(file));
         for (const QString &value : attributeValues(page.documentElement())) {
-            QVERIFY2(!value.contains(text("nan")) && !value.contains(text("inf")),
-                     qPrintable(value));
+            QVERIFY2(!value.contains("nan") && !value.contains("inf"), qPrintable(value));
         }
     }
 
@@ -961,7 +954,7 @@ private Q_SLOTS:
             QTRY_VERIFY(counter.count > 0);
             QCoreApplication::processEvents();
             counter.count = 0;
-            exportGraphs(*tabs, tester.path(text("page.svg")));
+            exportGraphs(*tabs, tester.path("page.svg"));
             QTRY_COMPARE(counter.count, 1);
         }
     }

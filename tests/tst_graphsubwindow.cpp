@@ -16,21 +16,21 @@ using Operation = RecordingPaintDevice::Operation;
 constexpr double inf = std::numeric_limits<double>::infinity();
 
 const QStringList paletteNames =
-    QStringLiteral(
+    QString(
         "#000000 #00FF00 #0000FF #FF0000 #01FFFE #FFA6FE #FFDB66 #006401 #010067 #95003A #007DB5 "
         "#FF00F6 #E85EBE #774D00 #90FB92 #0076FF #D5FF00 #FF937E #6A826C #FF029D #FE8900 #7A4782 "
         "#7E2DD2 #85A900 #FF0056 #A42400 #00AE7E #683D3B #BDC6FF #263400 #BDD393 #00B917 #9E008E "
         "#001544 #C28C9F #FF74A3 #01D0FF #004754 #E56FFE #788231 #0E4CA1 #91D0CB #BE9970 #968AE8 "
         "#BB8800 #43002C #DEFF74 #00FFC6 #FFE502 #620E00 #008F9C #98FF52 #7544B1 #B500FF #00FF78 "
         "#FF6E41 #005F39 #6B6882 #5FAD4E #A75740 #A5FFD2 #FFB167 #009BFF")
-        .split(QLatin1Char(' '));
+        .split(' ');
 
 QVector<PatientRecord> group(const QVector<QVector<double>> &series)
 {
     QVector<PatientRecord> patients;
     for (const QVector<double> &values : series) {
-        patients.append({QStringLiteral("patient %1").arg(patients.size()), values,
-                         PatientRecord::noIdealKvadrant});
+        patients.append(
+            {QString("patient %1").arg(patients.size()), values, PatientRecord::noIdealKvadrant});
     }
     return patients;
 }
@@ -62,7 +62,7 @@ QImage imageLike(const QWidget &widget)
 
 QString line(const char *format, double x, double y, const QString &text)
 {
-    return QString::fromLatin1(format).arg(x).arg(y) + text;
+    return QString(format).arg(x).arg(y) + text;
 }
 
 } // namespace
@@ -86,8 +86,8 @@ private Q_SLOTS:
 
     void windowHasNameAndSmallestSize()
     {
-        const GraphSubWindow window(QStringLiteral("Graph <1>"), group({{10}}));
-        QCOMPARE(window.windowTitle(), QStringLiteral("Graph <1>"));
+        const GraphSubWindow window("Graph <1>", group({{10}}));
+        QCOMPARE(window.windowTitle(), "Graph <1>");
         QCOMPARE(window.minimumSize(), QSize(700, 400));
         QCOMPARE(window.parent(), nullptr);
     }
@@ -98,16 +98,16 @@ private Q_SLOTS:
         RecordingPaintDevice device;
         draw(&device, window);
 
-        const int second = 20 + 25 + legendWidth(QStringLiteral("patient 0")) + 15;
+        const int second = 20 + 25 + legendWidth("patient 0") + 15;
         const QString expected =
-            QStringLiteral("path; path; path; text 57 301: 1; text 182 301: 2; text 307 301: 3; "
-                           "text 675 290: x; text 432 301: 4; text 557 301: 5; text 35 242: 10; "
-                           "text 35 192: 20; text 35 142: 30; text 35 92: 40; text 35 42: 50; "
-                           "text 10 25: mmol/mol; rectangle 20 310 20 20; text 45 325: patient 0; "
-                           "rectangle %1 310 20 20; text %2 325: patient 1")
+            QString("path; path; path; text 57 301: 1; text 182 301: 2; text 307 301: 3; "
+                    "text 675 290: x; text 432 301: 4; text 557 301: 5; text 35 242: 10; "
+                    "text 35 192: 20; text 35 142: 30; text 35 92: 40; text 35 42: 50; "
+                    "text 10 25: mmol/mol; rectangle 20 310 20 20; text 45 325: patient 0; "
+                    "rectangle %1 310 20 20; text %2 325: patient 1")
                 .arg(second)
                 .arg(second + 25);
-        QCOMPARE(device.summaries(), expected.split(QStringLiteral("; ")));
+        QCOMPARE(device.summaries(), expected.split("; "));
     }
 
     void pathsAreAxesThenPatients()
@@ -116,13 +116,12 @@ private Q_SLOTS:
         RecordingPaintDevice device;
         draw(&device, window);
         QCOMPARE(pathPoints(device.operations().at(0).path),
-                 QStringLiteral("50,280 675,280; 60,290 60,15; 50,230 675,230; 50,180 675,180; "
-                                "50,130 675,130; 50,80 675,80; 50,30 675,30; 185,280 185,290; "
-                                "310,280 310,290; 435,280 435,290; 560,280 560,290"));
-        QCOMPARE(pathPoints(device.operations().at(1).path),
-                 QStringLiteral("60,27.5 185,80 310,230"));
+                 "50,280 675,280; 60,290 60,15; 50,230 675,230; 50,180 675,180; "
+                 "50,130 675,130; 50,80 675,80; 50,30 675,30; 185,280 185,290; "
+                 "310,280 310,290; 435,280 435,290; 560,280 560,290");
+        QCOMPARE(pathPoints(device.operations().at(1).path), "60,27.5 185,80 310,230");
         QCOMPARE(pathPoints(device.operations().at(2).path),
-                 QStringLiteral("60,280 185,230 310,180 435,130 560,80"));
+                 "60,280 185,230 310,180 435,130 560,80");
     }
 
     void pensOfAxesLinesAndTexts()
@@ -176,7 +175,7 @@ private Q_SLOTS:
     void legendFlowsOverSeveralLines()
     {
         QVector<PatientRecord> patients = group(QVector<QVector<double>>(23, {10}));
-        patients[5].id = QString(200, QLatin1Char('w'));
+        patients[5].id = QString(200, 'w');
         const GraphSubWindow window(QString(), patients);
         RecordingPaintDevice device;
         draw(&device, window);
@@ -203,9 +202,9 @@ private Q_SLOTS:
         const GraphSubWindow window(QString(), group({{10, 20}, {10, 20, 30}}));
         RecordingPaintDevice device;
         draw(&device, window, 1200, 800);
-        QCOMPARE(device.summaries().count(QStringLiteral("text 1175 690: x")), 1);
-        QCOMPARE(device.summaries().indexOf(QStringLiteral("text 1175 690: x")),
-                 device.summaries().indexOf(QStringLiteral("text 432 701: 2")) + 1);
+        QCOMPARE(device.summaries().count("text 1175 690: x"), 1);
+        QCOMPARE(device.summaries().indexOf("text 1175 690: x"),
+                 device.summaries().indexOf("text 432 701: 2") + 1);
     }
 
     void noLetterWhenTheFirstPatientHasNoValues()
@@ -217,7 +216,7 @@ private Q_SLOTS:
         QCOMPARE(device.operations(Operation::Path).at(1).path.elementCount(), 0);
         QCOMPARE(device.operations(Operation::Path).at(2).pen.color(), QColor(0, 255, 0));
         for (const Operation &text : device.operations(Operation::Text)) {
-            QVERIFY(text.text != QLatin1String("x"));
+            QVERIFY(text.text != "x");
         }
     }
 
@@ -232,8 +231,7 @@ private Q_SLOTS:
         draw(&after, window);
         QCOMPARE(after.summaries(), before.summaries());
         QCOMPARE(after.operations().at(1).path, before.operations().at(1).path);
-        QCOMPARE(pathPoints(page.operations().at(1).path),
-                 QStringLiteral("60,27.39 160,82.2 260,238.8"));
+        QCOMPARE(pathPoints(page.operations().at(1).path), "60,27.39 160,82.2 260,238.8");
     }
 
     void keepsItsPatients()
@@ -242,7 +240,7 @@ private Q_SLOTS:
         const GraphSubWindow window(QString(), patients);
         RecordingPaintDevice before;
         draw(&before, window);
-        patients[0] = {QStringLiteral("other"), {90, 80, 70}, 1};
+        patients[0] = {"other", {90, 80, 70}, 1};
         RecordingPaintDevice after;
         draw(&after, window);
         QCOMPARE(after.summaries(), before.summaries());
@@ -287,12 +285,11 @@ private Q_SLOTS:
         QTest::newRow("one value") << group({{42}}) << "50";
         QTest::newRow("not numbers") << group({{qQNaN(), inf, -inf, 1e300, -1e300}}) << "mmol/mol";
         QTest::newRow("very large") << group({{123456789012.0, 5}}) << "mmol/mol";
-        const QString controls = QStringLiteral("\x01\x0B\x1F") + QChar(0xD800) + QChar(0xFFFE);
-        QTest::newRow("control characters")
-            << QVector<PatientRecord>{{controls + QStringLiteral("end"), {10}, -1}}
-            << QString(5, QChar::ReplacementCharacter) + QStringLiteral("end");
-        QTest::newRow("markup")
-            << QVector<PatientRecord>{{QStringLiteral("</text><&\"'"), {10}, -1}} << "</text><&\"'";
+        const QString controls = QString("\x01\x0B\x1F") + QChar(0xD800) + QChar(0xFFFE);
+        QTest::newRow("control characters") << QVector<PatientRecord>{{controls + "end", {10}, -1}}
+                                            << QString(5, QChar::ReplacementCharacter) + "end";
+        QTest::newRow("markup") << QVector<PatientRecord>{{"</text><&\"'", {10}, -1}}
+                                << "</text><&\"'";
     }
 
     void svgIsWellFormed()

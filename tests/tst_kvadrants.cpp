@@ -3,7 +3,7 @@
 #include <QtTest>
 
 #include "kvadrants.h"
-#include "numbers.h"
+#include "support/numbers.h"
 
 using Numbers::infinity;
 using Numbers::notANumber;

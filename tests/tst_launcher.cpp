@@ -8,11 +8,6 @@
 namespace
 {
 
-QString text(const char *latin1)
-{
-    return QString::fromLatin1(latin1);
-}
-
 void writeFile(const QString &path, const QByteArray &content, bool executable = false)
 {
     QFile file(path);
@@ -31,24 +26,24 @@ class Installation
 public:
     Installation()
     {
-        copyLauncher(text("bin/glymark"));
-        writeFile(path(text("libexec/glymark/glymark")),
+        copyLauncher("bin/glymark");
+        writeFile(path("libexec/glymark/glymark"),
                   "#!/bin/sh\npwd\nfor argument; do printf '%s\\n' \"$argument\"; done\n", true);
         writeFile(catalogue(), "Czech texts");
-        environment.insert(text("PATH"), text("/usr/bin:/bin"));
-        environment.insert(text("HOME"), path(text("my home")));
+        environment.insert("PATH", "/usr/bin:/bin");
+        environment.insert("HOME", path("my home"));
     }
 
     QString path(const QString &name) const
     {
-        return QDir(m_folder.path()).canonicalPath() + text("/a prefix/") + name;
+        return QDir(m_folder.path()).canonicalPath() + "/a prefix/" + name;
     }
-    QString catalogue() const { return path(text("share/glymark/translations/czech_cs.qm")); }
-    QString userFolder() const { return path(text("my home/.local/share/glymark")); }
-    QString link() const { return userFolder() + text("/czech_cs.qm"); }
+    QString catalogue() const { return path("share/glymark/translations/czech_cs.qm"); }
+    QString userFolder() const { return path("my home/.local/share/glymark"); }
+    QString link() const { return userFolder() + "/czech_cs.qm"; }
     void copyLauncher(const QString &name) const
     {
-        QFile launcher(QStringLiteral(LAUNCHER));
+        QFile launcher(LAUNCHER);
         if (!launcher.open(QFile::ReadOnly)) {
             qFatal("there is no launcher");
         }
@@ -58,7 +53,7 @@ public:
     /// Lines that the program printed; the launcher's exit code and errors stay here.
     QStringList start(const char *locale = "C.UTF-8", const QStringList &arguments = QStringList())
     {
-        environment.insert(text("LANG"), text(locale));
+        environment.insert("LANG", locale);
         QProcess launcher;
         launcher.setProcessEnvironment(environment);
         launcher.setWorkingDirectory(m_folder.path());
@@ -69,11 +64,11 @@ public:
         exitCode = launcher.exitCode();
         errors = QString::fromLocal8Bit(launcher.readAllStandardError());
         return QString::fromLocal8Bit(launcher.readAllStandardOutput())
-            .split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+            .split('\n', Qt::SkipEmptyParts);
     }
 
     QProcessEnvironment environment;
-    QString program = QStringLiteral("bin/glymark");
+    QString program = "bin/glymark";
     int exitCode = -1;
     QString errors;
 
@@ -109,44 +104,43 @@ private Q_SLOTS:
     void laterStartKeepsWhatIsInTheFolder()
     {
         Installation installation;
-        writeFile(installation.userFolder() + text("/config.ini"), "[Variable]\nSkip = 7\n");
+        writeFile(installation.userFolder() + "/config.ini", "[Variable]\nSkip = 7\n");
         QCOMPARE(installation.start(), QStringList(installation.userFolder()));
-        QCOMPARE(contentOf(installation.userFolder() + text("/config.ini")),
+        QCOMPARE(contentOf(installation.userFolder() + "/config.ini"),
                  QByteArray("[Variable]\nSkip = 7\n"));
     }
 
     void dataHomeIsFollowed()
     {
         Installation installation;
-        const QString data = installation.path(text("data of mine"));
-        installation.environment.insert(text("XDG_DATA_HOME"), data);
-        QCOMPARE(installation.start("cs_CZ.UTF-8"), QStringList(data + text("/glymark")));
-        QCOMPARE(QFile::symLinkTarget(data + text("/glymark/czech_cs.qm")),
-                 installation.catalogue());
-        QVERIFY(!QFile::exists(installation.path(text("my home"))));
+        const QString data = installation.path("data of mine");
+        installation.environment.insert("XDG_DATA_HOME", data);
+        QCOMPARE(installation.start("cs_CZ.UTF-8"), QStringList(data + "/glymark"));
+        QCOMPARE(QFile::symLinkTarget(data + "/glymark/czech_cs.qm"), installation.catalogue());
+        QVERIFY(!QFile::exists(installation.path("my home")));
     }
 
     void relativeDataHomeIsIgnored()
     {
         Installation installation;
-        installation.environment.insert(text("XDG_DATA_HOME"), text("data"));
+        installation.environment.insert("XDG_DATA_HOME", "data");
         QCOMPARE(installation.start(), QStringList(installation.userFolder()));
     }
 
     void argumentsArePassedOn()
     {
         Installation installation;
-        QCOMPARE(installation.start("C", {text("-platform"), text("two words")}),
-                 QStringList({installation.userFolder(), text("-platform"), text("two words")}));
+        QCOMPARE(installation.start("C", {"-platform", "two words"}),
+                 QStringList({installation.userFolder(), "-platform", "two words"}));
     }
 
     void startsThroughALink()
     {
         Installation installation;
-        const QString link = installation.path(text("elsewhere/start"));
+        const QString link = installation.path("elsewhere/start");
         QVERIFY(QDir().mkpath(QFileInfo(link).path()));
-        QVERIFY(QFile::link(installation.path(text("bin/glymark")), link));
-        installation.program = text("elsewhere/start");
+        QVERIFY(QFile::link(installation.path("bin/glymark"), link));
+        installation.program = "elsewhere/start";
         QCOMPARE(installation.start("cs"), QStringList(installation.userFolder()));
         QCOMPARE(QFile::symLinkTarget(installation.link()), installation.catalogue());
     }
@@ -164,12 +158,14 @@ private Q_SLOTS:
         QTest::newRow("English") << unset << unset << QByteArray("en_GB.UTF-8") << false;
         QTest::newRow("Kashubian") << unset << unset << QByteArray("csb_PL.UTF-8") << false;
         QTest::newRow("nothing set") << unset << unset << QByteArray() << false;
-        QTest::newRow("messages") << unset << text("cs_CZ") << QByteArray("de_DE") << true;
-        QTest::newRow("other messages") << unset << text("de_DE") << QByteArray("cs_CZ") << false;
-        QTest::newRow("all") << text("cs_CZ") << text("de_DE") << QByteArray("de_DE") << true;
-        QTest::newRow("other for all")
-            << text("C") << text("cs_CZ") << QByteArray("cs_CZ") << false;
-        QTest::newRow("empty") << text("") << text("") << QByteArray("cs_CZ") << true;
+        QTest::newRow("messages") << unset << "cs_CZ" << QByteArray("de_DE") << true;
+        QTest::newRow("other messages") << unset << "de_DE" << QByteArray("cs_CZ") << false;
+        QTest::newRow("all") << "cs_CZ"
+                             << "de_DE" << QByteArray("de_DE") << true;
+        QTest::newRow("other for all") << "C"
+                                       << "cs_CZ" << QByteArray("cs_CZ") << false;
+        QTest::newRow("empty") << ""
+                               << "" << QByteArray("cs_CZ") << true;
     }
 
     void localeDecidesOnTheLink()
@@ -180,10 +176,10 @@ private Q_SLOTS:
         QFETCH(const bool, czech);
         Installation installation;
         if (!all.isNull()) {
-            installation.environment.insert(text("LC_ALL"), all);
+            installation.environment.insert("LC_ALL", all);
         }
         if (!messages.isNull()) {
-            installation.environment.insert(text("LC_MESSAGES"), messages);
+            installation.environment.insert("LC_MESSAGES", messages);
         }
         QCOMPARE(installation.start(language.constData()), QStringList(installation.userFolder()));
         QCOMPARE(QFileInfo(installation.link()).isSymLink(), czech);
@@ -206,7 +202,7 @@ private Q_SLOTS:
     {
         Installation installation;
         QVERIFY(QDir().mkpath(installation.userFolder()));
-        QVERIFY(QFile::link(installation.path(text("gone/glymark/translations/czech_cs.qm")),
+        QVERIFY(QFile::link(installation.path("gone/glymark/translations/czech_cs.qm"),
                             installation.link()));
         installation.start("cs_CZ.UTF-8");
         QCOMPARE(QFile::symLinkTarget(installation.link()), installation.catalogue());
@@ -227,8 +223,7 @@ private Q_SLOTS:
         QFETCH(const QByteArray, locale);
         QFETCH(const bool, isLink);
         Installation installation;
-        const QString own =
-            isLink ? installation.path(text("my home/texts.qm")) : installation.link();
+        const QString own = isLink ? installation.path("my home/texts.qm") : installation.link();
         writeFile(own, "texts of mine");
         if (isLink) {
             QVERIFY(QDir().mkpath(installation.userFolder()));
@@ -251,10 +246,10 @@ private Q_SLOTS:
     void folderThatCannotBeMadeIsReported()
     {
         Installation installation;
-        writeFile(installation.path(text("my home/.local")), "no folder");
+        writeFile(installation.path("my home/.local"), "no folder");
         QCOMPARE(installation.start(), QStringList());
         QCOMPARE(installation.exitCode, 1);
-        QVERIFY2(installation.errors.contains(text("glymark: cannot make the folder")),
+        QVERIFY2(installation.errors.contains("glymark: cannot make the folder"),
                  qPrintable(installation.errors));
     }
 };

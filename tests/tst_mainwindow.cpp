@@ -18,16 +18,11 @@
 namespace
 {
 
-QString text(const char *latin1)
-{
-    return QString::fromLatin1(latin1);
-}
-
 QStringList texts(std::initializer_list<const char *> list)
 {
     QStringList all;
     for (const char *entry : list) {
-        all << text(entry);
+        all << entry;
     }
     return all;
 }
@@ -36,16 +31,16 @@ void saveThreePatients(const MainWindowTester &tester, const QString &name)
 {
     // Median differences -2, 0 and 5; standard deviations 2, 0 and 5.
     TestWorkbooks::save(tester.path(name),
-                        {{text("falling"), 52.0, 50.0, 48.0, 52.0 - 5.0},
-                         {text("level"), 60.0, 60.0, 60.0, 60.0, 60.0},
-                         {text("rising"), 40.0, 45.0, 50.0, 55.0, 60.0, 66.0}});
+                        {{"falling", 52.0, 50.0, 48.0, 52.0 - 5.0},
+                         {"level", 60.0, 60.0, 60.0, 60.0, 60.0},
+                         {"rising", 40.0, 45.0, 50.0, 55.0, 60.0, 66.0}});
 }
 
 QString rowsMessage(const QString &rows, const QString &file)
 {
-    return text("Open file|Every patient needs at least two values. Nothing was opened. These rows "
-                "have fewer:\n")
-        + rows + text("\n\n") + file;
+    return "Open file|Every patient needs at least two values. Nothing was opened. These rows "
+           "have fewer:\n"
+        + rows + "\n\n" + file;
 }
 
 /// " top" and the like for what is set, of the alignments that the window uses.
@@ -53,22 +48,22 @@ QString alignmentText(Qt::Alignment alignment)
 {
     QString shown;
     if (alignment & Qt::AlignTop) {
-        shown += text(" top");
+        shown += " top";
     }
     if (alignment & Qt::AlignLeft) {
-        shown += text(" left");
+        shown += " left";
     }
     alignment &= ~(Qt::AlignTop | Qt::AlignLeft);
-    return alignment ? shown + text(" and more") : shown;
+    return alignment ? shown + " and more" : shown;
 }
 
 QString widgetText(const QWidget &widget)
 {
     const auto *label = qobject_cast<const QLabel *>(&widget);
     const auto *button = qobject_cast<const QPushButton *>(&widget);
-    return label ? text("\"") + label->text() + text("\"")
-        : button ? text("[") + button->text() + text("]")
-                 : text(widget.metaObject()->className()) + QLatin1Char(' ') + widget.objectName();
+    return label ? "\"" + label->text() + "\""
+        : button ? "[" + button->text() + "]"
+                 : QString(widget.metaObject()->className()) + ' ' + widget.objectName();
 }
 
 /// One line for each layout and widget below \p layout, in order, four dots a level: the kind of a
@@ -76,9 +71,9 @@ QString widgetText(const QWidget &widget)
 /// and its name; then the alignment.
 QStringList treeOf(const QLayout &layout, const QString &indent = QString())
 {
-    QStringList lines = {indent + text(layout.metaObject()->className())
+    QStringList lines = {indent + layout.metaObject()->className()
                          + alignmentText(layout.alignment())};
-    const QString inner = indent + text("....");
+    const QString inner = indent + "....";
     for (int i = 0; i < layout.count(); ++i) {
         QLayoutItem *item = layout.itemAt(i);
         if (const QLayout *nested = item->layout()) {
@@ -86,10 +81,10 @@ QStringList treeOf(const QLayout &layout, const QString &indent = QString())
         } else if (const QWidget *widget = item->widget()) {
             lines << inner + widgetText(*widget).trimmed() + alignmentText(item->alignment());
             if (widget->layout()) {
-                lines << treeOf(*widget->layout(), inner + text("...."));
+                lines << treeOf(*widget->layout(), inner + "....");
             }
         } else {
-            lines << inner + text("space");
+            lines << inner + "space";
         }
     }
     return lines;
@@ -108,10 +103,10 @@ private Q_SLOTS:
         bool anyVisible = false;
         tester.answers.expect<QMessageBox>([&anyVisible](QMessageBox &box) {
             anyVisible = box.parentWidget()->isVisible();
-            QCOMPARE(box.windowTitle(), text("Wrong Config"));
+            QCOMPARE(box.windowTitle(), "Wrong Config");
             QCOMPARE(box.text(),
-                     text("Config file doesn't exist or has invalid format. Default config will be "
-                          "created"));
+                     "Config file doesn't exist or has invalid format. Default config will be "
+                     "created");
             QCOMPARE(box.standardButtons(), QMessageBox::StandardButtons(QMessageBox::Ok));
             QVERIFY(qobject_cast<MainWindow *>(box.parentWidget()) != nullptr);
             box.button(QMessageBox::Ok)->click();
@@ -119,10 +114,10 @@ private Q_SLOTS:
         tester.start();
         QCOMPARE(tester.answers.unexpected(), QStringList());
         QVERIFY(!anyVisible);
-        QCOMPARE(tester.readFile(text("config.ini")), MainWindowTester::defaultConfig);
+        QCOMPARE(tester.readFile("config.ini"), MainWindowTester::defaultConfig);
         const QStringList labels = tester.labelTexts();
         for (const char *value : {"Median difference", "Standard deviation", "Median", "3"}) {
-            QCOMPARE(labels.count(text(value)), 1);
+            QCOMPARE(labels.count(value), 1);
         }
     }
 
@@ -131,8 +126,8 @@ private Q_SLOTS:
         MainWindowTester tester;
         tester.start();
         QCOMPARE(tester.answers.unexpected(), QStringList());
-        QCOMPARE(tester.window->windowTitle(), text("Glymark"));
-        QCOMPARE(tester.readFile(text("config.ini")), MainWindowTester::defaultConfig);
+        QCOMPARE(tester.window->windowTitle(), "Glymark");
+        QCOMPARE(tester.readFile("config.ini"), MainWindowTester::defaultConfig);
     }
 
     void valueLabelsFollowTheSettings_data()
@@ -169,7 +164,7 @@ private Q_SLOTS:
         QStringList shown;
         for (const char *caption : {"Convergence:", "Variability:", "Center method:", "Offset:"}) {
             // Caption and value stand side by side in one row.
-            shown << labels.at(labels.indexOf(text(caption)) + 1);
+            shown << labels.at(labels.indexOf(caption) + 1);
         }
         QCOMPARE(shown, values);
     }
@@ -200,13 +195,12 @@ private Q_SLOTS:
         tester.start();
         const QList<QAction *> menus = tester.window->menuBar()->actions();
         QCOMPARE(menus.size(), 1);
-        QCOMPARE(menus.first()->text(), text("File"));
+        QCOMPARE(menus.first()->text(), "File");
 
         QStringList shown;
         for (const QAction *action : menus.first()->menu()->actions()) {
-            shown << action->text() + QLatin1Char(' ')
-                    + QKeySequence::listToString(action->shortcuts())
-                    + text(action->isEnabled() ? "" : " disabled");
+            shown << action->text() + ' ' + QKeySequence::listToString(action->shortcuts())
+                    + QString(action->isEnabled() ? "" : " disabled");
             QCOMPARE(action->parent(), tester.window.get());
             QVERIFY(!action->isSeparator());
         }
@@ -220,10 +214,10 @@ private Q_SLOTS:
     {
         MainWindowTester tester;
         tester.start();
-        QCOMPARE(tester.action(text("Open File"))->statusTip(), text("Open xlsx file with data"));
-        QCOMPARE(tester.action(text("Export graph"))->statusTip(),
-                 text("Export currently selected graph to svg"));
-        QCOMPARE(tester.action(text("Save file"))->statusTip(), QString());
+        QCOMPARE(tester.action("Open File")->statusTip(), "Open xlsx file with data");
+        QCOMPARE(tester.action("Export graph")->statusTip(),
+                 "Export currently selected graph to svg");
+        QCOMPARE(tester.action("Save file")->statusTip(), QString());
         QVERIFY(tester.window->findChild<QStatusBar *>() == nullptr);
     }
 
@@ -304,8 +298,7 @@ private Q_SLOTS:
             "................[Show graph]",
             "................[Reset selection]",
         });
-        QCOMPARE(treeOf(*tester.window->centralWidget()->layout()).join(QLatin1Char('\n')),
-                 tree.join(QLatin1Char('\n')));
+        QCOMPARE(treeOf(*tester.window->centralWidget()->layout()).join('\n'), tree.join('\n'));
     }
 
     void tablesAreSetUp()
@@ -318,8 +311,8 @@ private Q_SLOTS:
         QCOMPARE(table->contextMenuPolicy(), Qt::CustomContextMenu);
         QCOMPARE(tester.scoreTable()->selectionBehavior(), QAbstractItemView::SelectItems);
 
-        saveThreePatients(tester, text("three.xlsx"));
-        tester.open(text("three.xlsx"));
+        saveThreePatients(tester, "three.xlsx");
+        tester.open("three.xlsx");
         for (int column = 0; column < 2; ++column) {
             QCOMPARE(table->horizontalHeader()->sectionResizeMode(column), QHeaderView::Stretch);
         }
@@ -331,40 +324,40 @@ private Q_SLOTS:
         tester.start();
         QVERIFY(tester.patientTable()->model() == nullptr);
         QVERIFY(tester.scoreTable()->model() == nullptr);
-        QVERIFY(!tester.button(text("Show graph"))->isEnabled());
-        QVERIFY(!tester.button(text("Reset selection"))->isEnabled());
-        QVERIFY(tester.action(text("Save file"))->isEnabled());
+        QVERIFY(!tester.button("Show graph")->isEnabled());
+        QVERIFY(!tester.button("Reset selection")->isEnabled());
+        QVERIFY(tester.action("Save file")->isEnabled());
     }
 
     void openFillsBothTables()
     {
         MainWindowTester tester;
         tester.start();
-        saveThreePatients(tester, text("three.xlsx"));
-        tester.open(text("three.xlsx"));
+        saveThreePatients(tester, "three.xlsx");
+        tester.open("three.xlsx");
         QCOMPARE(tester.answers.unexpected(), QStringList());
 
         QCOMPARE(MainWindowTester::tableTexts(*tester.patientTable()),
                  texts({"falling B/W", "level W/B", "rising W/W"}));
         // By hand; the steps left over by the offset of 3 are none (4 values), 0, and -5 and -6.
         const QStringList scores = MainWindowTester::tableTexts(*tester.scoreTable());
-        QCOMPARE(scores.at(0), text("-2 0 5"));
-        QCOMPARE(scores.at(1).section(QLatin1Char(' '), 0, 0), text("-1.7"));
-        QCOMPARE(scores.at(3), text("1.92029 0 8.78762"));
-        QCOMPARE(scores.at(4), text("nan 0 0.5"));
-        QCOMPARE(scores.at(5), text("4.5 0 15"));
+        QCOMPARE(scores.at(0), "-2 0 5");
+        QCOMPARE(scores.at(1).section(' ', 0, 0), "-1.7");
+        QCOMPARE(scores.at(3), "1.92029 0 8.78762");
+        QCOMPARE(scores.at(4), "nan 0 0.5");
+        QCOMPARE(scores.at(5), "4.5 0 15");
         const QAbstractItemModel *model = tester.scoreTable()->model();
         const auto color = [model](int column) {
             return model->index(0, column).data(Qt::BackgroundRole).value<QColor>().name();
         };
-        QCOMPARE(color(0), text("#aad083"));
-        QCOMPARE(color(1), text("#647b98"));
-        QCOMPARE(color(2), text("#e79292"));
+        QCOMPARE(color(0), "#aad083");
+        QCOMPARE(color(1), "#647b98");
+        QCOMPARE(color(2), "#e79292");
 
-        QVERIFY(tester.button(text("Show graph"))->isEnabled());
-        QVERIFY(tester.button(text("Reset selection"))->isEnabled());
-        QVERIFY(tester.action(text("Close file"))->isEnabled());
-        QCOMPARE(tester.window->windowTitle(), text("Glymark"));
+        QVERIFY(tester.button("Show graph")->isEnabled());
+        QVERIFY(tester.button("Reset selection")->isEnabled());
+        QVERIFY(tester.action("Close file")->isEnabled());
+        QCOMPARE(tester.window->windowTitle(), "Glymark");
         for (const PatientRecord &patient : tester.patientsModel()->patients) {
             QCOMPARE(patient.idealKvadrant, -1);
         }
@@ -375,9 +368,9 @@ private Q_SLOTS:
         MainWindowTester tester;
         tester.start();
         QVERIFY(QTest::qWaitForWindowActive(tester.window.get()));
-        saveThreePatients(tester, text("three.xlsx"));
+        saveThreePatients(tester, "three.xlsx");
         tester.answers.expect<QFileDialog>([](QFileDialog &dialog) {
-            QCOMPARE(dialog.windowTitle(), text("Open file"));
+            QCOMPARE(dialog.windowTitle(), "Open file");
             QCOMPARE(dialog.nameFilters(), texts({"Xlsx document (*.xlsx)"}));
             dialog.reject();
         });
@@ -390,16 +383,16 @@ private Q_SLOTS:
         MainWindowTester tester;
         tester.start();
         tester.answers.expectAndCancel();
-        tester.trigger(text("Open File"));
+        tester.trigger("Open File");
         QVERIFY(tester.patientsModel() == nullptr);
-        QVERIFY(!tester.action(text("Close file"))->isEnabled());
+        QVERIFY(!tester.action("Close file")->isEnabled());
 
-        saveThreePatients(tester, text("three.xlsx"));
-        tester.open(text("three.xlsx"));
+        saveThreePatients(tester, "three.xlsx");
+        tester.open("three.xlsx");
         tester.patientTable()->selectRow(1);
         const CPatientsModel *model = tester.patientsModel();
         tester.answers.expectAndCancel();
-        tester.trigger(text("Open File"));
+        tester.trigger("Open File");
         QCOMPARE(tester.patientsModel(), model);
         QCOMPARE(tester.patientTable()->selectionModel()->selectedRows().size(), 1);
         QCOMPARE(tester.answers.unexpected(), QStringList());
@@ -409,9 +402,9 @@ private Q_SLOTS:
     {
         MainWindowTester tester;
         tester.start();
-        saveThreePatients(tester, text("three.xlsx"));
-        TestWorkbooks::save(tester.path(text("one.xlsx")), {{text("only"), 40.0, 50.0}});
-        tester.open(text("three.xlsx"));
+        saveThreePatients(tester, "three.xlsx");
+        TestWorkbooks::save(tester.path("one.xlsx"), {{"only", 40.0, 50.0}});
+        tester.open("three.xlsx");
         tester.patientsModel()->patients[0].idealKvadrant = 3;
         tester.patientTable()->selectRow(0);
         auto *subWindow = tester.window->findChild<QMdiArea *>()->addSubWindow(new QWidget);
@@ -419,7 +412,7 @@ private Q_SLOTS:
 
         QSignalSpy patientsGone(tester.patientsModel(), &QObject::destroyed);
         QSignalSpy scoresGone(tester.scoreModel(), &QObject::destroyed);
-        tester.open(text("one.xlsx"));
+        tester.open("one.xlsx");
         QCOMPARE(patientsGone.size(), 1);
         QCOMPARE(scoresGone.size(), 1);
         // One patient is on every center.
@@ -428,7 +421,7 @@ private Q_SLOTS:
         QVERIFY(!tester.patientTable()->selectionModel()->hasSelection());
         QVERIFY(subWindow->isVisible());
 
-        tester.trigger(text("Close file"));
+        tester.trigger("Close file");
         QVERIFY(!subWindow->isVisible());
         QCOMPARE(tester.answers.unexpected(), QStringList());
     }
@@ -437,29 +430,29 @@ private Q_SLOTS:
     {
         MainWindowTester tester;
         tester.start();
-        saveThreePatients(tester, text("three.xlsx"));
-        tester.open(text("three.xlsx"));
+        saveThreePatients(tester, "three.xlsx");
+        tester.open("three.xlsx");
         const QStringList labels = tester.labelTexts();
         tester.patientsModel()->patients[1].idealKvadrant = 2;
         const auto &patients = tester.patientsModel()->patients;
         const auto &scores = tester.patientsModel()->scores;
-        tester.trigger(text("Close file"));
+        tester.trigger("Close file");
         QCOMPARE(patients.size(), 0);
         QCOMPARE(scores.size(), 0);
         QVERIFY(tester.patientsModel() == nullptr);
         QVERIFY(tester.scoreModel() == nullptr);
-        QVERIFY(!tester.action(text("Close file"))->isEnabled());
-        QVERIFY(!tester.button(text("Show graph"))->isEnabled());
-        QVERIFY(!tester.button(text("Reset selection"))->isEnabled());
+        QVERIFY(!tester.action("Close file")->isEnabled());
+        QVERIFY(!tester.button("Show graph")->isEnabled());
+        QVERIFY(!tester.button("Reset selection")->isEnabled());
         QCOMPARE(tester.labelTexts(), labels);
 
-        tester.open(text("three.xlsx"));
+        tester.open("three.xlsx");
         QCOMPARE(MainWindowTester::tableTexts(*tester.patientTable()),
                  texts({"falling B/W", "level W/B", "rising W/W"}));
         for (const PatientRecord &patient : tester.patientsModel()->patients) {
             QCOMPARE(patient.idealKvadrant, -1);
         }
-        QVERIFY(tester.action(text("Close file"))->isEnabled());
+        QVERIFY(tester.action("Close file")->isEnabled());
     }
 
     void closeShortcutNeedsAFile()
@@ -467,11 +460,11 @@ private Q_SLOTS:
         MainWindowTester tester;
         tester.start();
         QVERIFY(QTest::qWaitForWindowActive(tester.window.get()));
-        QSignalSpy closed(tester.action(text("Close file")), &QAction::triggered);
+        QSignalSpy closed(tester.action("Close file"), &QAction::triggered);
         QTest::keyClick(tester.window.get(), Qt::Key_H, Qt::ControlModifier);
         QCOMPARE(closed.size(), 0);
-        saveThreePatients(tester, text("three.xlsx"));
-        tester.open(text("three.xlsx"));
+        saveThreePatients(tester, "three.xlsx");
+        tester.open("three.xlsx");
         tester.window->activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(tester.window.get()));
         QTest::keyClick(tester.window.get(), Qt::Key_H, Qt::ControlModifier);
@@ -485,16 +478,16 @@ private Q_SLOTS:
         QTest::addColumn<QString>("message");
 
         QTest::newRow("no patient row")
-            << QVector<TestWorkbooks::Row>{{text("  ")}, {text("late"), 40.0, 50.0}}
-            << text("Open file|This workbook has no patients: column 1 of row 2 is empty. Nothing "
-                    "was "
-                    "opened.\n\nbad.xlsx");
+            << QVector<TestWorkbooks::Row>{{"  "}, {"late", 40.0, 50.0}}
+            << "Open file|This workbook has no patients: column 1 of row 2 is empty. Nothing "
+               "was "
+               "opened.\n\nbad.xlsx";
         QTest::newRow("one value, no value, and a 0 at once")
-            << QVector<TestWorkbooks::Row>{{text("good"), 40.0, 50.0},
-                                           {text("one"), 40.0},
-                                           {text("none")},
-                                           {text("zero"), 40.0, 0.0, 50.0}}
-            << rowsMessage(text("Row 3: one\nRow 4: none\nRow 5: zero"), text("bad.xlsx"));
+            << QVector<TestWorkbooks::Row>{{"good", 40.0, 50.0},
+                                           {"one", 40.0},
+                                           {"none"},
+                                           {"zero", 40.0, 0.0, 50.0}}
+            << rowsMessage("Row 3: one\nRow 4: none\nRow 5: zero", "bad.xlsx");
     }
 
     void refusedFileLeavesTheLoadedOne()
@@ -503,17 +496,17 @@ private Q_SLOTS:
         QFETCH(QString, message);
         MainWindowTester tester;
         tester.start();
-        const QString bad = text("bad.xlsx");
+        const QString bad = "bad.xlsx";
         TestWorkbooks::save(tester.path(bad), rows);
 
         tester.answers.expectFile(tester.path(bad));
         tester.answers.expectMessage();
-        tester.trigger(text("Open File"));
+        tester.trigger("Open File");
         QVERIFY(tester.patientsModel() == nullptr);
-        QVERIFY(!tester.action(text("Close file"))->isEnabled());
+        QVERIFY(!tester.action("Close file")->isEnabled());
 
-        saveThreePatients(tester, text("three.xlsx"));
-        tester.open(text("three.xlsx"));
+        saveThreePatients(tester, "three.xlsx");
+        tester.open("three.xlsx");
         tester.patientsModel()->patients[2].idealKvadrant = 4;
         tester.patientTable()->selectRow(1);
         auto *subWindow = tester.window->findChild<QMdiArea *>()->addSubWindow(new QWidget);
@@ -522,7 +515,7 @@ private Q_SLOTS:
 
         tester.answers.expectFile(tester.path(bad));
         tester.answers.expectMessage();
-        tester.trigger(text("Open File"));
+        tester.trigger("Open File");
         QCOMPARE(tester.answers.messages(), QStringList({message, message}));
         QCOMPARE(tester.answers.unexpected(), QStringList());
         QCOMPARE(tester.patientsModel(), model);
@@ -531,7 +524,7 @@ private Q_SLOTS:
         QCOMPARE(tester.patientsModel()->patients.at(2).idealKvadrant, 4);
         QCOMPARE(tester.patientTable()->selectionModel()->selectedRows().size(), 1);
         QVERIFY(subWindow->isVisible());
-        QVERIFY(tester.action(text("Close file"))->isEnabled());
+        QVERIFY(tester.action("Close file")->isEnabled());
     }
 
     void eachUnreadableFileHasItsOwnSentence_data()
@@ -543,8 +536,8 @@ private Q_SLOTS:
         workbook.rows = "<row><c><v>1</v></c></row><row><c><v>2</v></c><c><v>50</v></c></row>";
         const auto bytes = [](const HandmadeWorkbook &book) {
             const QTemporaryDir folder;
-            book.save(folder.filePath(text("book.xlsx")));
-            QFile file(folder.filePath(text("book.xlsx")));
+            book.save(folder.filePath("book.xlsx"));
+            QFile file(folder.filePath("book.xlsx"));
             return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray();
         };
         HandmadeWorkbook chartOnly = workbook;
@@ -555,21 +548,20 @@ private Q_SLOTS:
         const QByteArray whole = bytes(workbook);
 
         QTest::newRow("not a workbook")
-            << QByteArray("notes") << text("This file is not a workbook. Nothing was opened.");
-        QTest::newRow("old format") << compoundFile(text("Workbook"))
-                                    << text("This is a workbook of the old kind (.xls). Save it as "
-                                            ".xlsx with a spreadsheet program and open that file. "
-                                            "Nothing was opened.");
-        QTest::newRow("password")
-            << compoundFile(text("EncryptedPackage"))
-            << text("This workbook is protected by a password. Save it without "
-                    "one and open that file. Nothing was opened.");
+            << QByteArray("notes") << "This file is not a workbook. Nothing was opened.";
+        QTest::newRow("old format") << compoundFile("Workbook")
+                                    << "This is a workbook of the old kind (.xls). Save it as "
+                                       ".xlsx with a spreadsheet program and open that file. "
+                                       "Nothing was opened.";
+        QTest::newRow("password") << compoundFile("EncryptedPackage")
+                                  << "This workbook is protected by a password. Save it without "
+                                     "one and open that file. Nothing was opened.";
         QTest::newRow("damaged") << whole.left(whole.size() / 2)
-                                 << text("This workbook is damaged. Nothing was opened.");
+                                 << "This workbook is damaged. Nothing was opened.";
         QTest::newRow("no worksheet")
-            << bytes(chartOnly) << text("This workbook has no worksheet. Nothing was opened.");
+            << bytes(chartOnly) << "This workbook has no worksheet. Nothing was opened.";
         QTest::newRow("too large")
-            << bytes(tooFar) << text("This workbook is too large. Nothing was opened.");
+            << bytes(tooFar) << "This workbook is too large. Nothing was opened.";
     }
 
     void eachUnreadableFileHasItsOwnSentence()
@@ -578,15 +570,14 @@ private Q_SLOTS:
         QFETCH(QString, sentence);
         MainWindowTester tester;
         tester.start();
-        saveThreePatients(tester, text("three.xlsx"));
-        tester.open(text("three.xlsx"));
+        saveThreePatients(tester, "three.xlsx");
+        tester.open("three.xlsx");
         const CPatientsModel *model = tester.patientsModel();
-        tester.writeFile(text("bad.xlsx"), content);
-        tester.answers.expectFile(tester.path(text("bad.xlsx")));
+        tester.writeFile("bad.xlsx", content);
+        tester.answers.expectFile(tester.path("bad.xlsx"));
         tester.answers.expectMessage();
-        tester.trigger(text("Open File"));
-        QCOMPARE(tester.answers.messages(),
-                 QStringList(text("Open file|") + sentence + text("\n\nbad.xlsx")));
+        tester.trigger("Open File");
+        QCOMPARE(tester.answers.messages(), QStringList("Open file|" + sentence + "\n\nbad.xlsx"));
         QCOMPARE(tester.answers.unexpected(), QStringList());
         QCOMPARE(tester.patientsModel(), model);
     }
@@ -598,35 +589,33 @@ private Q_SLOTS:
         QVector<TestWorkbooks::Row> rows;
         QStringList named;
         for (int i = 0; i < 13; ++i) {
-            rows.append({text("p%1").arg(i), 40.0});
+            rows.append({QString("p%1").arg(i), 40.0});
             if (i < 10) {
-                named << text("Row %1: p%2").arg(i + 2).arg(i);
+                named << QString("Row %1: p%2").arg(i + 2).arg(i);
             }
         }
-        TestWorkbooks::save(tester.path(text("bad.xlsx")), rows);
-        tester.answers.expectFile(tester.path(text("bad.xlsx")));
+        TestWorkbooks::save(tester.path("bad.xlsx"), rows);
+        tester.answers.expectFile(tester.path("bad.xlsx"));
         tester.answers.expectMessage();
-        tester.trigger(text("Open File"));
-        named << text("and 3 more");
-        QCOMPARE(tester.answers.messages(),
-                 QStringList(rowsMessage(named.join(QLatin1Char('\n')), text("bad.xlsx"))));
+        tester.trigger("Open File");
+        named << "and 3 more";
+        QCOMPARE(tester.answers.messages(), QStringList(rowsMessage(named.join('\n'), "bad.xlsx")));
     }
 
     void refusalShortensLongIdentifiers()
     {
         MainWindowTester tester;
         tester.start();
-        TestWorkbooks::save(
-            tester.path(text("bad.xlsx")),
-            {{QString(5000, QLatin1Char('x')) + text("\nend"), 40.0}, {text("<b>bold</b>"), 40.0}});
-        tester.answers.expectFile(tester.path(text("bad.xlsx")));
+        TestWorkbooks::save(tester.path("bad.xlsx"),
+                            {{QString(5000, 'x') + "\nend", 40.0}, {"<b>bold</b>", 40.0}});
+        tester.answers.expectFile(tester.path("bad.xlsx"));
         tester.answers.expect<QMessageBox>([](QMessageBox &box) {
             QVERIFY2(!Qt::mightBeRichText(box.text()), "the identifier would be taken for markup");
-            QVERIFY(box.text().contains(text("Row 3: <b>bold</b>")));
+            QVERIFY(box.text().contains("Row 3: <b>bold</b>"));
             QVERIFY(box.text().size() < 300);
             box.accept();
         });
-        tester.trigger(text("Open File"));
+        tester.trigger("Open File");
         QCOMPARE(tester.answers.unexpected(), QStringList());
     }
 
@@ -634,8 +623,8 @@ private Q_SLOTS:
     {
         MainWindowTester tester;
         tester.start();
-        saveThreePatients(tester, text("three.xlsx"));
-        tester.open(text("three.xlsx"));
+        saveThreePatients(tester, "three.xlsx");
+        tester.open("three.xlsx");
         QSignalSpy gone(tester.patientsModel(), &QObject::destroyed);
         tester.window->close();
         tester.window.reset();
@@ -646,7 +635,7 @@ private Q_SLOTS:
     {
         MainWindowTester tester;
         tester.start();
-        QTimer::singleShot(0, tester.window.get(), [&tester] { tester.trigger(text("Exit")); });
+        QTimer::singleShot(0, tester.window.get(), [&tester] { tester.trigger("Exit"); });
         constexpr int stillRunning = 17;
         QTimer watchdog;
         connect(&watchdog, &QTimer::timeout, qApp, [] { QCoreApplication::exit(stillRunning); });
@@ -667,8 +656,8 @@ private Q_SLOTS:
         QFETCH(int, patients);
         MainWindowTester tester;
         tester.start();
-        const QString name = text(QTest::currentDataTag());
-        QVERIFY(QFile::copy(text(SAMPLES_DIR "/") + name, tester.path(name)));
+        const QString name = QTest::currentDataTag();
+        QVERIFY(QFile::copy(SAMPLES_DIR "/" + name, tester.path(name)));
         tester.open(name);
         QCOMPARE(tester.answers.unexpected(), QStringList());
         QCOMPARE(tester.patientsModel()->patients.size(), patients);
@@ -690,21 +679,21 @@ private Q_SLOTS:
         tester.start();
         QVector<TestWorkbooks::Row> rows;
         for (int patient = 0; patient < 300; ++patient) {
-            TestWorkbooks::Row row{text("patient %1").arg(patient)};
+            TestWorkbooks::Row row{QString("patient %1").arg(patient)};
             for (int i = 0; i < 20; ++i) {
                 row.append(40.0 + (patient * 7 + i * 3) % 60);
             }
             rows.append(row);
         }
-        TestWorkbooks::save(tester.path(text("group.xlsx")), rows);
+        TestWorkbooks::save(tester.path("group.xlsx"), rows);
         const auto residentPages = [] {
-            QFile statm(text("/proc/self/statm"));
+            QFile statm("/proc/self/statm");
             return statm.open(QFile::ReadOnly) ? statm.readAll().split(' ').value(1).toDouble()
                                                : 0.0;
         };
         double afterFive = 0;
         for (int i = 1; i <= 50; ++i) {
-            tester.open(text("group.xlsx"));
+            tester.open("group.xlsx");
             QCOMPARE(tester.patientsModel()->patients.size(), 300);
             if (i == 5) {
                 afterFive = residentPages();

@@ -23,11 +23,6 @@
 namespace
 {
 
-QString text(const char *latin1)
-{
-    return QString::fromLatin1(latin1);
-}
-
 struct Settings {
     int convergence = 0;
     int variance = 0;
@@ -181,20 +176,20 @@ public:
         (this->*action.act)();
         QCoreApplication::processEvents();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        return text(action.name);
+        return action.name;
     }
 
     /// What is not as it should be, or nothing.
     QString complaint() const
     {
         if (!tester.answers.unexpected().isEmpty()) {
-            return tester.answers.unexpected().join(QLatin1Char(' '));
+            return tester.answers.unexpected().join(' ');
         }
         const bool loaded = !expected.isEmpty();
-        if (loaded != tester.action(text("Close file"))->isEnabled()
-            || loaded != tester.button(text("Show graph"))->isEnabled()
+        if (loaded != tester.action("Close file")->isEnabled()
+            || loaded != tester.button("Show graph")->isEnabled()
             || loaded != (tester.patientsModel() != nullptr)) {
-            return text("controls do not follow the file");
+            return "controls do not follow the file";
         }
         return loaded ? listsComplaint() + tablesComplaint() : QString();
     }
@@ -207,23 +202,22 @@ private:
     {
         good = {randomGroup(1, 12), randomGroup(5, 8), randomGroup(30, 25), randomGroup(80, 6)};
         for (int i = 0; i < good.size(); ++i) {
-            saveGroup(text("good%1.xlsx").arg(i), good.at(i));
+            saveGroup(QString("good%1.xlsx").arg(i), good.at(i));
         }
-        tester.writeFile(text("garbage.xlsx"), "garbage");
-        QFile whole(tester.path(text("good2.xlsx")));
+        tester.writeFile("garbage.xlsx", "garbage");
+        QFile whole(tester.path("good2.xlsx"));
         if (whole.open(QFile::ReadOnly)) {
-            tester.writeFile(text("cut.xlsx"), whole.read(whole.size() / 2));
+            tester.writeFile("cut.xlsx", whole.read(whole.size() / 2));
         }
-        TestWorkbooks::save(tester.path(text("nobody.xlsx")), {});
-        TestWorkbooks::save(tester.path(text("short.xlsx")),
-                            {{text("a"), 50.0, 60.0}, {text("b"), 50.0}});
+        TestWorkbooks::save(tester.path("nobody.xlsx"), {});
+        TestWorkbooks::save(tester.path("short.xlsx"), {{"a", 50.0, 60.0}, {"b", 50.0}});
     }
 
     QVector<PatientRecord> randomGroup(int patients, int mostValues)
     {
         QVector<PatientRecord> group;
         for (int i = 0; i < patients; ++i) {
-            PatientRecord patient{text("id %1 <&>").arg(i), {}, -1};
+            PatientRecord patient{QString("id %1 <&>").arg(i), {}, -1};
             const int count = 2 + below(mostValues);
             const bool level = maybe(6);
             for (int v = 0; v < count; ++v) {
@@ -253,7 +247,7 @@ private:
     void openGood()
     {
         const int which = below(good.size());
-        tester.open(text("good%1.xlsx").arg(which));
+        tester.open(QString("good%1.xlsx").arg(which));
         expected = good.at(which);
     }
 
@@ -261,15 +255,15 @@ private:
     {
         static const std::array<const char *, 4> names = {"garbage.xlsx", "cut.xlsx", "nobody.xlsx",
                                                           "short.xlsx"};
-        tester.answers.expectFile(tester.path(text(names.at(size_t(below(4))))));
+        tester.answers.expectFile(tester.path(names.at(size_t(below(4)))));
         tester.answers.expectMessage();
-        tester.trigger(text("Open File"));
+        tester.trigger("Open File");
     }
 
     void cancelOpen()
     {
         tester.answers.expectAndCancel();
-        tester.trigger(text("Open File"));
+        tester.trigger("Open File");
     }
 
     void select()
@@ -284,10 +278,7 @@ private:
         }
     }
 
-    void resetSelection()
-    {
-        QTest::mouseClick(tester.button(text("Reset selection")), Qt::LeftButton);
-    }
+    void resetSelection() { QTest::mouseClick(tester.button("Reset selection"), Qt::LeftButton); }
 
     void showGraph()
     {
@@ -300,13 +291,13 @@ private:
             tester.answers.expectAndCancel();
         } else {
             static const std::array<const char *, 4> names = {"", " ", "<b>&", "a graph"};
-            const QString name = text(names.at(size_t(below(4))));
+            const QString name = names.at(size_t(below(4)));
             tester.answers.expect<QInputDialog>([name](QInputDialog &dialog) {
                 dialog.setTextValue(name);
                 dialog.accept();
             });
         }
-        QTest::mouseClick(tester.button(text("Show graph")), Qt::LeftButton);
+        QTest::mouseClick(tester.button("Show graph"), Qt::LeftButton);
     }
 
     void groupGraph()
@@ -314,7 +305,7 @@ private:
         if (expected.isEmpty()) {
             tester.answers.expectMessage();
         }
-        tester.trigger(text("Groups graph"));
+        tester.trigger("Groups graph");
     }
 
     void handleSubWindow()
@@ -370,16 +361,16 @@ private:
         const Settings wanted{below(3), below(3), maybe(2), below(12)};
         const bool accepted = !maybe(4);
         tester.answers.expect<SettingsDialog>([wanted, accepted](SettingsDialog &dialog) {
-            dialog.findChild<QComboBox *>(text("convergenceCombo"))
-                ->setCurrentIndex(wanted.convergence);
-            dialog.findChild<QComboBox *>(text("varianceCombo"))->setCurrentIndex(wanted.variance);
+            dialog.findChild<QComboBox *>("convergenceCombo")->setCurrentIndex(wanted.convergence);
+            dialog.findChild<QComboBox *>("varianceCombo")->setCurrentIndex(wanted.variance);
             dialog
-                .findChild<QAbstractButton *>(text(wanted.median ? "medianCheck" : "averageCheck"))
+                .findChild<QAbstractButton *>(
+                    QString(wanted.median ? "medianCheck" : "averageCheck"))
                 ->click();
-            dialog.findChild<QSpinBox *>(text("offsetSpin"))->setValue(wanted.skip);
-            dialog.findChild<QPushButton *>(text(accepted ? "okButton" : "cancelButton"))->click();
+            dialog.findChild<QSpinBox *>("offsetSpin")->setValue(wanted.skip);
+            dialog.findChild<QPushButton *>(accepted ? "okButton" : "cancelButton")->click();
         });
-        tester.trigger(text("Settings"));
+        tester.trigger("Settings");
         if (accepted) {
             settings = wanted;
         }
@@ -393,11 +384,11 @@ private:
             tester.answers.expectAndCancel();
         } else {
             tester.answers.expectFile(
-                tester.path(text(maybe(4) ? "nowhere/out.xlsx" : "out of the monkey")));
+                tester.path(maybe(4) ? "nowhere/out.xlsx" : "out of the monkey"));
         }
-        tester.trigger(text(maybe(2) ? "Save file" : "Save data analysis"));
+        tester.trigger(maybe(2) ? "Save file" : "Save data analysis");
         // The dialog asks before it replaces a file.
-        QFile::remove(tester.path(text("out of the monkey")));
+        QFile::remove(tester.path("out of the monkey"));
     }
 
     void exportGraph()
@@ -409,17 +400,17 @@ private:
         } else if (maybe(3)) {
             tester.answers.expectAndCancel();
         } else {
-            tester.answers.expectFile(tester.path(text("page.svg")));
+            tester.answers.expectFile(tester.path("page.svg"));
             tester.answers.expectMessage();
         }
-        tester.trigger(text("Export graph"));
-        QFile::remove(tester.path(text("page.svg")));
+        tester.trigger("Export graph");
+        QFile::remove(tester.path("page.svg"));
     }
 
     void closeFile()
     {
         if (maybe(3)) {
-            tester.trigger(text("Close file"));
+            tester.trigger("Close file");
             expected.clear();
         }
     }
@@ -429,18 +420,18 @@ private:
         const auto &patients = tester.patientsModel()->patients;
         const auto &scores = tester.patientsModel()->scores;
         if (patients.size() != expected.size() || scores.size() != expected.size()) {
-            return text("lists of another length");
+            return "lists of another length";
         }
         for (int i = 0; i < expected.size(); ++i) {
             if (patients.at(i).idealKvadrant != expected.at(i).idealKvadrant) {
-                return text("mark of patient %1").arg(i);
+                return QString("mark of patient %1").arg(i);
             }
             if (patients.at(i).id != expected.at(i).id || scores.at(i).id != expected.at(i).id
                 || patients.at(i).values != expected.at(i).values) {
-                return text("values of patient %1").arg(i);
+                return QString("values of patient %1").arg(i);
             }
             if (scores.at(i).convergence.size() != 3 || scores.at(i).variability.size() != 3) {
-                return text("results of patient %1").arg(i);
+                return QString("results of patient %1").arg(i);
             }
         }
         return {};
@@ -480,12 +471,12 @@ private:
                     ? std::isnan(wantedValue)
                     : std::abs(value - wantedValue) <= 1e-9 * std::max(1.0, std::abs(wantedValue));
                 const QModelIndex cell = tester.scoreModel()->index(row, i);
-                const QString color = text(value > center(row)       ? "#e79292"
-                                               : center(row) > value ? "#aad083"
-                                                                     : "#647b98");
+                const QString color = QString(value > center(row)       ? "#e79292"
+                                                  : center(row) > value ? "#aad083"
+                                                                        : "#647b98");
                 if (!same || cell.data().toString() != QString::number(value)
                     || cell.data(Qt::BackgroundRole).value<QColor>().name() != color) {
-                    return text("cell %1, %2: %3 for %4")
+                    return QString("cell %1, %2: %3 for %4")
                         .arg(row)
                         .arg(i)
                         .arg(value, 0, 'g', 17)
@@ -494,12 +485,12 @@ private:
             }
             const int v = 3 + settings.variance;
             const QString mark =
-                text(score.convergence.at(settings.convergence) < center(settings.convergence)
-                         ? "B/"
-                         : "W/")
-                + text(scoreAt(score, v) >= center(v) ? "W" : "B");
+                QString(score.convergence.at(settings.convergence) < center(settings.convergence)
+                            ? "B/"
+                            : "W/")
+                + QString(scoreAt(score, v) >= center(v) ? "W" : "B");
             if (tester.patientsModel()->index(i, 1).data().toString() != mark) {
-                return text("mark in the table for patient %1").arg(i);
+                return QString("mark in the table for patient %1").arg(i);
             }
         }
         return {};
@@ -530,7 +521,7 @@ private Q_SLOTS:
             const QString action = monkey.step();
             const QString complaint = monkey.complaint();
             QVERIFY2(complaint.isEmpty(),
-                     qPrintable(text("step %1, %2: %3").arg(i).arg(action, complaint)));
+                     qPrintable(QString("step %1, %2: %3").arg(i).arg(action, complaint)));
         }
     }
 };

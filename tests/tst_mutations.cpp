@@ -24,7 +24,7 @@ constexpr int mutations = 2000;
 constexpr qint64 longestLoad = 5000; // ms
 constexpr long largestMemory = 512L * 1024; // KiB
 
-const QString dataFolder = QStringLiteral("data/writers");
+const QString dataFolder = "data/writers";
 
 // Draws the same on each machine, unlike the distributions of the standard library.
 class Dice
@@ -136,7 +136,7 @@ Parts unpacked(const QString &path)
 
 bool isSheet(const QString &name)
 {
-    return name.endsWith(QLatin1String("worksheets/sheet1.xml"));
+    return name.endsWith("worksheets/sheet1.xml");
 }
 
 // The sheet more often than chance would have it: the other parts are many.
@@ -152,19 +152,18 @@ int choosePart(const Parts &parts, Dice *dice)
 // Whether a change of the part leaves numbers as they are: only what texts say may be other.
 bool holdsTextsOnly(const QString &name)
 {
-    return name.endsWith(QLatin1String("sharedStrings.xml"));
+    return name.endsWith("sharedStrings.xml");
 }
 
 bool holdsNoCells(const QString &name)
 {
-    return !isSheet(name) && !holdsTextsOnly(name) && !name.endsWith(QLatin1String("styles.xml"));
+    return !isSheet(name) && !holdsTextsOnly(name) && !name.endsWith("styles.xml");
 }
 
 // The cells as they stand in the XML, by their references.
 QHash<QString, QString> cellsIn(const QByteArray &sheet)
 {
-    static const QRegularExpression cell(
-        QStringLiteral(R"x(<c r="([A-Z]+[0-9]+)"[^<>/]*(/>|>.*?</c>))x"));
+    static const QRegularExpression cell(R"x(<c r="([A-Z]+[0-9]+)"[^<>/]*(/>|>.*?</c>))x");
     QHash<QString, QString> cells;
     auto matches = cell.globalMatch(QString::fromUtf8(sheet));
     while (matches.hasNext()) {
@@ -184,7 +183,7 @@ private Q_SLOTS:
     void initTestCase()
     {
         const QDir folder(QFINDTESTDATA(dataFolder));
-        const QStringList names = folder.entryList({QStringLiteral("*.xlsx")});
+        const QStringList names = folder.entryList({"*.xlsx"});
         for (const QString &name : names) {
             m_fixtures.append(folder.filePath(name));
         }
@@ -193,7 +192,7 @@ private Q_SLOTS:
 
     void changedArchiveIsRefusedOrReadsTheSame()
     {
-        const QString path = m_folder.filePath(QStringLiteral("archive.xlsx"));
+        const QString path = m_folder.filePath("archive.xlsx");
         for (unsigned seed = 0; seed < mutations / 2; ++seed) {
             Dice dice(seed);
             const QString fixture = m_fixtures.at(dice.below(m_fixtures.size()));
@@ -208,7 +207,7 @@ private Q_SLOTS:
             QCOMPARE(changed.document == nullptr, changed.error != LoadError::None);
             if (changed.document) {
                 QVERIFY2(Reading(*changed.document) == Reading(*original.document),
-                         qPrintable(QStringLiteral("seed %1").arg(seed)));
+                         qPrintable(QString("seed %1").arg(seed)));
             }
         }
         compareCounts();
@@ -216,7 +215,7 @@ private Q_SLOTS:
 
     void changedXmlIsRefusedOrLeavesTheOtherCells()
     {
-        const QString path = m_folder.filePath(QStringLiteral("xml.xlsx"));
+        const QString path = m_folder.filePath("xml.xlsx");
         for (unsigned seed = mutations / 2; seed < mutations; ++seed) {
             Dice dice(seed);
             const QString fixture = m_fixtures.at(dice.below(m_fixtures.size()));
@@ -232,7 +231,7 @@ private Q_SLOTS:
                 comparePart(parts.at(chosen).first, *original.document, *changed.document, before,
                             parts.at(chosen).second);
             }
-            QVERIFY2(!QTest::currentTestFailed(), qPrintable(QStringLiteral("seed %1").arg(seed)));
+            QVERIFY2(!QTest::currentTestFailed(), qPrintable(QString("seed %1").arg(seed)));
         }
         compareCounts();
     }

@@ -9,17 +9,12 @@ class TestNumberFormats : public QObject
 private Q_SLOTS:
     void codeOfDatesIsOne_data()
     {
-        addCodes({QStringLiteral("d.m.yyyy"),    QStringLiteral("YYYY-MM-DD"),
-                  QStringLiteral("h:mm"),        QStringLiteral("mm:ss.0"),
-                  QStringLiteral("[h]:mm:ss"),   QStringLiteral("[mm]"),
-                  QStringLiteral("[ss].00"),     QStringLiteral("[$-409]h:mm AM/PM;@"),
-                  QStringLiteral("[Red]d/m/yy"), QStringLiteral("\"on \"dd"),
-                  QStringLiteral("\\odd"),       QStringLiteral("_-yyyy"),
-                  QStringLiteral("* mmm"),       QStringLiteral("0;d.m.yyyy"),
-                  QStringLiteral("\"0\"d"),      QStringLiteral("[$-804]aaaa;@"),
-                  QStringLiteral("[$-411]ggge"), QStringLiteral("e"),
-                  QStringLiteral("bbbb"),        QStringLiteral("0_\";d"),
-                  QStringLiteral("General;d")});
+        addCodes({"d.m.yyyy",    "YYYY-MM-DD", "h:mm",    "mm:ss.0",
+                  "[h]:mm:ss",   "[mm]",       "[ss].00", "[$-409]h:mm AM/PM;@",
+                  "[Red]d/m/yy", "\"on \"dd",  "\\odd",   "_-yyyy",
+                  "* mmm",       "0;d.m.yyyy", "\"0\"d",  "[$-804]aaaa;@",
+                  "[$-411]ggge", "e",          "bbbb",    "0_\";d",
+                  "General;d"});
     }
 
     void codeOfDatesIsOne()
@@ -30,30 +25,30 @@ private Q_SLOTS:
 
     void codeOfNumbersIsNone_data()
     {
-        addCodes({QStringLiteral("General"),
-                  QStringLiteral("General\" mmol\""),
-                  QStringLiteral("EUR 0.00"),
-                  QStringLiteral("Core 0"),
-                  QStringLiteral("0.00"),
-                  QStringLiteral("@"),
-                  QStringLiteral("#,##0.00;[Red]-#,##0.00"),
-                  QStringLiteral("0.0 \"mmol/mol\""),
-                  QStringLiteral("0.0 mmol/mol"),
-                  QStringLiteral("\"day \"0"),
-                  QStringLiteral("0.0\\ \\m\\m\\o\\l"),
-                  QStringLiteral("[Red]0"),
-                  QStringLiteral("[>100]0"),
-                  QStringLiteral("[$SEK] 0"),
-                  QStringLiteral("_d0"),
-                  QStringLiteral("*d0"),
-                  QStringLiteral("0.00E+00"),
-                  QStringLiteral("# ?/?"),
-                  QStringLiteral("0;\"d\""),
-                  QStringLiteral("0\"d;d\""),
-                  QStringLiteral("\"d"),
-                  QStringLiteral("[d"),
-                  QStringLiteral("\\"),
-                  QStringLiteral("0\\;d"),
+        addCodes({"General",
+                  "General\" mmol\"",
+                  "EUR 0.00",
+                  "Core 0",
+                  "0.00",
+                  "@",
+                  "#,##0.00;[Red]-#,##0.00",
+                  "0.0 \"mmol/mol\"",
+                  "0.0 mmol/mol",
+                  "\"day \"0",
+                  "0.0\\ \\m\\m\\o\\l",
+                  "[Red]0",
+                  "[>100]0",
+                  "[$SEK] 0",
+                  "_d0",
+                  "*d0",
+                  "0.00E+00",
+                  "# ?/?",
+                  "0;\"d\"",
+                  "0\"d;d\"",
+                  "\"d",
+                  "[d",
+                  "\\",
+                  "0\\;d",
                   QString()});
     }
 

@@ -40,10 +40,7 @@ QStringList described(const QVector<GraphText> &texts)
 {
     QStringList all;
     for (const GraphText &text : texts) {
-        all << QStringLiteral("%1 at %2,%3")
-                   .arg(text.text)
-                   .arg(text.position.x())
-                   .arg(text.position.y());
+        all << QString("%1 at %2,%3").arg(text.text).arg(text.position.x()).arg(text.position.y());
     }
     return all;
 }
@@ -52,7 +49,7 @@ QStringList described(const QVector<PatientGraphGeometry::LegendEntry> &legend)
 {
     QStringList all;
     for (const PatientGraphGeometry::LegendEntry &entry : legend) {
-        all << QStringLiteral("%1: %2,%3 %4x%5, ")
+        all << QString("%1: %2,%3 %4x%5, ")
                     .arg(entry.patient)
                     .arg(entry.square.x())
                     .arg(entry.square.y())
@@ -65,7 +62,7 @@ QStringList described(const QVector<PatientGraphGeometry::LegendEntry> &legend)
 
 QStringList list(const char *words)
 {
-    return QString::fromLatin1(words).split(QStringLiteral("; "), Qt::SkipEmptyParts);
+    return QString(words).split("; ", Qt::SkipEmptyParts);
 }
 
 } // namespace
@@ -165,7 +162,7 @@ private Q_SLOTS:
     {
         const PatientGraphGeometry geometry = geometryOf(group({{50.5}}));
         QCOMPARE(geometry.yScale, 5.0);
-        QCOMPARE(pathPoints(geometry.patientPaths.at(0)), QStringLiteral("60,27.5"));
+        QCOMPARE(pathPoints(geometry.patientPaths.at(0)), "60,27.5");
     }
 
     void longestPatientGivesTheCount()
@@ -175,7 +172,7 @@ private Q_SLOTS:
         const PatientGraphGeometry geometry = geometryOf(patients);
         QCOMPARE(geometry.xStep, 125.0);
         QCOMPARE(geometry.patientPaths.size(), 4);
-        QCOMPARE(pathPoints(geometry.patientPaths.at(0)), QStringLiteral("60,230 185,180"));
+        QCOMPARE(pathPoints(geometry.patientPaths.at(0)), "60,230 185,180");
         QCOMPARE(geometry.patientPaths.at(1).elementCount(), 0);
         QCOMPARE(geometry.patientPaths.at(2).elementCount(), 5);
         QCOMPARE(geometry.patientPaths.at(3).elementCount(), 1);
@@ -201,20 +198,20 @@ private Q_SLOTS:
             geometryOf(group({QVector<double>(firstCount, 30.0), {10, 20, 30, 40}}));
         QStringList texts;
         for (const GraphText &label : geometry.horizontalLabels) {
-            if (label.text == QLatin1String("x")) {
+            if (label.text == "x") {
                 QCOMPARE(label.position, QPoint(675, 290));
             }
             texts << label.text;
         }
-        QTEST(int(texts.indexOf(QStringLiteral("x"))), "letterAt");
+        QTEST(int(texts.indexOf("x")), "letterAt");
     }
 
     void valuesBelowOneLeaveNothingButAxesAndLegend()
     {
         const PatientGraphGeometry geometry = geometryOf(group({{0.2, 0.9, 0, -0.5}}));
         QCOMPARE(pathPoints(geometry.axesPath),
-                 QStringLiteral("50,280 675,280; 60,290 60,15; 216.25,280 216.25,290; "
-                                "372.5,280 372.5,290; 528.75,280 528.75,290"));
+                 "50,280 675,280; 60,290 60,15; 216.25,280 216.25,290; "
+                 "372.5,280 372.5,290; 528.75,280 528.75,290");
         QCOMPARE(geometry.patientPaths.size(), 1);
         QCOMPARE(geometry.patientPaths.at(0).elementCount(), 0);
         QCOMPARE(described(geometry.verticalLabels), QStringList());
@@ -228,7 +225,7 @@ private Q_SLOTS:
         const QVector<PatientRecord> patients = group({{}, {}});
         QCOMPARE(PatientGraphBounds(patients).maxCount, -1.0);
         const PatientGraphGeometry geometry = geometryOf(patients);
-        QCOMPARE(pathPoints(geometry.axesPath), QStringLiteral("50,280 675,280; 60,290 60,15"));
+        QCOMPARE(pathPoints(geometry.axesPath), "50,280 675,280; 60,290 60,15");
         QCOMPARE(geometry.patientPaths.size(), 2);
         QCOMPARE(described(geometry.horizontalLabels), QStringList());
         QCOMPARE(described(geometry.verticalLabels), QStringList());
@@ -239,15 +236,14 @@ private Q_SLOTS:
     void oneMeasurementHasOneLabelAndNoTick()
     {
         const PatientGraphGeometry geometry = geometryOf(group({{10}}));
-        QCOMPARE(pathPoints(geometry.axesPath),
-                 QStringLiteral("50,280 675,280; 60,290 60,15; 50,30 675,30"));
+        QCOMPARE(pathPoints(geometry.axesPath), "50,280 675,280; 60,290 60,15; 50,30 675,30");
         QCOMPARE(described(geometry.horizontalLabels), list("1 at 57,301; x at 675,290"));
     }
 
     void negativeValueLiesBelowTheAxis()
     {
         const PatientGraphGeometry geometry = geometryOf(group({{50, -10}}));
-        QCOMPARE(pathPoints(geometry.patientPaths.at(0)), QStringLiteral("60,30 372.5,330"));
+        QCOMPARE(pathPoints(geometry.patientPaths.at(0)), "60,30 372.5,330");
     }
 
     void unplaceableValueIsPassedOver_data()
@@ -312,7 +308,7 @@ private Q_SLOTS:
         QCOMPARE(geometry.verticalLabels.size(), lines + 1);
         QTEST(geometry.verticalLabels.first().text, "lowest");
         QTEST(geometry.verticalLabels.at(lines - 1).text, "highest");
-        QCOMPARE(geometry.verticalLabels.last().text, QStringLiteral("mmol/mol"));
+        QCOMPARE(geometry.verticalLabels.last().text, "mmol/mol");
         // Two axes and one tick more, two elements each.
         QCOMPARE(geometry.axesPath.elementCount(), 2 * (lines + 3));
     }
@@ -322,8 +318,7 @@ private Q_SLOTS:
         const QVector<PatientRecord> patients = group({{inf, 1e300, 1e10, 20}});
         QCOMPARE(PatientGraphBounds(patients).maxValue, std::numeric_limits<quint64>::max());
         // 250 pixels for 2^64 units: the two that can be placed lie on the axis.
-        QCOMPARE(pathPoints(geometryOf(patients).patientPaths.at(0)),
-                 QStringLiteral("372.5,280 528.75,280"));
+        QCOMPARE(pathPoints(geometryOf(patients).patientPaths.at(0)), "372.5,280 528.75,280");
     }
 
     void legendStartsANewLineAtTheEdge()
@@ -331,7 +326,7 @@ private Q_SLOTS:
         // An entry of five characters takes 90 pixels.
         QVector<PatientRecord> patients;
         for (int i = 0; i < 9; ++i) {
-            patients.append(patient(QStringLiteral("id_%1").arg(i, 2), {10}));
+            patients.append(patient(QString("id_%1").arg(i, 2), {10}));
         }
         // Seven entries end at 650; the eighth would reach 740, the ninth follows it on its line.
         QCOMPARE(described(geometryOf(patients).legend),
@@ -348,9 +343,9 @@ private Q_SLOTS:
 
     void wideLegendEntryLeavesALineEmpty()
     {
-        const QString wide(64, QLatin1Char('w'));
+        const QString wide(64, 'w');
         const QVector<PatientRecord> patients = {patient(wide, {10}), patient(wide, {10}),
-                                                 patient(QStringLiteral("n"), {10})};
+                                                 patient("n", {10})};
         const PatientGraphGeometry geometry = geometryOf(patients);
         QCOMPARE(geometry.legend.at(0).square, QRectF(20, 340, 20, 20));
         QCOMPARE(geometry.legend.at(1).square, QRectF(20, 370, 20, 20));
@@ -380,13 +375,12 @@ private Q_SLOTS:
 
     void identifierFitsAnXmlFile()
     {
-        const QString broken = QStringLiteral("a") + QChar(0x01) + QChar(0xD800)
-            + QStringLiteral("b") + QChar(0xDC00) + QChar(0xFFFF) + QChar(0x1F);
-        const QString fitting = QStringLiteral("<&\">\t\u017E\U0001F600");
+        const QString broken = QString("a") + QChar(0x01) + QChar(0xD800) + "b" + QChar(0xDC00)
+            + QChar(0xFFFF) + QChar(0x1F);
+        const QString fitting = "<&\">\t\u017E\U0001F600";
         const PatientGraphGeometry geometry =
             geometryOf({patient(broken, {10}), patient(fitting, {10})});
-        QCOMPARE(geometry.legend.at(0).name.text,
-                 QStringLiteral("a\uFFFD\uFFFDb\uFFFD\uFFFD\uFFFD"));
+        QCOMPARE(geometry.legend.at(0).name.text, "a\uFFFD\uFFFDb\uFFFD\uFFFD\uFFFD");
         QCOMPARE(geometry.legend.at(1).name.text, fitting);
     }
 };

@@ -20,11 +20,6 @@ using TestWorkbooks::Row;
 namespace
 {
 
-QString text(const char *latin1)
-{
-    return QString::fromLatin1(latin1);
-}
-
 QByteArray reference(int row, int column)
 {
     QByteArray letters;
@@ -54,7 +49,7 @@ QByteArray inlineText(int row, int column, const QByteArray &value)
 QString differences(const Series &actual, const Series &expected)
 {
     if (actual.size() != expected.size()) {
-        return QStringLiteral("%1 values instead of %2").arg(actual.size()).arg(expected.size());
+        return QString("%1 values instead of %2").arg(actual.size()).arg(expected.size());
     }
     QString all;
     for (int i = 0; i < actual.size(); ++i) {
@@ -71,7 +66,7 @@ class TestPatientReader : public QObject
 
     std::unique_ptr<QTemporaryDir> m_folder;
 
-    [[nodiscard]] QString file() const { return m_folder->filePath(QStringLiteral("book.xlsx")); }
+    [[nodiscard]] QString file() const { return m_folder->filePath("book.xlsx"); }
     [[nodiscard]] std::unique_ptr<QXlsx::Document> load() const
     {
         auto document = std::move(loadWorkbook(file()).document);
@@ -106,17 +101,16 @@ private Q_SLOTS:
         QTest::addColumn<int>("count");
         using Column = QVector<QVariant>;
         QTest::newRow("only a header") << Column{} << 0;
-        QTest::newRow("three") << Column{text("a"), text("b"), text("c")} << 3;
-        QTest::newRow("blanks above a patient") << Column{text("   "), text("b")} << 0;
-        QTest::newRow("white space above a patient") << Column{text("\t \n"), text("b")} << 0;
-        QTest::newRow("gap above a patient") << Column{{}, text("b")} << 0;
-        QTest::newRow("gap between patients") << Column{text("a"), {}, text("c")} << 1;
-        QTest::newRow("blanks between patients")
-            << Column{text("a"), text("b"), text(" "), text("d")} << 2;
+        QTest::newRow("three") << Column{"a", "b", "c"} << 3;
+        QTest::newRow("blanks above a patient") << Column{"   ", "b"} << 0;
+        QTest::newRow("white space above a patient") << Column{"\t \n", "b"} << 0;
+        QTest::newRow("gap above a patient") << Column{{}, "b"} << 0;
+        QTest::newRow("gap between patients") << Column{"a", {}, "c"} << 1;
+        QTest::newRow("blanks between patients") << Column{"a", "b", " ", "d"} << 2;
         QTest::newRow("numbers") << Column{17, 3.5, -1} << 3;
         QTest::newRow("the number 0") << Column{0, 1} << 2;
         QTest::newRow("truth values") << Column{true, false} << 2;
-        QTest::newRow("blanks about a text") << Column{text("  a  ")} << 1;
+        QTest::newRow("blanks about a text") << Column{"  a  "} << 1;
     }
 
     void countOfPatients()
@@ -147,7 +141,7 @@ private Q_SLOTS:
             {header, inlineText(2, 1, "first") + number(2, 2, "50") + number(2, 3, "60")});
         const auto document = load(workbook);
         QCOMPARE(readPatientCount(*document), 1);
-        QCOMPARE(readPatientId(*document, 2), text("first"));
+        QCOMPARE(readPatientId(*document, 2), "first");
         QCOMPARE(differences(readPatientValues(*document, 0), {50, 60}), QString());
     }
 
@@ -155,13 +149,13 @@ private Q_SLOTS:
     {
         QTest::addColumn<QVariant>("cell");
         QTest::addColumn<QString>("identifier");
-        QTest::newRow("text") << QVariant(text("patient A")) << text("patient A");
-        QTest::newRow("blanks about it") << QVariant(text("  A 1 ")) << text("  A 1 ");
-        QTest::newRow("whole number") << QVariant(17) << text("17");
-        QTest::newRow("broken number") << QVariant(17.25) << text("17.25");
-        QTest::newRow("negative number") << QVariant(-3) << text("-3");
-        QTest::newRow("number as text") << QVariant(text("007")) << text("007");
-        const QString accents = QStringLiteral("P\u0159\u00edklad <&> \"1\"");
+        QTest::newRow("text") << QVariant("patient A") << "patient A";
+        QTest::newRow("blanks about it") << QVariant("  A 1 ") << "  A 1 ";
+        QTest::newRow("whole number") << QVariant(17) << "17";
+        QTest::newRow("broken number") << QVariant(17.25) << "17.25";
+        QTest::newRow("negative number") << QVariant(-3) << "-3";
+        QTest::newRow("number as text") << QVariant("007") << "007";
+        const QString accents = "P\u0159\u00edklad <&> \"1\"";
         QTest::newRow("accents and markup") << QVariant(accents) << accents;
     }
 
@@ -176,19 +170,19 @@ private Q_SLOTS:
 
     void rowsWithTheSameIdentifierAreTwoPatients()
     {
-        const auto document = load({{text("same"), 50.0, 60.0}, {text("same"), 70.0, 80.0}});
+        const auto document = load({{"same", 50.0, 60.0}, {"same", 70.0, 80.0}});
         QCOMPARE(readPatientCount(*document), 2);
-        QCOMPARE(readPatientId(*document, 2), text("same"));
-        QCOMPARE(readPatientId(*document, 3), text("same"));
+        QCOMPARE(readPatientId(*document, 2), "same");
+        QCOMPARE(readPatientId(*document, 3), "same");
         QCOMPARE(differences(readPatientValues(*document, 0), {50, 60}), QString());
         QCOMPARE(differences(readPatientValues(*document, 1), {70, 80}), QString());
     }
 
     void aPatientWithoutValues()
     {
-        const auto document = load({{text("empty")}, {text("full"), 50.0, 60.0}});
+        const auto document = load({{"empty"}, {"full", 50.0, 60.0}});
         QCOMPARE(readPatientCount(*document), 2);
-        QCOMPARE(readPatientId(*document, 2), text("empty"));
+        QCOMPARE(readPatientId(*document, 2), "empty");
         QCOMPARE(readPatientValues(*document, 0), Series());
         QCOMPARE(differences(readPatientValues(*document, 1), {50, 60}), QString());
     }
@@ -201,8 +195,8 @@ private Q_SLOTS:
         QTest::newRow("0 at once") << Row{0, 5, 7} << Series{};
         QTest::newRow("-0") << Row{5, -0.0, 7} << Series{5};
         QTest::newRow("blank") << Row{5, {}, 7} << Series{5};
-        QTest::newRow("text") << Row{5, 6, text("lost"), 7} << Series{5, 6};
-        QTest::newRow("blanks") << Row{5, text("  "), 7} << Series{5};
+        QTest::newRow("text") << Row{5, 6, "lost", 7} << Series{5, 6};
+        QTest::newRow("blanks") << Row{5, "  ", 7} << Series{5};
         QTest::newRow("false") << Row{5, false, 7} << Series{5};
         QTest::newRow("date") << Row{5, QDate(2024, 2, 29), 7} << Series{5};
         QTest::newRow("negative numbers") << Row{-5, 6, -0.5} << Series{-5, 6, -0.5};
@@ -215,7 +209,7 @@ private Q_SLOTS:
     {
         QFETCH(const QVector<QVariant>, cells);
         QFETCH(const Series, values);
-        const auto document = load(QVector<Row>{Row{text("a")} + cells});
+        const auto document = load(QVector<Row>{Row{"a"} + cells});
         QCOMPARE(differences(readPatientValues(*document, 0), values), QString());
     }
 
@@ -224,22 +218,22 @@ private Q_SLOTS:
         QTest::addColumn<QString>("cell");
         QTest::addColumn<Series>("values");
         const Series ended = {5};
-        QTest::newRow("whole number") << text("55") << Series{5, 55, 7};
-        QTest::newRow("broken number") << text("55.5") << Series{5, 55.5, 7};
-        QTest::newRow("negative") << text("-3") << Series{5, -3, 7};
-        QTest::newRow("plus") << text("+3") << Series{5, 3, 7};
-        QTest::newRow("exponent") << text("1.5e2") << Series{5, 150, 7};
-        QTest::newRow("blanks about it") << text(" 55 ") << Series{5, 55, 7};
-        QTest::newRow("not a number") << text("nan") << Series{5, notANumber, 7};
-        QTest::newRow("infinity") << text("inf") << Series{5, infinity, 7};
-        QTest::newRow("decimal comma") << text("55,5") << ended;
-        QTest::newRow("unit behind") << text("55 mmol/mol") << ended;
-        QTest::newRow("letter behind") << text("55x") << ended;
-        QTest::newRow("two numbers") << text("5 5") << ended;
-        QTest::newRow("hexadecimal") << text("0x10") << ended;
-        QTest::newRow("zero") << text("0") << ended;
-        QTest::newRow("long zero") << text("0.000") << ended;
-        QTest::newRow("dash") << text("-") << ended;
+        QTest::newRow("whole number") << "55" << Series{5, 55, 7};
+        QTest::newRow("broken number") << "55.5" << Series{5, 55.5, 7};
+        QTest::newRow("negative") << "-3" << Series{5, -3, 7};
+        QTest::newRow("plus") << "+3" << Series{5, 3, 7};
+        QTest::newRow("exponent") << "1.5e2" << Series{5, 150, 7};
+        QTest::newRow("blanks about it") << " 55 " << Series{5, 55, 7};
+        QTest::newRow("not a number") << "nan" << Series{5, notANumber, 7};
+        QTest::newRow("infinity") << "inf" << Series{5, infinity, 7};
+        QTest::newRow("decimal comma") << "55,5" << ended;
+        QTest::newRow("unit behind") << "55 mmol/mol" << ended;
+        QTest::newRow("letter behind") << "55x" << ended;
+        QTest::newRow("two numbers") << "5 5" << ended;
+        QTest::newRow("hexadecimal") << "0x10" << ended;
+        QTest::newRow("zero") << "0" << ended;
+        QTest::newRow("long zero") << "0.000" << ended;
+        QTest::newRow("dash") << "-" << ended;
     }
 
     void textsAsValues()
@@ -260,12 +254,12 @@ private Q_SLOTS:
 
     void indexAndRowNumberNameTheSamePatient()
     {
-        const auto document = load({{text("a"), 1.0}, {text("b"), 2.0}, {text("c"), 3.0}});
+        const auto document = load(QVector<Row>{{"a", 1.0}, {"b", 2.0}, {"c", 3.0}});
         for (int i = 0; i < 3; ++i) {
-            QCOMPARE(readPatientId(*document, i + 2), QString(QLatin1Char(char('a' + i))));
+            QCOMPARE(readPatientId(*document, i + 2), QString(char('a' + i)));
             QCOMPARE(differences(readPatientValues(*document, i), {i + 1.0}), QString());
         }
-        QCOMPARE(readPatientId(*document, 1), text("Patient"));
+        QCOMPARE(readPatientId(*document, 1), "Patient");
         QCOMPARE(readPatientId(*document, 5), QString());
         QCOMPARE(readPatientValues(*document, 3), Series());
     }
@@ -281,7 +275,7 @@ private Q_SLOTS:
     void longRows()
     {
         QFETCH(const int, count);
-        Row row = {text("long")};
+        Row row = {"long"};
         Series expected;
         for (int i = 1; i <= count; ++i) {
             row.append(i);
@@ -353,8 +347,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("identifier");
         const auto row = [](const char *name, const char *attributes, const char *content,
                             const char *identifier) {
-            QTest::newRow(name) << QByteArray(attributes) << QByteArray(content)
-                                << text(identifier);
+            QTest::newRow(name) << QByteArray(attributes) << QByteArray(content) << identifier;
         };
         row("number without type", "", "<v>17</v>", "17");
         row("number with type", "t=\"n\"", "<v>17</v>", "17");
@@ -390,12 +383,12 @@ private Q_SLOTS:
         workbook.sheets += R"(<sheet name="Two" sheetId="2" r:id="second"/>)";
         workbook.relationships =
             workbook.relationship("second", "worksheet", "worksheets/sheet2.xml");
-        workbook.more.append({text("xl/worksheets/sheet2.xml"),
+        workbook.more.append({"xl/worksheets/sheet2.xml",
                               workbook.part("worksheet", "<sheetData>" + second + "</sheetData>")});
         workbook.properties = R"(<bookViews><workbookView activeTab="1"/></bookViews>)";
         const auto document = load(workbook);
         QCOMPARE(readPatientCount(*document), 1);
-        QCOMPARE(readPatientId(*document, 2), text("One"));
+        QCOMPARE(readPatientId(*document, 2), "One");
         QCOMPARE(differences(readPatientValues(*document, 0), {50}), QString());
     }
 
@@ -425,17 +418,17 @@ private Q_SLOTS:
         workbook.rows = sheetRows(rows);
         const auto document = load(workbook);
         QCOMPARE(readPatientCount(*document), 1200);
-        QCOMPARE(readPatientId(*document, 1201), text("1201"));
+        QCOMPARE(readPatientId(*document, 1201), "1201");
         QCOMPARE(differences(readPatientValues(*document, 1199), {50}), QString());
     }
 
     void readingTwiceGivesTheSame()
     {
-        const auto document = load({{text("a"), 50.0, 60.0}, {text("b"), 70.0}});
+        const auto document = load({{"a", 50.0, 60.0}, {"b", 70.0}});
         for (int i = 0; i < 2; ++i) {
             QCOMPARE(readPatientCount(*document), 2);
             QCOMPARE(differences(readPatientValues(*document, 0), {50, 60}), QString());
-            QCOMPARE(readPatientId(*document, 3), text("b"));
+            QCOMPARE(readPatientId(*document, 3), "b");
         }
     }
 

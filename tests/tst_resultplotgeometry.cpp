@@ -21,7 +21,7 @@ QVector<PatientScoreRecord> scoresOf(const QVector<Pair> &pairs)
 {
     QVector<PatientScoreRecord> scores;
     for (const Pair &pair : pairs) {
-        scores.append({QStringLiteral("p%1").arg(scores.size()),
+        scores.append({QString("p%1").arg(scores.size()),
                        {-1000, pair.convergence, 1000},
                        {-1000, pair.variability, 1000}});
     }
@@ -36,10 +36,7 @@ double textWidth(const QString &text)
 
 ResultPlotTexts texts()
 {
-    return {QStringLiteral("B/W"),         QStringLiteral("W/W"),
-            QStringLiteral("B/B"),         QStringLiteral("W/B"),
-            QStringLiteral("Convergence"), QStringLiteral("Variability"),
-            QStringLiteral("convergence"), QStringLiteral("variability")};
+    return {"B/W", "W/W", "B/B", "W/B", "Convergence", "Variability", "convergence", "variability"};
 }
 
 ResultPlotGeometry geometryOf(const QVector<Pair> &pairs, double centerX, double centerY,
@@ -51,10 +48,7 @@ ResultPlotGeometry geometryOf(const QVector<Pair> &pairs, double centerX, double
 
 QString described(const GraphText &text)
 {
-    return QStringLiteral("%1 at %2,%3")
-        .arg(text.text)
-        .arg(text.position.x())
-        .arg(text.position.y());
+    return QString("%1 at %2,%3").arg(text.text).arg(text.position.x()).arg(text.position.y());
 }
 
 QStringList described(const QVector<GraphText> &texts)
@@ -70,18 +64,17 @@ QStringList described(const QVector<ResultPlotGeometry::Dot> &dots)
 {
     QStringList all;
     for (const ResultPlotGeometry::Dot &dot : dots) {
-        all << QStringLiteral("%1,%2 ").arg(dot.center.x()).arg(dot.center.y())
-                + described(dot.name);
+        all << QString("%1,%2 ").arg(dot.center.x()).arg(dot.center.y()) + described(dot.name);
     }
     return all;
 }
 
 QStringList list(const char *words)
 {
-    return QString::fromLatin1(words).split(QStringLiteral("; "), Qt::SkipEmptyParts);
+    return QString(words).split("; ", Qt::SkipEmptyParts);
 }
 
-const char *const cross = "10,200 690,200; 350,10 350,390";
+const QString cross = "10,200 690,200; 350,10 350,390";
 
 } // namespace
 
@@ -223,13 +216,13 @@ private Q_SLOTS:
         QFETCH(QString, ticks);
         const ResultPlotGeometry geometry = geometryOf({{convergence, variability}}, 10, 4);
         QTEST(described(geometry.dots), "dots");
-        QCOMPARE(pathPoints(geometry.axesPath), QLatin1String(cross) + ticks);
+        QCOMPARE(pathPoints(geometry.axesPath), cross + ticks);
     }
 
     void patientOnBothCentersLiesOnTheCross()
     {
         const ResultPlotGeometry geometry = geometryOf({{0, 0}, {10, 4}, {20, 8}}, 10, 4);
-        QCOMPARE(described(geometry.dots).at(1), QStringLiteral("350,200 p1 at 354,204"));
+        QCOMPARE(described(geometry.dots).at(1), "350,200 p1 at 354,204");
         QCOMPARE(described(geometry.centerLabels), list("10 at 352,210; 4 at 337,198"));
     }
 
@@ -255,12 +248,12 @@ private Q_SLOTS:
         QFETCH(double, centerY);
         QFETCH(QString, ticks);
         const ResultPlotGeometry geometry = geometryOf({{7, 3}, {7, 3}}, centerX, centerY);
-        QCOMPARE(pathPoints(geometry.axesPath), QLatin1String(cross) + ticks);
+        QCOMPARE(pathPoints(geometry.axesPath), cross + ticks);
         QTEST(described(geometry.tickLabels), "labels");
         QCOMPARE(described(geometry.dots), QStringList());
         QCOMPARE(described(geometry.centerLabels),
-                 QStringList() << QStringLiteral("%1 at 352,210").arg(centerX)
-                               << QStringLiteral("%1 at 337,198").arg(centerY));
+                 QStringList() << QString("%1 at 352,210").arg(centerX)
+                               << QString("%1 at 337,198").arg(centerY));
         QCOMPARE(geometry.kvadrantLabels.size(), 4);
         QCOMPARE(geometry.axisNames.size(), 2);
         QCOMPARE(geometry.methodLines.size(), 2);
@@ -291,9 +284,9 @@ private Q_SLOTS:
     {
         const ResultPlotGeometry geometry = geometryOf({{qQNaN(), 3}}, 10, 2);
         QCOMPARE(pathPoints(geometry.axesPath),
-                 QLatin1String(cross)
-                     + QStringLiteral("; 350,40 340,40; 350,120 340,120; 350,40 340,40; "
-                                      "350,120 340,120"));
+                 cross
+                     + "; 350,40 340,40; 350,120 340,120; 350,40 340,40; "
+                       "350,120 340,120");
         QCOMPARE(described(geometry.tickLabels),
                  list("3 at 340,50; 2.5 at 320,130; 3 at 340,50; 2.5 at 320,130"));
         QCOMPARE(described(geometry.dots), QStringList());
@@ -302,7 +295,7 @@ private Q_SLOTS:
     void centerThatIsNotANumberLeavesNoPoint()
     {
         const ResultPlotGeometry geometry = geometryOf({{6, 2}, {20, 9}}, qQNaN(), qQNaN());
-        QCOMPARE(pathPoints(geometry.axesPath), QLatin1String(cross));
+        QCOMPARE(pathPoints(geometry.axesPath), cross);
         QCOMPARE(described(geometry.tickLabels), QStringList());
         QCOMPARE(described(geometry.dots), QStringList());
         QCOMPARE(described(geometry.centerLabels), list("nan at 352,210; nan at 317,198"));
@@ -366,19 +359,23 @@ private Q_SLOTS:
             labels << label.text;
         }
         QCOMPARE(labels,
-                 QStringList() << QStringLiteral("-1.234e-05") << QStringLiteral("-6.17e-06")
-                               << QStringLiteral("1.23457e+06") << QStringLiteral("617284")
-                               << QStringLiteral("0") << QStringLiteral("0.5")
-                               << QStringLiteral("0.123457") << QStringLiteral("0.561728"));
+                 QStringList() << "-1.234e-05"
+                               << "-6.17e-06"
+                               << "1.23457e+06"
+                               << "617284"
+                               << "0"
+                               << "0.5"
+                               << "0.123457"
+                               << "0.561728");
     }
 
     void identifierFitsAnXmlFile()
     {
         QVector<PatientScoreRecord> scores = scoresOf({{6, 2}});
-        scores.first().id = QStringLiteral("a") + QChar(0) + QChar(0x08) + QStringLiteral("<b>");
+        scores.first().id = QString("a") + QChar(0) + QChar(0x08) + "<b>";
         const ResultPlotGeometry geometry(ResultPlotData(scores, 1, 1, 4, 10), texts(), 700, 400,
                                           textWidth);
-        QCOMPARE(geometry.dots.first().name.text, QStringLiteral("a\uFFFD\uFFFD<b>"));
+        QCOMPARE(geometry.dots.first().name.text, "a\uFFFD\uFFFD<b>");
     }
 
     void sizeThatIsNotANumberPlacesNothing()

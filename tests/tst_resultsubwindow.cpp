@@ -24,7 +24,7 @@ QVector<PatientScoreRecord> scoresOf(const QVector<Pair> &pairs)
 {
     QVector<PatientScoreRecord> scores;
     for (const Pair &pair : pairs) {
-        scores.append({QStringLiteral("patient %1").arg(scores.size()),
+        scores.append({QString("patient %1").arg(scores.size()),
                        QVector<double>(methodCount, pair.convergence),
                        QVector<double>(methodCount, pair.variability)});
     }
@@ -46,7 +46,7 @@ int widthOf(const QString &text)
 // A text that ends at x, a few pixels before it.
 QString endingAt(int x, int y, const QString &text)
 {
-    return QStringLiteral("text %1 %2: ").arg(x - widthOf(text)).arg(y) + text;
+    return QString("text %1 %2: ").arg(x - widthOf(text)).arg(y) + text;
 }
 
 // A white picture on which texts are as large as in the widget.
@@ -67,8 +67,7 @@ public:
     QString translate(const char *context, const char *text, const char * /*disambiguation*/,
                       int /*n*/) const override
     {
-        return qstrcmp(context, "ResultSubWindow") == 0 ? QString::fromLatin1(text).toUpper()
-                                                        : QString();
+        return qstrcmp(context, "ResultSubWindow") == 0 ? QString(text).toUpper() : QString();
     }
 };
 
@@ -95,7 +94,7 @@ private Q_SLOTS:
         RecordingPaintDevice device;
         draw(&device, window);
 
-        const auto text = [](const char *summary) { return QString::fromLatin1(summary); };
+        const auto text = [](const char *summary) { return summary; };
         QStringList expected;
         expected << text("text 175 100: B/W") << text("text 525 100: W/W")
                  << text("text 175 300: B/B") << text("text 525 300: W/B");
@@ -142,7 +141,7 @@ private Q_SLOTS:
         RecordingPaintDevice device;
         draw(&device, window);
         for (const Operation &label : device.operations().mid(0, 4)) {
-            QCOMPARE(label.font.family(), QStringLiteral("Arial"));
+            QCOMPARE(label.font.family(), "Arial");
             QCOMPARE(label.font.pointSize(), 30);
             QVERIFY(!label.font.italic());
             QVERIFY(!label.font.bold());
@@ -215,15 +214,15 @@ private Q_SLOTS:
         RecordingPaintDevice device;
         draw(&device, window);
         QCOMPARE(device.summaries().mid(device.summaries().size() - 2),
-                 QStringList() << QStringLiteral("text 5 398: ") + convergenceLine
-                               << QStringLiteral("text 5 385: ") + variabilityLine);
+                 QStringList() << "text 5 398: " + convergenceLine
+                               << "text 5 385: " + variabilityLine);
     }
 
     void indicesChooseTheScores()
     {
         const QVector<PatientScoreRecord> scores = {
-            {QStringLiteral("a"), {0, 0, 10}, {0, 4, 0}},
-            {QStringLiteral("b"), {100, 100, 20}, {100, 9, 100}},
+            {"a", {0, 0, 10}, {0, 4, 0}},
+            {"b", {100, 100, 20}, {100, 9, 100}},
         };
         const ResultSubWindow window(scores, 1, 2, 4, 10);
         RecordingPaintDevice device;
@@ -261,10 +260,11 @@ private Q_SLOTS:
             texts << text.text;
         }
         QCOMPARE(texts.mid(texts.size() - 4),
-                 QStringList() << QStringLiteral("CONVERGENCE") << QStringLiteral("VARIABILITY")
-                               << QStringLiteral("CONVERGENCE: C*E^(K*X)")
-                               << QStringLiteral("VARIABILITY: STANDARD DEVIATION"));
-        QVERIFY(texts.contains(QStringLiteral("patient 0")));
+                 QStringList() << "CONVERGENCE"
+                               << "VARIABILITY"
+                               << "CONVERGENCE: C*E^(K*X)"
+                               << "VARIABILITY: STANDARD DEVIATION");
+        QVERIFY(texts.contains("patient 0"));
     }
 
     void patientOnTheCrossHasBothCentersPrintedOnce()
@@ -273,11 +273,11 @@ private Q_SLOTS:
         RecordingPaintDevice device;
         draw(&device, window);
         const QStringList all = device.summaries();
-        QCOMPARE(all.count(QStringLiteral("ellipse 348 198 4 4")), 1);
-        QCOMPARE(all.count(QStringLiteral("text 352 210: 11")), 1);
-        QCOMPARE(all.count(endingAt(347, 198, QStringLiteral("5"))), 1);
-        QCOMPARE(all.filter(QRegularExpression(QStringLiteral(": 11$"))).size(), 1);
-        QCOMPARE(all.filter(QRegularExpression(QStringLiteral(": 5$"))).size(), 1);
+        QCOMPARE(all.count("ellipse 348 198 4 4"), 1);
+        QCOMPARE(all.count("text 352 210: 11"), 1);
+        QCOMPARE(all.count(endingAt(347, 198, "5")), 1);
+        QCOMPARE(all.filter(QRegularExpression(": 11$")).size(), 1);
+        QCOMPARE(all.filter(QRegularExpression(": 5$")).size(), 1);
     }
 
     void widgetShowsTheSameDrawing()
@@ -325,14 +325,14 @@ private Q_SLOTS:
         draw(&device, window);
         QTEST(device.operations(Operation::Ellipse).size(), "dots");
         QVERIFY(pathPoints(device.operations(Operation::Path).first().path)
-                    .startsWith(QStringLiteral("10,200 690,200; 350,10 350,390")));
+                    .startsWith("10,200 690,200; 350,10 350,390"));
         const QStringList all = device.summaries();
-        QCOMPARE(all.at(0), QStringLiteral("text 175 100: B/W"));
+        QCOMPARE(all.at(0), "text 175 100: B/W");
         QCOMPARE(all.mid(all.size() - 4),
-                 QStringList() << endingAt(690, 225, QStringLiteral("Convergence"))
-                               << endingAt(347, 30, QStringLiteral("Variability"))
-                               << QStringLiteral("text 5 398: Convergence: Median difference")
-                               << QStringLiteral("text 5 385: Variability: Standard deviation"));
+                 QStringList() << endingAt(690, 225, "Convergence")
+                               << endingAt(347, 30, "Variability")
+                               << "text 5 398: Convergence: Median difference"
+                               << "text 5 385: Variability: Standard deviation");
     }
 
     void svgIsWellFormed_data() { degenerateGroupKeepsAxesAndTexts_data(); }
@@ -343,12 +343,12 @@ private Q_SLOTS:
         QFETCH(double, centerX);
         QFETCH(double, centerY);
         QVector<PatientScoreRecord> scores = scoresOf(pairs);
-        scores[0].id = QStringLiteral("<&\x01") + QChar(0xDC00);
+        scores[0].id = QString("<&\x01") + QChar(0xDC00);
         const ResultSubWindow window(scores, 0, 0, centerY, centerX);
         const QByteArray svg = SvgDrawing::drawn(
             {575, 411}, [&window](QPainter *painter) { window.drawGraph(painter, 575, 411); });
         QCOMPARE(SvgDrawing::fault(svg), QString());
-        QVERIFY(SvgDrawing::texts(svg).endsWith(QStringLiteral("Variability: Standard deviation")));
+        QVERIFY(SvgDrawing::texts(svg).endsWith("Variability: Standard deviation"));
     }
 };
 

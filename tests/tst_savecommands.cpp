@@ -8,21 +8,15 @@
 namespace
 {
 
-QString text(const char *latin1)
-{
-    return QString::fromLatin1(latin1);
-}
-
 class Tester : public MainWindowTester
 {
 public:
     Tester()
     {
-        TestWorkbooks::save(
-            path(text("two.xlsx")),
-            {{text("a"), 50.0, 60.0, 55.0, 70.0}, {text("b"), 70.0, 68.0, 65.0, 66.0}});
+        TestWorkbooks::save(path("two.xlsx"),
+                            {{"a", 50.0, 60.0, 55.0, 70.0}, {"b", 70.0, 68.0, 65.0, 66.0}});
         start();
-        open(text("two.xlsx"));
+        open("two.xlsx");
     }
 
     /// Runs the command \p action and types \p fileName into its file dialog.
@@ -50,7 +44,7 @@ private Q_SLOTS:
             directory = dialog.directory().canonicalPath();
             dialog.reject();
         });
-        tester.trigger(text("Open File"));
+        tester.trigger("Open File");
         QCOMPARE(tester.answers.unexpected(), QStringList());
         QCOMPARE(directory, QDir(tester.folder.path()).canonicalPath());
     }
@@ -63,7 +57,7 @@ private Q_SLOTS:
         tester.start();
         tester.answers.expectMessage();
         tester.trigger(action);
-        QCOMPARE(tester.answers.messages(), QStringList(text("No data|No data to save")));
+        QCOMPARE(tester.answers.messages(), QStringList("No data|No data to save"));
         QCOMPARE(tester.answers.unexpected(), QStringList());
     }
 
@@ -72,10 +66,10 @@ private Q_SLOTS:
     {
         QFETCH(QString, action);
         Tester tester;
-        tester.trigger(text("Close file"));
+        tester.trigger("Close file");
         tester.answers.expectMessage();
         tester.trigger(action);
-        QCOMPARE(tester.answers.messages(), QStringList(text("No data|No data to save")));
+        QCOMPARE(tester.answers.messages(), QStringList("No data|No data to save"));
         QCOMPARE(tester.answers.unexpected(), QStringList());
     }
 
@@ -87,7 +81,7 @@ private Q_SLOTS:
         Tester tester;
         tester.answers.expect<QFileDialog>([caption](QFileDialog &dialog) {
             QCOMPARE(dialog.windowTitle(), caption);
-            QCOMPARE(dialog.nameFilters(), QStringList(text("Xlsx document (*.xlsx)")));
+            QCOMPARE(dialog.nameFilters(), QStringList("Xlsx document (*.xlsx)"));
             QCOMPARE(dialog.acceptMode(), QFileDialog::AcceptSave);
             QVERIFY(!dialog.testOption(QFileDialog::DontConfirmOverwrite));
             dialog.reject();
@@ -101,13 +95,13 @@ private Q_SLOTS:
     {
         QFETCH(QString, action);
         Tester tester;
-        const QString ward = tester.path(text("ward"));
+        const QString ward = tester.path("ward");
         QVERIFY(QDir().mkdir(ward));
         tester.answers.expect<QFileDialog>([&ward](QFileDialog &dialog) {
             dialog.setDirectory(ward);
             dialog.reject();
         });
-        tester.trigger(text("Open File"));
+        tester.trigger("Open File");
         QString directory;
         tester.answers.expect<QFileDialog>([&directory](QFileDialog &dialog) {
             directory = dialog.directory().canonicalPath();
@@ -136,10 +130,10 @@ private Q_SLOTS:
         QFETCH(QString, action);
         QFETCH(QStringList, sheets);
         Tester tester;
-        tester.saveAs(action, text("no extension"));
+        tester.saveAs(action, "no extension");
         QCOMPARE(tester.answers.unexpected(), QStringList());
-        QVERIFY(!QFile::exists(tester.path(text("no extension.xlsx"))));
-        const QXlsx::Document saved(tester.path(text("no extension")));
+        QVERIFY(!QFile::exists(tester.path("no extension.xlsx")));
+        const QXlsx::Document saved(tester.path("no extension"));
         QCOMPARE(saved.sheetNames(), sheets);
     }
 
@@ -149,12 +143,12 @@ private Q_SLOTS:
         QFETCH(QString, action);
         Tester tester;
         const QStringList table = MainWindowTester::tableTexts(*tester.patientTable());
-        tester.saveAs(action, text("nowhere/out.xlsx"));
+        tester.saveAs(action, "nowhere/out.xlsx");
         QCOMPARE(tester.answers.messages(), QStringList());
         QCOMPARE(tester.answers.unexpected(), QStringList());
-        QVERIFY(!QFile::exists(tester.path(text("nowhere"))));
+        QVERIFY(!QFile::exists(tester.path("nowhere")));
         QCOMPARE(MainWindowTester::tableTexts(*tester.patientTable()), table);
-        QVERIFY(tester.action(text("Close file"))->isEnabled());
+        QVERIFY(tester.action("Close file")->isEnabled());
     }
 
     void savedDataOpensAgainAsInput()
@@ -162,9 +156,9 @@ private Q_SLOTS:
         Tester tester;
         const QStringList table = MainWindowTester::tableTexts(*tester.patientTable());
         const QStringList scores = MainWindowTester::tableTexts(*tester.scoreTable());
-        tester.saveAs(text("Save file"), text("data.xlsx"));
-        tester.trigger(text("Close file"));
-        tester.open(text("data.xlsx"));
+        tester.saveAs("Save file", "data.xlsx");
+        tester.trigger("Close file");
+        tester.open("data.xlsx");
         QCOMPARE(tester.answers.unexpected(), QStringList());
         QCOMPARE(MainWindowTester::tableTexts(*tester.patientTable()), table);
         QCOMPARE(MainWindowTester::tableTexts(*tester.scoreTable()), scores);
@@ -174,9 +168,9 @@ private Q_SLOTS:
     {
         Tester tester;
         tester.patientsModel()->patients[1].idealKvadrant = 3;
-        tester.saveAs(text("Save data analysis"), text("analysis.xlsx"));
-        QXlsx::Document saved(tester.path(text("analysis.xlsx")));
-        QVERIFY(saved.selectSheet(text("IdealCompare")));
+        tester.saveAs("Save data analysis", "analysis.xlsx");
+        QXlsx::Document saved(tester.path("analysis.xlsx"));
+        QVERIFY(saved.selectSheet("IdealCompare"));
         QCOMPARE(saved.read(2, 2).toInt(), -1);
         QCOMPARE(saved.read(3, 2).toInt(), 3);
     }
@@ -187,17 +181,16 @@ private Q_SLOTS:
         average.replace("Median = 1", "Median = 0");
         MainWindowTester tester(average);
         // Median differences 1, 2 and 9: on the median the middle one is worse, on the mean better.
-        TestWorkbooks::save(
-            tester.path(text("three.xlsx")),
-            {{text("a"), 50.0, 51.0}, {text("b"), 50.0, 52.0}, {text("c"), 50.0, 59.0}});
+        TestWorkbooks::save(tester.path("three.xlsx"),
+                            {{"a", 50.0, 51.0}, {"b", 50.0, 52.0}, {"c", 50.0, 59.0}});
         tester.start();
-        tester.open(text("three.xlsx"));
-        QCOMPARE(tester.patientsModel()->index(1, 1).data().toString().left(1), text("B"));
-        tester.answers.expectFile(tester.path(text("analysis.xlsx")));
-        tester.trigger(text("Save data analysis"));
-        QXlsx::Document saved(tester.path(text("analysis.xlsx")));
-        QVERIFY(saved.selectSheet(text("Convergence&Variability")));
-        QCOMPARE(saved.read(4, 1).toString(), text("b"));
+        tester.open("three.xlsx");
+        QCOMPARE(tester.patientsModel()->index(1, 1).data().toString().left(1), "B");
+        tester.answers.expectFile(tester.path("analysis.xlsx"));
+        tester.trigger("Save data analysis");
+        QXlsx::Document saved(tester.path("analysis.xlsx"));
+        QVERIFY(saved.selectSheet("Convergence&Variability"));
+        QCOMPARE(saved.read(4, 1).toString(), "b");
         QCOMPARE(saved.read(4, 2).toInt(), 1);
     }
 
@@ -207,22 +200,24 @@ private:
         QTest::addColumn<QString>("action");
         QTest::addColumn<QString>("caption");
         QTest::addColumn<QStringList>("sheets");
-        QTest::newRow("data") << text("Save file") << text("Save file")
-                              << QStringList({text("Data"), text("Method result"), text("Graph")});
-        QStringList analysis = {text("Median")};
+        QTest::newRow("data") << "Save file"
+                              << "Save file" << QStringList({"Data", "Method result", "Graph"});
+        QStringList analysis = {"Median"};
         const auto numbered = [&analysis](const char *name, int count) {
             for (int i = 1; i <= count; ++i) {
-                analysis << text(name) + QString::number(i);
+                analysis << name + QString::number(i);
             }
         };
         numbered("Compare ", 9);
-        analysis << text("AnovaMedian") << text("Convergence&Variability");
+        analysis << "AnovaMedian"
+                 << "Convergence&Variability";
         numbered("Covergence compare ", 3);
-        analysis << text("ConvAnova");
+        analysis << "ConvAnova";
         numbered("Variability compare ", 3);
-        analysis << text("VarAnova") << text("IdealCompare");
-        QTest::newRow("analysis") << text("Save data analysis") << text("Save analysis")
-                                  << analysis;
+        analysis << "VarAnova"
+                 << "IdealCompare";
+        QTest::newRow("analysis") << "Save data analysis"
+                                  << "Save analysis" << analysis;
     }
 };
 

@@ -20,7 +20,7 @@
 namespace
 {
 
-const QString fileName = QStringLiteral("config.ini");
+const QString fileName = "config.ini";
 
 void write(const QByteArray &content)
 {
@@ -38,8 +38,8 @@ QByteArray content()
 // The file as the program itself makes it.
 QByteArray settings(int convergence, int variance, int median, int skip, int show)
 {
-    return QStringLiteral("[Method]\nConvergence = %1\nVariance = %2\n\n\n[Result]\nMedian = %3\n"
-                          "\n\n[Variable]\nSkip = %4\n\n\n[Info]\nShow = %5\n")
+    return QString("[Method]\nConvergence = %1\nVariance = %2\n\n\n[Result]\nMedian = %3\n"
+                   "\n\n[Variable]\nSkip = %4\n\n\n[Info]\nShow = %5\n")
         .arg(convergence)
         .arg(variance)
         .arg(median)
@@ -51,7 +51,7 @@ QByteArray settings(int convergence, int variance, int median, int skip, int sho
 template<typename Widget>
 Widget *find(const SettingsDialog &dialog, const char *name)
 {
-    return dialog.findChild<Widget *>(QLatin1String(name));
+    return dialog.findChild<Widget *>(name);
 }
 
 void click(QAbstractButton *button)
@@ -109,7 +109,7 @@ private Q_SLOTS:
     void windowHasTitleAndFixedSize()
     {
         open();
-        QCOMPARE(m_dialog->windowTitle(), QStringLiteral("Settings"));
+        QCOMPARE(m_dialog->windowTitle(), "Settings");
         QCOMPARE(m_dialog->parent(), nullptr);
         QCOMPARE(m_dialog->layout()->sizeConstraint(), QLayout::SetFixedSize);
         QCOMPARE(m_dialog->minimumSize(), m_dialog->maximumSize());
@@ -127,8 +127,9 @@ private Q_SLOTS:
             titles << group->title();
         }
         QCOMPARE(titles,
-                 QStringList() << QStringLiteral("Method") << QStringLiteral("Center method")
-                               << QStringLiteral("Offset"));
+                 QStringList() << "Method"
+                               << "Center method"
+                               << "Offset");
     }
 
     void buttonsStandAtTheRightEdge()
@@ -142,8 +143,8 @@ private Q_SLOTS:
         const auto *cancel = qobject_cast<QPushButton *>(buttons->itemAt(1)->widget());
         QCOMPARE(ok, find<QPushButton>(*m_dialog, "okButton"));
         QCOMPARE(cancel, find<QPushButton>(*m_dialog, "cancelButton"));
-        QCOMPARE(ok->text(), QStringLiteral("Ok"));
-        QCOMPARE(cancel->text(), QStringLiteral("Cancel"));
+        QCOMPARE(ok->text(), "Ok");
+        QCOMPARE(cancel->text(), "Cancel");
         QCOMPARE(ok->parent(), m_dialog.get());
         QCOMPARE(cancel->parent(), m_dialog.get());
     }
@@ -161,13 +162,13 @@ private Q_SLOTS:
             {"offsetSpin", "Offset"},          {"showInfoCheck", "Show information"},
         };
         for (auto group = groups.begin(); group != groups.end(); ++group) {
-            QCOMPARE(groupOf(group.key()), QLatin1String(group.value()));
+            QCOMPARE(groupOf(group.key()), group.value());
         }
 
         const auto *average = find<QCheckBox>(*m_dialog, "averageCheck");
         const auto *median = find<QCheckBox>(*m_dialog, "medianCheck");
-        QCOMPARE(average->text(), QStringLiteral("Average"));
-        QCOMPARE(median->text(), QStringLiteral("Median"));
+        QCOMPARE(average->text(), "Average");
+        QCOMPARE(median->text(), "Median");
         QVERIFY(average->x() < median->x());
     }
 
@@ -182,8 +183,9 @@ private Q_SLOTS:
         }
         labels.sort();
         QCOMPARE(labels,
-                 QStringList() << QStringLiteral("Convergence") << QStringLiteral("Offset count")
-                               << QStringLiteral("Variability"));
+                 QStringList() << "Convergence"
+                               << "Offset count"
+                               << "Variability");
         const auto *rows = find<QWidget>(*m_dialog, "convergenceCombo")->parentWidget()->layout();
         QCOMPARE(rows->count(), 2);
         for (int i = 0; i < rows->count(); ++i) {
@@ -196,13 +198,13 @@ private Q_SLOTS:
     {
         open();
         QCOMPARE(items(find<QComboBox>(*m_dialog, "convergenceCombo")),
-                 QStringList() << QStringLiteral("Median difference")
-                               << QStringLiteral("Linear least squares")
-                               << QStringLiteral("C*e^(k*x)"));
+                 QStringList() << "Median difference"
+                               << "Linear least squares"
+                               << "C*e^(k*x)");
         QCOMPARE(items(find<QComboBox>(*m_dialog, "varianceCombo")),
-                 QStringList() << QStringLiteral("Standard deviation")
-                               << QStringLiteral("Difference standard deviation offset")
-                               << QStringLiteral("Interquartile range"));
+                 QStringList() << "Standard deviation"
+                               << "Difference standard deviation offset"
+                               << "Interquartile range");
         const auto *spin = find<QSpinBox>(*m_dialog, "offsetSpin");
         QCOMPARE(spin->minimum(), 0);
         QCOMPARE(spin->maximum(), 99);
@@ -212,7 +214,7 @@ private Q_SLOTS:
     {
         open();
         const auto *check = find<QCheckBox>(*m_dialog, "showInfoCheck");
-        QCOMPARE(check->text(), QStringLiteral("Show info (above right table)"));
+        QCOMPARE(check->text(), "Show info (above right table)");
         QVERIFY(!check->isVisible());
         QVERIFY(!check->parentWidget()->isVisible());
         QVERIFY(check->parentWidget()->parentWidget() == m_dialog.get());

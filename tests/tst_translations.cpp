@@ -28,23 +28,18 @@
 namespace
 {
 
-QString text(const char *utf8)
-{
-    return QString::fromUtf8(utf8);
-}
-
 QStringList texts(std::initializer_list<const char *> list)
 {
     QStringList all;
     for (const char *entry : list) {
-        all << text(entry);
+        all << entry;
     }
     return all;
 }
 
 QByteArray catalogue()
 {
-    QFile file(QStringLiteral(CZECH_CATALOGUE));
+    QFile file(CZECH_CATALOGUE);
     return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray();
 }
 
@@ -63,17 +58,16 @@ QMap<QString, Message> messagesOf(const QString &path)
     if (!file.open(QFile::ReadOnly) || !document.setContent(&file)) {
         return messages;
     }
-    const QDomNodeList elements = document.elementsByTagName(text("message"));
+    const QDomNodeList elements = document.elementsByTagName("message");
     for (int i = 0; i < elements.size(); ++i) {
         const QDomElement element = elements.at(i).toElement();
-        const QDomElement translation = element.firstChildElement(text("translation"));
+        const QDomElement translation = element.firstChildElement("translation");
         const QStringList key{
-            element.parentNode().firstChildElement(text("name")).text(),
-            element.firstChildElement(text("source")).text(),
-            element.firstChildElement(text("comment")).text(),
+            element.parentNode().firstChildElement("name").text(),
+            element.firstChildElement("source").text(),
+            element.firstChildElement("comment").text(),
         };
-        messages.insert(key.join(QLatin1Char('|')),
-                        {translation.text(), translation.attribute(text("type"))});
+        messages.insert(key.join('|'), {translation.text(), translation.attribute("type")});
     }
     return messages;
 }
@@ -81,7 +75,7 @@ QMap<QString, Message> messagesOf(const QString &path)
 /// What a translation has to keep: blanks at the ends, placeholders, patterns of file names.
 QStringList keptParts(const QString &string)
 {
-    static const QRegularExpression part(text(R"(^\s+|\s+$|%L?\d+|%n|\(\*\.\w+\)|:$)"));
+    static const QRegularExpression part(R"(^\s+|\s+$|%L?\d+|%n|\(\*\.\w+\)|:$)");
     QStringList parts;
     QRegularExpressionMatchIterator matches = part.globalMatch(string);
     while (matches.hasNext()) {
@@ -97,8 +91,8 @@ class CzechTester : public MainWindowTester
 public:
     explicit CzechTester(const QByteArray &config = defaultConfig) : MainWindowTester(config)
     {
-        writeFile(text("czech_cs.qm"), catalogue());
-        if (!m_translator.load(text("czech_cs"), QString(), QString(), QString())) {
+        writeFile("czech_cs.qm", catalogue());
+        if (!m_translator.load("czech_cs", QString(), QString(), QString())) {
             qFatal("the Czech texts cannot be loaded");
         }
         QCoreApplication::installTranslator(&m_translator);
@@ -107,16 +101,16 @@ public:
     /// Median differences -2, 0 and 5; standard deviations 1.87083, 0 and 8.61523.
     void openThreePatients()
     {
-        TestWorkbooks::save(path(text("three.xlsx")),
-                            {{text("falling"), 52.0, 50.0, 48.0, 47.0},
-                             {text("level"), 60.0, 60.0, 60.0, 60.0, 60.0},
-                             {text("rising"), 40.0, 45.0, 50.0, 55.0, 60.0, 66.0}});
-        openFile(text("three.xlsx"));
+        TestWorkbooks::save(path("three.xlsx"),
+                            {{"falling", 52.0, 50.0, 48.0, 47.0},
+                             {"level", 60.0, 60.0, 60.0, 60.0, 60.0},
+                             {"rising", 40.0, 45.0, 50.0, 55.0, 60.0, 66.0}});
+        openFile("three.xlsx");
     }
     void openFile(const QString &name)
     {
         answers.expectFile(path(name));
-        trigger(text("Otevřít soubor"));
+        trigger("Otevřít soubor");
     }
 
 private:
@@ -146,7 +140,7 @@ QStringList paintedTexts(const QByteArray &svg)
     QDomDocument page;
     page.setContent(svg);
     QStringList painted;
-    const QDomNodeList elements = page.elementsByTagName(text("text"));
+    const QDomNodeList elements = page.elementsByTagName("text");
     for (int i = 0; i < elements.size(); ++i) {
         painted << elements.at(i).toElement().text().trimmed();
     }
@@ -164,22 +158,20 @@ ProgramRun startProgram(const QString &folder)
     QProcess program;
     program.setWorkingDirectory(folder);
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(text("XDG_RUNTIME_DIR"), folder);
+    environment.insert("XDG_RUNTIME_DIR", folder);
     program.setProcessEnvironment(environment);
-    program.start(text(START_REPORT), QStringList());
+    program.start(START_REPORT, QStringList());
     if (!program.waitForFinished(60000)) {
         program.kill();
         program.waitForFinished();
         return {};
     }
-    QStringList errors =
-        QString::fromLocal8Bit(program.readAllStandardError()).split(QLatin1Char('\n'));
+    QStringList errors = QString::fromLocal8Bit(program.readAllStandardError()).split('\n');
     // The platform without a screen has something to say to every window.
-    errors = errors.filter(QRegularExpression(text("^(?!This plugin does not support).")));
+    errors = errors.filter(QRegularExpression("^(?!This plugin does not support)."));
     const QString output = QString::fromUtf8(program.readAllStandardOutput());
     // The accelerator marks of Qt's own buttons depend on the desktop.
-    return {QString(output).remove(QLatin1Char('&')).split(QLatin1Char('\n'), Qt::SkipEmptyParts),
-            errors};
+    return {QString(output).remove('&').split('\n', Qt::SkipEmptyParts), errors};
 }
 
 const QStringList &englishStart()
@@ -229,7 +221,7 @@ class TestTranslations : public QObject
 private Q_SLOTS:
     void everyTextIsTranslated()
     {
-        const QMap<QString, Message> messages = messagesOf(text(CZECH_SOURCE));
+        const QMap<QString, Message> messages = messagesOf(CZECH_SOURCE);
         QVERIFY(!messages.isEmpty());
         QStringList open;
         for (auto message = messages.begin(); message != messages.end(); ++message) {
@@ -242,10 +234,10 @@ private Q_SLOTS:
 
     void blanksAndPlaceholdersAreKept()
     {
-        const QMap<QString, Message> messages = messagesOf(text(CZECH_SOURCE));
+        const QMap<QString, Message> messages = messagesOf(CZECH_SOURCE);
         QVERIFY(!messages.isEmpty());
         for (auto message = messages.begin(); message != messages.end(); ++message) {
-            const QString source = message.key().section(QLatin1Char('|'), 1, 1);
+            const QString source = message.key().section('|', 1, 1);
             QVERIFY2(keptParts(source) == keptParts(message->translation),
                      qPrintable(message.key()));
         }
@@ -254,15 +246,15 @@ private Q_SLOTS:
     void noTextOfTheSourcesIsMissing()
     {
         const QTemporaryDir folder;
-        const QString fresh = folder.filePath(text("fresh.ts"));
+        const QString fresh = folder.filePath("fresh.ts");
         QProcess lupdate;
-        lupdate.start(text(LUPDATE), {text("-silent"), text(SOURCES), text("-ts"), fresh});
+        lupdate.start(LUPDATE, {"-silent", SOURCES, "-ts", fresh});
         QVERIFY(lupdate.waitForFinished(60000));
         QCOMPARE(lupdate.exitCode(), 0);
 
         const QStringList found = messagesOf(fresh).keys();
-        QVERIFY(found.contains(text("MainWindow|Open File|")));
-        const QMap<QString, Message> known = messagesOf(text(CZECH_SOURCE));
+        QVERIFY(found.contains("MainWindow|Open File|"));
+        const QMap<QString, Message> known = messagesOf(CZECH_SOURCE);
         QStringList missing;
         for (const QString &key : found) {
             if (!known.contains(key)) {
@@ -291,11 +283,11 @@ private Q_SLOTS:
                 + translated("CPatientsModel", kvadrant.variability);
             QCOMPARE(translated("ResultSubWindow", kvadrant.label), mark);
             QCOMPARE(translated("MainWindow", kvadrant.entry),
-                     text("Kvadrant %1 (%2)").arg(kvadrant.number).arg(mark));
+                     QString("Kvadrant %1 (%2)").arg(kvadrant.number).arg(mark));
         }
         const QString better = translated("CPatientsModel", "B");
         const QString worse = translated("CPatientsModel", "W");
-        const QString explanation = text(" %1 – lepší, %2 – horší").arg(better, worse);
+        const QString explanation = QString(" %1 – lepší, %2 – horší").arg(better, worse);
         QVERIFY(better != worse);
         QVERIFY(
             translated("MainWindow", "Convergence: B - Better, W - Worse").endsWith(explanation));
@@ -307,7 +299,7 @@ private Q_SLOTS:
     void programStartsInCzech()
     {
         const QTemporaryDir folder;
-        QVERIFY(QFile::copy(text(CZECH_CATALOGUE), folder.filePath(text("czech_cs.qm"))));
+        QVERIFY(QFile::copy(CZECH_CATALOGUE, folder.filePath("czech_cs.qm")));
         const ProgramRun run = startProgram(folder.path());
         QCOMPARE(run.errors, QStringList());
         constexpr const char *noSettings =
@@ -371,7 +363,7 @@ private Q_SLOTS:
     {
         QFETCH(const QByteArray, content);
         const QTemporaryDir folder;
-        QFile file(folder.filePath(text("czech_cs.qm")));
+        QFile file(folder.filePath("czech_cs.qm"));
         QVERIFY(file.open(QFile::WriteOnly));
         QCOMPARE(file.write(content), qint64(content.size()));
         file.close();
@@ -397,11 +389,11 @@ private Q_SLOTS:
         QFETCH(const int, median);
         QFETCH(const QStringList, values);
         const QFont before = QApplication::font();
-        QApplication::setFont(QFont(text("DejaVu Sans"), 9));
+        QApplication::setFont(QFont("DejaVu Sans", 9));
         {
             CzechTester tester(
-                text("[Method]\nConvergence = %1\nVariance = %1\n[Result]\nMedian = %2\n"
-                     "[Variable]\nSkip = 99\n")
+                QString("[Method]\nConvergence = %1\nVariance = %1\n[Result]\nMedian = %2\n"
+                        "[Variable]\nSkip = 99\n")
                     .arg(method)
                     .arg(median)
                     .toLatin1());
@@ -431,9 +423,9 @@ private Q_SLOTS:
         const auto header = [](const QAbstractItemModel *model, int section, Qt::Orientation way) {
             return model->headerData(section, way).toString();
         };
-        QCOMPARE(header(tester.patientsModel(), 0, Qt::Horizontal), text("ID pacienta"));
-        QCOMPARE(header(tester.patientsModel(), 1, Qt::Horizontal), text("Výsledky metod"));
-        QCOMPARE(header(tester.patientsModel(), 2, Qt::Horizontal), text("Unknown!"));
+        QCOMPARE(header(tester.patientsModel(), 0, Qt::Horizontal), "ID pacienta");
+        QCOMPARE(header(tester.patientsModel(), 1, Qt::Horizontal), "Výsledky metod");
+        QCOMPARE(header(tester.patientsModel(), 2, Qt::Horizontal), "Unknown!");
         // The middle patient is the center of x; of y it is the one that falls.
         QCOMPARE(MainWindowTester::tableTexts(*tester.patientTable()),
                  texts({"falling L/H", "level H/L", "rising H/H"}));
@@ -447,7 +439,7 @@ private Q_SLOTS:
                         "Směrodatná odchylka (y)", "Směrodatná odchylka rozdílů s posunem (y)",
                         "Mezikvartilové rozpětí (y)"}));
         // 52, 50, 48, 47: the slope is -17/10.
-        QCOMPARE(tester.scoreModel()->index(1, 0).data().toString(), text("-1.7"));
+        QCOMPARE(tester.scoreModel()->index(1, 0).data().toString(), "-1.7");
     }
 
     void shortcutsStay()
@@ -455,16 +447,16 @@ private Q_SLOTS:
         CzechTester tester;
         tester.start();
         const auto shortcut = [&tester](const char *action) {
-            return tester.action(text(action))->shortcut().toString(QKeySequence::PortableText);
+            return tester.action(action)->shortcut().toString(QKeySequence::PortableText);
         };
-        QCOMPARE(shortcut("Otevřít soubor"), text("Ctrl+O"));
-        QCOMPARE(shortcut("Uložit soubor"), text("Ctrl+S"));
-        QCOMPARE(shortcut("Exportovat graf"), text("Ctrl+P"));
-        QCOMPARE(shortcut("Nastavení"), text("Ctrl+T"));
-        QCOMPARE(shortcut("Graf skupin"), text("Ctrl+L"));
-        QCOMPARE(shortcut("Uložit analýzu dat"), text("Ctrl+D"));
-        QCOMPARE(shortcut("Zavřít soubor"), text("Ctrl+H"));
-        QCOMPARE(shortcut("Ukončit"), text("Ctrl+Q"));
+        QCOMPARE(shortcut("Otevřít soubor"), "Ctrl+O");
+        QCOMPARE(shortcut("Uložit soubor"), "Ctrl+S");
+        QCOMPARE(shortcut("Exportovat graf"), "Ctrl+P");
+        QCOMPARE(shortcut("Nastavení"), "Ctrl+T");
+        QCOMPARE(shortcut("Graf skupin"), "Ctrl+L");
+        QCOMPARE(shortcut("Uložit analýzu dat"), "Ctrl+D");
+        QCOMPARE(shortcut("Zavřít soubor"), "Ctrl+H");
+        QCOMPARE(shortcut("Ukončit"), "Ctrl+Q");
     }
 
     void settingsDialogIsCzech()
@@ -490,7 +482,7 @@ private Q_SLOTS:
             }
             dialog.reject();
         });
-        tester.trigger(text("Nastavení"));
+        tester.trigger("Nastavení");
         QCOMPARE(tester.answers.unexpected(), QStringList());
         shown.sort();
         QStringList expected =
@@ -536,7 +528,7 @@ private Q_SLOTS:
             shown << dialog.windowTitle() << dialog.labelText() << dialog.textValue();
             dialog.accept();
         });
-        tester.button(text("Zobrazit graf"))->click();
+        tester.button("Zobrazit graf")->click();
         const auto *tabs = tester.window->findChild<QTabWidget *>();
         QVERIFY(tabs);
         shown << tabs->tabText(0) << tabs->tabText(1);
@@ -555,26 +547,25 @@ private Q_SLOTS:
         tester.openThreePatients();
         tester.patientTable()->selectRow(2);
         tester.answers.expect<QInputDialog>([](QInputDialog &dialog) { dialog.accept(); });
-        tester.button(text("Zobrazit graf"))->click();
+        tester.button("Zobrazit graf")->click();
         QStringList shown;
         tester.answers.expect<QFileDialog>([&](QFileDialog &dialog) {
             shown << dialog.windowTitle() << dialog.nameFilters();
-            dialog.findChild<QLineEdit *>(text("fileNameEdit"))
-                ->setText(tester.path(text("page.svg")));
+            dialog.findChild<QLineEdit *>("fileNameEdit")->setText(tester.path("page.svg"));
             QMetaObject::invokeMethod(&dialog, "accept");
         });
         tester.answers.expectMessage();
-        tester.trigger(text("Exportovat graf"));
+        tester.trigger("Exportovat graf");
         QCOMPARE(tester.answers.unexpected(), QStringList());
         QCOMPARE(shown, texts({"Uložit SVG", "Soubory SVG (*.svg)"}));
         QCOMPARE(tester.answers.messages(), texts({"Export grafů|Graf byl úspěšně exportován"}));
 
-        const QStringList painted = paintedTexts(tester.readFile(text("page.svg")));
+        const QStringList painted = paintedTexts(tester.readFile("page.svg"));
         for (const char *expected :
              {"L/H", "H/H", "L/L", "H/L", "Konvergence", "Variabilita",
               "Konvergence: Lineární regrese metodou nejmenších čtverců",
               "Variabilita: Směrodatná odchylka rozdílů s posunem", "mmol/mol", "x", "rising"}) {
-            QVERIFY2(painted.contains(text(expected)), expected);
+            QVERIFY2(painted.contains(expected), expected);
         }
     }
 
@@ -583,12 +574,12 @@ private Q_SLOTS:
         CzechTester tester;
         tester.start();
         tester.answers.expectMessage();
-        tester.trigger(text("Graf skupin"));
+        tester.trigger("Graf skupin");
         tester.answers.expectMessage();
-        tester.trigger(text("Exportovat graf"));
+        tester.trigger("Exportovat graf");
         tester.openThreePatients();
         tester.answers.expectMessage();
-        tester.button(text("Zobrazit graf"))->click();
+        tester.button("Zobrazit graf")->click();
         QCOMPARE(tester.answers.unexpected(), QStringList());
         QCOMPARE(
             tester.answers.messages(),
@@ -603,19 +594,18 @@ private Q_SLOTS:
         QTest::addColumn<QString>("sentence");
         QTest::newRow("no patients")
             << 0
-            << text("Sešit neobsahuje žádné pacienty: buňka v 1. sloupci 2. řádku je prázdná. Nic "
-                    "nebylo otevřeno.");
+            << "Sešit neobsahuje žádné pacienty: buňka v 1. sloupci 2. řádku je prázdná. Nic "
+               "nebylo otevřeno.";
         QTest::newRow("one short row") << 1
-                                       << text("Každý pacient musí mít alespoň dvě hodnoty. Nic "
-                                               "nebylo otevřeno. Méně hodnot mají "
-                                               "tyto řádky:\nŘádek 2: p");
-        QString eleven =
-            text("Každý pacient musí mít alespoň dvě hodnoty. Nic nebylo otevřeno. Méně "
-                 "hodnot mají tyto řádky:");
+                                       << "Každý pacient musí mít alespoň dvě hodnoty. Nic "
+                                          "nebylo otevřeno. Méně hodnot mají "
+                                          "tyto řádky:\nŘádek 2: p";
+        QString eleven = "Každý pacient musí mít alespoň dvě hodnoty. Nic nebylo otevřeno. Méně "
+                         "hodnot mají tyto řádky:";
         for (int row = 2; row < 12; ++row) {
-            eleven += text("\nŘádek %1: p").arg(row);
+            eleven += QString("\nŘádek %1: p").arg(row);
         }
-        QTest::newRow("many short rows") << 12 << eleven + text("\npočet dalších: 2");
+        QTest::newRow("many short rows") << 12 << eleven + "\npočet dalších: 2";
     }
 
     void refusalsAreCzech()
@@ -624,14 +614,14 @@ private Q_SLOTS:
         QFETCH(const QString, sentence);
         CzechTester tester;
         tester.start();
-        TestWorkbooks::save(tester.path(text("short.xlsx")),
-                            QVector<TestWorkbooks::Row>(patients, {text("p"), 50.0}));
-        tester.answers.expectFile(tester.path(text("short.xlsx")));
+        TestWorkbooks::save(tester.path("short.xlsx"),
+                            QVector<TestWorkbooks::Row>(patients, {"p", 50.0}));
+        tester.answers.expectFile(tester.path("short.xlsx"));
         tester.answers.expectMessage();
-        tester.trigger(text("Otevřít soubor"));
+        tester.trigger("Otevřít soubor");
         QCOMPARE(tester.answers.unexpected(), QStringList());
         QCOMPARE(tester.answers.messages(),
-                 QStringList(text("Otevřít soubor|") + sentence + text("\n\nshort.xlsx")));
+                 QStringList("Otevřít soubor|" + sentence + "\n\nshort.xlsx"));
     }
 
     void savingAsksInCzechAndWritesEnglish_data()
@@ -639,10 +629,12 @@ private Q_SLOTS:
         QTest::addColumn<QString>("action");
         QTest::addColumn<QString>("caption");
         QTest::addColumn<QString>("englishAction");
-        QTest::newRow("data") << text("Uložit soubor") << text("Uložit soubor")
-                              << text("Save file");
-        QTest::newRow("analysis") << text("Uložit analýzu dat") << text("Uložit analýzu")
-                                  << text("Save data analysis");
+        QTest::newRow("data") << "Uložit soubor"
+                              << "Uložit soubor"
+                              << "Save file";
+        QTest::newRow("analysis") << "Uložit analýzu dat"
+                                  << "Uložit analýzu"
+                                  << "Save data analysis";
     }
 
     void savingAsksInCzechAndWritesEnglish()
@@ -651,32 +643,31 @@ private Q_SLOTS:
         QFETCH(const QString, caption);
         QFETCH(const QString, englishAction);
         const QTemporaryDir folder;
-        const QString czechBook = folder.filePath(text("czech.xlsx"));
-        const QString englishBook = folder.filePath(text("english.xlsx"));
+        const QString czechBook = folder.filePath("czech.xlsx");
+        const QString englishBook = folder.filePath("english.xlsx");
         {
             CzechTester tester;
             tester.start();
             tester.answers.expectMessage();
             tester.trigger(action);
             QCOMPARE(tester.answers.messages(),
-                     QStringList(text("Žádná data|Nejsou žádná data k uložení")));
+                     QStringList("Žádná data|Nejsou žádná data k uložení"));
             tester.openThreePatients();
             tester.answers.expect<QFileDialog>([&caption](QFileDialog &dialog) {
                 QCOMPARE(dialog.windowTitle(), caption);
-                QCOMPARE(dialog.nameFilters(), QStringList(text("Dokument xlsx (*.xlsx)")));
+                QCOMPARE(dialog.nameFilters(), QStringList("Dokument xlsx (*.xlsx)"));
                 dialog.reject();
             });
             tester.trigger(action);
             tester.answers.expectFile(czechBook);
             tester.trigger(action);
-            QVERIFY(
-                QFile::copy(tester.path(text("three.xlsx")), folder.filePath(text("three.xlsx"))));
+            QVERIFY(QFile::copy(tester.path("three.xlsx"), folder.filePath("three.xlsx")));
             QCOMPARE(tester.answers.unexpected(), QStringList());
         }
         MainWindowTester english;
         english.start();
-        english.answers.expectFile(folder.filePath(text("three.xlsx")));
-        english.trigger(text("Open File"));
+        english.answers.expectFile(folder.filePath("three.xlsx"));
+        english.trigger("Open File");
         english.answers.expectFile(englishBook);
         english.trigger(englishAction);
         const QStringList cells = cellsOf(englishBook);
@@ -687,7 +678,7 @@ private Q_SLOTS:
     void dialogsOfTheToolkitAreCzech()
     {
         const QString installed = QLibraryInfo::location(QLibraryInfo::TranslationsPath);
-        if (!QFile::exists(installed + text("/qtbase_cs.qm"))) {
+        if (!QFile::exists(installed + "/qtbase_cs.qm")) {
             QSKIP("Qt's Czech catalogue is not installed");
         }
         CzechTester tester;
@@ -696,11 +687,11 @@ private Q_SLOTS:
         tester.answers.expect<QFileDialog>([&shown](QFileDialog &dialog) {
             shown << dialog.windowTitle() << dialog.nameFilters();
             for (const QPushButton *button : dialog.findChildren<QPushButton *>()) {
-                shown << button->text().remove(QLatin1Char('&'));
+                shown << button->text().remove('&');
             }
             dialog.reject();
         });
-        tester.trigger(text("Otevřít soubor"));
+        tester.trigger("Otevřít soubor");
         QCOMPARE(tester.answers.unexpected(), QStringList());
         QCOMPARE(shown, texts({"Otevřít soubor", "Dokument xlsx (*.xlsx)", "Otevřít", "Zrušit"}));
     }

@@ -24,7 +24,7 @@ namespace
 
 void useSkip(const QByteArray &text)
 {
-    QFile file(QStringLiteral("config.ini"));
+    QFile file("config.ini");
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write("[Variable]\nSkip = " + text + '\n');
     file.close();
@@ -287,7 +287,7 @@ private Q_SLOTS:
 
     void aMissingSkipLeavesNothingOut()
     {
-        QVERIFY(QFile::remove(QStringLiteral("config.ini")));
+        QVERIFY(QFile::remove("config.ini"));
         CConfig::resetInstance();
         QCOMPARE(difference(differenceStandardDeviationOffset({50, 60, 55, 70}), 8.49836585598798,
                             2e-15),
@@ -337,7 +337,7 @@ private Q_SLOTS:
     void allMethodsComeInOrder()
     {
         useSkip("0");
-        const Series all = variabilityValues({QStringLiteral("a"), {50, 60, 55, 70, 40}, -1});
+        const Series all = variabilityValues({"a", {50, 60, 55, 70, 40}, -1});
         QCOMPARE(all.size(), 3);
         QCOMPARE(difference(all.at(0), 10.0, 1e-15), QString());
         // Steps -10, 5, -15, 30 about 2.5.
@@ -351,7 +351,7 @@ private Q_SLOTS:
 
     void theSeriesIsLeftAlone()
     {
-        const PatientRecord patient = {QStringLiteral("a"), {70, 50, 60, 55}, 2};
+        const PatientRecord patient = {"a", {70, 50, 60, 55}, 2};
         variabilityValues(patient);
         QCOMPARE(patient.values, Series({70, 50, 60, 55}));
     }

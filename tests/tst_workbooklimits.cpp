@@ -224,7 +224,7 @@ private Q_SLOTS:
     }
 
 private:
-    QString path() const { return m_folder.filePath(QStringLiteral("book.xlsx")); }
+    QString path() const { return m_folder.filePath("book.xlsx"); }
     // The workbook with one part in pieces instead of its own.
     void savePart(const HandmadeWorkbook &workbook, const char *part, const char *root,
                   const Pieces &pieces) const

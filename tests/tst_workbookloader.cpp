@@ -38,18 +38,18 @@ bool isDate(const QVariant &value)
 QVector<QPair<QString, Values>> twelvePatients()
 {
     return {
-        {QStringLiteral("P001"), {50.5, 61, 70.25}},
-        {QStringLiteral("1000000"), {48, 52}},
-        {QStringLiteral("  P 003 "), {55, 56.5}},
-        {QString::fromUtf8("Žofie Nováková 😀"), {51.5, 52}},
-        {QStringLiteral("A<B&C>\"D\""), {50, 60.5}},
-        {QStringLiteral("Two lines"), {44, 45}},
-        {QStringLiteral("Bold and not"), {1, 47}},
-        {QStringLiteral("P008"), {-3.5, 4}},
-        {QStringLiteral("P009"), {50, 51}},
-        {QStringLiteral("P010"), {62, 63}},
-        {QStringLiteral("P011"), {0.1, 1234567.891, 7.25}},
-        {QStringLiteral("=1+1"), {58, 59}},
+        {"P001", {50.5, 61, 70.25}},
+        {"1000000", {48, 52}},
+        {"  P 003 ", {55, 56.5}},
+        {"Žofie Nováková 😀", {51.5, 52}},
+        {"A<B&C>\"D\"", {50, 60.5}},
+        {"Two lines", {44, 45}},
+        {"Bold and not", {1, 47}},
+        {"P008", {-3.5, 4}},
+        {"P009", {50, 51}},
+        {"P010", {62, 63}},
+        {"P011", {0.1, 1234567.891, 7.25}},
+        {"=1+1", {58, 59}},
     };
 }
 
@@ -72,7 +72,7 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("fixture");
         const QDir folder(QFINDTESTDATA("data/writers"));
-        const QStringList fixtures = folder.entryList({QStringLiteral("*.xlsx")});
+        const QStringList fixtures = folder.entryList({"*.xlsx"});
         QCOMPARE(fixtures.size(), 5);
         for (const QString &fixture : fixtures) {
             QTest::newRow(qPrintable(fixture)) << folder.filePath(fixture);
@@ -314,11 +314,10 @@ private Q_SLOTS:
             + "</t></si>";
         const LoadedWorkbook loaded = load(workbook);
         QCOMPARE(loaded.error, LoadError::None);
-        QCOMPARE(loaded.document->read(2, 1).toString(), QString(longest, QLatin1Char('x')));
+        QCOMPARE(loaded.document->read(2, 1).toString(), QString(longest, 'x'));
         QCOMPARE(loaded.document->read(2, 2).toString().size(), longest);
         QCOMPARE(loaded.document->read(2, 2).toDouble(), 0.0);
-        QCOMPARE(loaded.document->read(2, 3).toString(),
-                 QString(longest - 1, QLatin1Char('A')) + QChar(0x2026));
+        QCOMPARE(loaded.document->read(2, 3).toString(), QString(longest - 1, 'A') + QChar(0x2026));
     }
 
     void missingReferencesFollowTheOneBefore()
@@ -330,11 +329,11 @@ private Q_SLOTS:
                         R"(<row><c t="str"><v>P5</v></c></row>)";
         const LoadedWorkbook loaded = load(workbook);
         QCOMPARE(loaded.error, LoadError::None);
-        QCOMPARE(readPatientId(*loaded.document, 2), QStringLiteral("P1"));
+        QCOMPARE(readPatientId(*loaded.document, 2), "P1");
         QCOMPARE(readPatientValues(*loaded.document, 0), Values({5, 6}));
         QCOMPARE(loaded.document->read(4, 3).toDouble(), 7.0);
         QCOMPARE(loaded.document->read(4, 4).toDouble(), 8.0);
-        QCOMPARE(loaded.document->read(5, 1).toString(), QStringLiteral("P5"));
+        QCOMPARE(loaded.document->read(5, 1).toString(), "P5");
         QCOMPARE(readPatientCount(*loaded.document), 1);
     }
 
@@ -346,8 +345,8 @@ private Q_SLOTS:
         const LoadedWorkbook loaded = load(workbook);
         QCOMPARE(loaded.error, LoadError::None);
         QCOMPARE(loaded.document->read(3, 3).toDouble(), 33.0);
-        QCOMPARE(readPatientId(*loaded.document, 3), QStringLiteral("31"));
-        QCOMPARE(readPatientId(*loaded.document, 2), QStringLiteral("21"));
+        QCOMPARE(readPatientId(*loaded.document, 3), "31");
+        QCOMPARE(readPatientId(*loaded.document, 2), "21");
         QCOMPARE(readPatientValues(*loaded.document, 0), Values({22}));
     }
 
@@ -370,15 +369,15 @@ private Q_SLOTS:
 
         HandmadeWorkbook other;
         other.workbookTarget = "main.data";
-        other.workbookPart = QStringLiteral("main.data");
-        other.relationshipsPart = QStringLiteral("_rels/main.data.rels");
+        other.workbookPart = "main.data";
+        other.relationshipsPart = "_rels/main.data.rels";
         other.sheetTarget = "My%20sheets/%C4%8D.xml";
-        other.sheetPart = QString::fromUtf8("My sheets/č.xml");
+        other.sheetPart = "My sheets/č.xml";
         QTest::newRow("other names") << other;
 
         HandmadeWorkbook encoded;
         encoded.sheetTarget = "worksheets/my%20sheet.xml";
-        encoded.sheetPart = QStringLiteral("xl/worksheets/my%20sheet.xml");
+        encoded.sheetPart = "xl/worksheets/my%20sheet.xml";
         QTest::newRow("encoded names") << encoded;
 
         HandmadeWorkbook cases;
@@ -387,7 +386,7 @@ private Q_SLOTS:
 
         HandmadeWorkbook prefixed;
         prefixed.more = {
-            {QStringLiteral("xl/worksheets/sheet1.xml"),
+            {"xl/worksheets/sheet1.xml",
              R"(<x:worksheet xmlns:x="http://schemas.openxmlformats.org/spreadsheetml/2006/main">)"
              R"(<x:cols><x:col min="1" max="2147483647" width="9"/></x:cols><x:sheetData><x:row r="1"/>)"
              R"(<x:row r="2"><x:c r="A2" t="inlineStr"><x:is><x:t>P1</x:t></x:is></x:c>)"
@@ -401,7 +400,7 @@ private Q_SLOTS:
         workbook.rows = secondRow(R"(<c t="inlineStr"><is><t>P1</t></is></c><c><v>5</v></c>)");
         const LoadedWorkbook loaded = load(workbook);
         QCOMPARE(loaded.error, LoadError::None);
-        QCOMPARE(readPatientId(*loaded.document, 2), QStringLiteral("P1"));
+        QCOMPARE(readPatientId(*loaded.document, 2), "P1");
         QCOMPARE(readPatientValues(*loaded.document, 0), Values({5}));
     }
 
@@ -410,8 +409,8 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("sheets");
         QTest::addColumn<double>("expected");
         const auto sheet = [](const QByteArray &relationship, const QByteArray &state = {}) {
-            return R"(<sheet name=")" + relationship + R"(" sheetId="1" r:id=")" + relationship
-                + (state.isEmpty() ? QByteArray() : R"(" state=")" + state) + R"("/>)";
+            return "<sheet name=\"" + relationship + "\" sheetId=\"1\" r:id=\"" + relationship
+                + (state.isEmpty() ? QByteArray() : "\" state=\"" + state) + "\"/>";
         };
         QTest::newRow("first") << sheet("sheet") + sheet("second") << 1.0;
         QTest::newRow("order of the workbook") << sheet("second") + sheet("sheet") << 2.0;
@@ -440,11 +439,11 @@ private Q_SLOTS:
             + workbook.relationship("dialog", "dialogsheet", "chart.xml")
             + R"(<Relationship Id="macro" Target="chart.xml" )"
               R"(Type="http://schemas.microsoft.com/office/2006/relationships/xlMacrosheet"/>)";
-        workbook.more = {{QStringLiteral("xl/second.xml"),
+        workbook.more = {{"xl/second.xml",
                           workbook.part("worksheet",
                                         "<sheetData>" + secondRow(R"(<c r="B2"><v>2</v></c>)")
                                             + "</sheetData>")},
-                         {QStringLiteral("xl/chart.xml"), workbook.part("chartsheet", "")}};
+                         {"xl/chart.xml", workbook.part("chartsheet", "")}};
         const LoadedWorkbook loaded = load(workbook);
         QCOMPARE(loaded.error, LoadError::None);
         QCOMPARE(loaded.document->read(2, 2).toDouble(), expected);
@@ -456,15 +455,15 @@ private Q_SLOTS:
         QTest::newRow("empty file") << QByteArray();
         QTest::newRow("text") << QByteArray("Patient;50;51\n");
         QTest::newRow("web page") << QByteArray("<html><table></table></html>");
-        HandmadeWorkbook::Parts parts = {{QStringLiteral("a.txt"), "text"}};
+        HandmadeWorkbook::Parts parts = {{"a.txt", "text"}};
         TestWorkbooks::savePackage(path(), parts);
         QFile file(path());
         QVERIFY(file.open(QIODevice::ReadOnly));
         QTest::newRow("other archive") << file.readAll();
         HandmadeWorkbook document;
-        document.more = {{QStringLiteral("xl/workbook.xml"), R"(<document xmlns="urn:words"/>)"}};
+        document.more = {{"xl/workbook.xml", R"(<document xmlns="urn:words"/>)"}};
         QTest::newRow("other document") << bytes(document);
-        document.more = {{QStringLiteral("xl/workbook.xml"), QByteArray("\x83\x01\0", 3)}};
+        document.more = {{"xl/workbook.xml", QByteArray("\x83\x01\0", 3)}};
         QTest::newRow("binary workbook") << bytes(document);
     }
 
@@ -478,14 +477,14 @@ private Q_SLOTS:
 
     void oldWorkbookIsRefused()
     {
-        QCOMPARE(loadBytes(compoundFile(QStringLiteral("Workbook"))).error, LoadError::OldFormat);
+        QCOMPARE(loadBytes(compoundFile("Workbook")).error, LoadError::OldFormat);
     }
 
     void protectedWorkbookIsRefused_data()
     {
         QTest::addColumn<QString>("stream");
-        QTest::newRow("package") << QStringLiteral("EncryptedPackage");
-        QTest::newRow("how it is encrypted") << QStringLiteral("EncryptionInfo");
+        QTest::newRow("package") << "EncryptedPackage";
+        QTest::newRow("how it is encrypted") << "EncryptionInfo";
     }
 
     void protectedWorkbookIsRefused()
@@ -557,7 +556,7 @@ private Q_SLOTS:
         QTest::addColumn<HandmadeWorkbook>("workbook");
         const auto replaced = [](const char *name, const char *part, const QByteArray &content) {
             HandmadeWorkbook workbook;
-            workbook.more = {{QString::fromLatin1(part), content}};
+            workbook.more = {{part, content}};
             QTest::newRow(name) << workbook;
         };
         const HandmadeWorkbook usual;
@@ -576,8 +575,8 @@ private Q_SLOTS:
                  R"(<sheetData/></worksheet>)");
         replaced("no valid text", sheet, usual.part("worksheet", "<sheetData>\xff</sheetData>"));
         replaced("relationships twice", "xl/_rels/workbook.xml.rels",
-                 R"(<Relationships xmlns="http://schemas.openxmlformats.org/package/2006/)"
-                 R"(relationships"><Relationship Id="sheet" Type="x" Target="x"/>)"
+                 "<Relationships xmlns=\"http://schemas.openxmlformats.org/package/2006/"
+                 "relationships\"><Relationship Id=\"sheet\" Type=\"x\" Target=\"x\"/>"
                  R"(<Relationship Id="sheet" Type="x" Target="x"/></Relationships>)");
     }
 
@@ -610,10 +609,10 @@ private Q_SLOTS:
         QTest::newRow("missing formats") << noStyles;
         HandmadeWorkbook external;
         external.relationships =
-            R"(<Relationship Id="far" TargetMode="External" Type="http://schemas.)"
-            R"(openxmlformats.org/officeDocument/2006/relationships/worksheet" )"
+            "<Relationship Id=\"far\" TargetMode=\"External\" Type=\"http://schemas."
+            "openxmlformats.org/officeDocument/2006/relationships/worksheet\" "
             R"(Target="xl/worksheets/sheet1.xml"/>)";
-        external.relationshipsPart = QStringLiteral("xl/_rels/workbook.xml.rels2");
+        external.relationshipsPart = "xl/_rels/workbook.xml.rels2";
         QTest::newRow("missing relationships") << external;
     }
 
@@ -657,8 +656,7 @@ private Q_SLOTS:
     {
         const HandmadeWorkbook workbook;
         HandmadeWorkbook::Parts parts = workbook.parts();
-        parts.append({QStringLiteral("xl/Worksheets/Sheet1.xml"),
-                      workbook.part("worksheet", "<sheetData/>")});
+        parts.append({"xl/Worksheets/Sheet1.xml", workbook.part("worksheet", "<sheetData/>")});
         TestWorkbooks::savePackage(path(), parts);
         QCOMPARE(loadWorkbook(path()).error, LoadError::Damaged);
     }
@@ -668,8 +666,8 @@ private Q_SLOTS:
         HandmadeWorkbook workbook;
         workbook.rows = secondRow(R"(<c r="B2"><v>5</v></c>)");
         HandmadeWorkbook::Parts parts = workbook.parts();
-        parts.append({QStringLiteral("docProps/app.xml"), "<a/>"});
-        parts.append({QStringLiteral("docProps/App.xml"), "<b/>"});
+        parts.append({QString("docProps/app.xml"), "<a/>"});
+        parts.append({QString("docProps/App.xml"), "<b/>"});
         TestWorkbooks::savePackage(path(), parts);
         const LoadedWorkbook loaded = loadWorkbook(path());
         QCOMPARE(loaded.error, LoadError::None);
@@ -715,7 +713,7 @@ private Q_SLOTS:
         const LoadedWorkbook loaded = load(workbook);
         QCOMPARE(loaded.error, LoadError::None);
         QCOMPARE(readPatientCount(*loaded.document), 2);
-        QCOMPARE(readPatientId(*loaded.document, 2), QStringLiteral("a"));
+        QCOMPARE(readPatientId(*loaded.document, 2), "a");
         QCOMPARE(readPatientValues(*loaded.document, 0), Values({51, 52, 53}));
         QCOMPARE(readPatientValues(*loaded.document, 1), Values({54}));
     }
@@ -770,19 +768,19 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("name");
         QTest::newRow("no name") << QString();
-        QTest::newRow("missing file") << path(QStringLiteral("missing.xlsx"));
+        QTest::newRow("missing file") << path("missing.xlsx");
         QTest::newRow("folder") << m_folder.path();
-        const QString pipe = path(QStringLiteral("pipe.xlsx"));
+        const QString pipe = path("pipe.xlsx");
         QCOMPARE(mkfifo(qPrintable(pipe), S_IRUSR | S_IWUSR), 0);
         QTest::newRow("pipe") << pipe;
-        QTest::newRow("device") << QStringLiteral("/dev/zero");
-        const QString secret = path(QStringLiteral("secret.xlsx"));
+        QTest::newRow("device") << "/dev/zero";
+        const QString secret = path("secret.xlsx");
         HandmadeWorkbook().save(secret);
         QCOMPARE(chmod(qPrintable(secret), 0), 0);
         if (geteuid() != 0) { // for whom no file is unreadable
             QTest::newRow("unreadable file") << secret;
         }
-        const QString link = path(QStringLiteral("link.xlsx"));
+        const QString link = path("link.xlsx");
         QVERIFY(QFile::link(link, link));
         QTest::newRow("link to itself") << link;
     }
@@ -794,10 +792,7 @@ private Q_SLOTS:
     }
 
 private:
-    QString path(const QString &name = QStringLiteral("book.xlsx")) const
-    {
-        return m_folder.filePath(name);
-    }
+    QString path(const QString &name = "book.xlsx") const { return m_folder.filePath(name); }
     LoadedWorkbook load(const HandmadeWorkbook &workbook) const
     {
         workbook.save(path());

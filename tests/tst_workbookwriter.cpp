@@ -12,8 +12,8 @@ using ExpectedSheets::put;
 namespace
 {
 
-const QString sheetName = QStringLiteral("Sheet");
-const QString path = QStringLiteral("cells.xlsx");
+const QString sheetName = "Sheet";
+const QString path = "cells.xlsx";
 constexpr double third = 1.0 / 3.0;
 
 // A part of a workbook as it stands in the file; empty if it cannot be read.
@@ -50,11 +50,11 @@ private Q_SLOTS:
         write(1, 2);
         put(expected, 1, 1, 2.0);
         write(2, third);
-        cells.writeText(2, 1, QStringLiteral("text"));
-        put(expected, 2, 1, QStringLiteral("text"));
+        cells.writeText(2, 1, "text");
+        put(expected, 2, 1, "text");
         write(3, third);
         write(3, Numbers::notANumber);
-        put(expected, 3, 1, QStringLiteral("nan"));
+        put(expected, 3, 1, "nan");
         write(4, 2);
         write(4, third);
         put(expected, 4, 1, third);
@@ -69,7 +69,7 @@ private Q_SLOTS:
         WorkbookWriter cells;
         Book book;
         for (int i = 0; i < 12; ++i) {
-            const QString name = QStringLiteral("Sheet %1").arg(i);
+            const QString name = QString("Sheet %1").arg(i);
             cells.addSheet(name);
             ExpectedSheets::Cells expected;
             for (int column : {27, 3, 1}) {
@@ -91,7 +91,7 @@ private Q_SLOTS:
         cells.addSheet(sheetName);
         cells.writeNumber(1, 16384, third);
         cells.writeNumber(1, 16385, third);
-        cells.writeText(1, 16386, QStringLiteral("text"));
+        cells.writeText(1, 16386, "text");
         ExpectedSheets::Cells expected;
         put(expected, 1, 16384, third);
         QVERIFY(cells.save(path));
@@ -113,9 +113,8 @@ private Q_SLOTS:
         QTest::newRow("two") << "\r\r\n"
                              << "\n\n";
         // Only one of the two characters counts.
-        const QString longest(WorkbookWriter::largestTextLength - 1, QLatin1Char('x'));
-        QTest::newRow("longest text")
-            << QStringLiteral("\r\n") + longest << QLatin1Char('\n') + longest;
+        const QString longest(WorkbookWriter::largestTextLength - 1, 'x');
+        QTest::newRow("longest text") << "\r\n" + longest << '\n' + longest;
     }
 
     void carriageReturnsBecomeLineFeeds()
@@ -139,7 +138,7 @@ private Q_SLOTS:
 
     void nameOfAnEarlierSheetIsRefused()
     {
-        const QString second = QStringLiteral("Second");
+        const QString second = "Second";
         WorkbookWriter cells;
         QVERIFY(cells.addSheet(sheetName));
         QVERIFY(!cells.addSheet(sheetName));

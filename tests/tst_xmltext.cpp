@@ -12,20 +12,18 @@ private Q_SLOTS:
         QTest::addColumn<QString>("text");
         QTest::addColumn<QString>("expected");
 
-        const QString pair = QString::fromUtf8("\xF0\x9F\x93\x88");
+        const QString pair = "\xF0\x9F\x93\x88";
         const QChar replacement(QChar::ReplacementCharacter);
         const auto row = [](const char *name, const QString &text, const QString &expected) {
             QTest::newRow(name) << text << expected;
         };
         row("empty", QString(), QString());
-        row("blanks and markup stay", QStringLiteral(" <a>\t\r\n&"), QStringLiteral(" <a>\t\r\n&"));
-        row("control character", QStringLiteral("a\x01z"),
-            QStringLiteral("a") + replacement + QLatin1Char('z'));
+        row("blanks and markup stay", " <a>\t\r\n&", " <a>\t\r\n&");
+        row("control character", "a\x01z", QString("a") + replacement + 'z');
         row("null character", QString(QChar(0)), replacement);
         row("surrogate pair stays", pair, pair);
         row("first half at the end", pair.left(1), replacement);
-        row("second half alone", pair.mid(1) + QLatin1Char('x'),
-            QString(replacement) + QLatin1Char('x'));
+        row("second half alone", pair.mid(1) + 'x', QString(replacement) + 'x');
         row("first half before a pair", pair.left(1) + pair, replacement + pair);
         row("no characters", QString(QChar(0xFFFE)) + QChar(0xFFFF),
             QString(replacement) + replacement);

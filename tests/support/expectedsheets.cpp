@@ -22,7 +22,7 @@ constexpr int mostLines = 20;
 
 QString described(const QVariant &value)
 {
-    return value.type() == QVariant::String ? QLatin1Char('"') + value.toString() + QLatin1Char('"')
+    return value.type() == QVariant::String ? '"' + value.toString() + '"'
                                             : QString::number(value.toDouble(), 'g', 17);
 }
 
@@ -30,10 +30,10 @@ QString described(const QVariant &value)
 QVariant contentOf(const QXlsx::Cell &cell)
 {
     if (cell.hasFormula()) {
-        return QStringLiteral("<formula>");
+        return "<formula>";
     }
     if (!cell.format().isEmpty() && cell.format().xfIndex() != 0) {
-        return QStringLiteral("<formatted>");
+        return "<formatted>";
     }
     switch (cell.cellType()) {
     case QXlsx::Cell::SharedStringType:
@@ -41,7 +41,7 @@ QVariant contentOf(const QXlsx::Cell &cell)
     case QXlsx::Cell::NumberType:
         return cell.value().toDouble();
     default:
-        return QStringLiteral("<type %1>").arg(cell.cellType());
+        return QString("<type %1>").arg(cell.cellType());
     }
 }
 
@@ -75,13 +75,13 @@ void compare(const Sheet &expected, const Cells &actual, QStringList &found)
     const QList<QPair<int, int>> positions = all.keys();
     for (const QPair<int, int> &at : positions) {
         const QString place =
-            QStringLiteral("%1 (%2, %3): ").arg(expected.name).arg(at.first).arg(at.second);
+            QString("%1 (%2, %3): ").arg(expected.name).arg(at.first).arg(at.second);
         if (!actual.contains(at)) {
-            found.append(place + QStringLiteral("missing ") + described(expected.cells.value(at)));
+            found.append(place + "missing " + described(expected.cells.value(at)));
         } else if (!expected.cells.contains(at)) {
-            found.append(place + QStringLiteral("too much ") + described(actual.value(at)));
+            found.append(place + "too much " + described(actual.value(at)));
         } else if (!same(actual.value(at), expected.cells.value(at))) {
-            found.append(place + described(actual.value(at)) + QStringLiteral(" instead of ")
+            found.append(place + described(actual.value(at)) + " instead of "
                          + described(expected.cells.value(at)));
         }
     }
@@ -96,10 +96,9 @@ QByteArray asJson(const Book &book)
             cells.append(
                 QJsonArray{it.key().first, it.key().second, QJsonValue::fromVariant(it.value())});
         }
-        sheets.append(
-            QJsonObject{{QStringLiteral("name"), sheet.name},
-                        {QStringLiteral("cells"), cells},
-                        {QStringLiteral("series"), QJsonArray::fromStringList(sheet.series)}});
+        sheets.append(QJsonObject{{"name", sheet.name},
+                                  {"cells", cells},
+                                  {"series", QJsonArray::fromStringList(sheet.series)}});
     }
     return QJsonDocument(sheets).toJson(QJsonDocument::Compact);
 }
@@ -124,41 +123,41 @@ QString differences(const QString &path, const Book &book)
         names.append(sheet.name);
     }
     if (document.sheetNames() != names) {
-        return QStringLiteral("sheets: ") + document.sheetNames().join(QLatin1String(", "));
+        return "sheets: " + document.sheetNames().join(", ");
     }
     QStringList found;
     for (const Sheet &expected : book) {
         const auto *sheet = dynamic_cast<QXlsx::Worksheet *>(document.sheet(expected.name));
         if (!sheet) {
-            return expected.name + QStringLiteral(" is no worksheet");
+            return expected.name + " is no worksheet";
         }
         compare(expected, cellsOf(*sheet), found);
     }
-    return found.mid(0, mostLines).join(QLatin1Char('\n'));
+    return found.mid(0, mostLines).join('\n');
 }
 
 QString differencesElsewhere(const QString &path, const Book &book)
 {
     const QString script = QFINDTESTDATA("readback.py");
-    QFile expectation(path + QStringLiteral(".json"));
+    QFile expectation(path + ".json");
     if (script.isEmpty() || !expectation.open(QIODevice::WriteOnly)) {
-        return QStringLiteral("no script or no place for the expectation");
+        return "no script or no place for the expectation";
     }
     expectation.write(asJson(book));
     expectation.close();
     QProcess reader;
     reader.setProcessChannelMode(QProcess::MergedChannels);
-    reader.start(QStringLiteral("/usr/bin/python3"), {script, path, expectation.fileName()});
+    reader.start("/usr/bin/python3", {script, path, expectation.fileName()});
     if (!reader.waitForFinished(300000)) {
-        return QStringLiteral("the other reader does not run: ") + reader.errorString();
+        return "the other reader does not run: " + reader.errorString();
     }
     const QString output = QString::fromUtf8(reader.readAll());
     const bool content = reader.exitStatus() == QProcess::NormalExit && reader.exitCode() == 0;
-    if (content && output.trimmed() == QLatin1String("ok")) {
+    if (content && output.trimmed() == "ok") {
         return {};
     }
-    return output.section(QLatin1Char('\n'), 0, mostLines - 1)
-        + QStringLiteral("\nexit code %1").arg(reader.exitCode());
+    return output.section('\n', 0, mostLines - 1)
+        + QString("\nexit code %1").arg(reader.exitCode());
 }
 
 } // namespace ExpectedSheets

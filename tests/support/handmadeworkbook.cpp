@@ -50,13 +50,13 @@ HandmadeWorkbook::Parts HandmadeWorkbook::parts() const
     Parts all;
     if (!strings.isNull()) {
         targets += relationship("strings", "sharedStrings", "sharedStrings.xml");
-        all.append({QStringLiteral("xl/sharedStrings.xml"), part("sst", strings)});
+        all.append({"xl/sharedStrings.xml", part("sst", strings)});
     }
     if (!styles.isNull()) {
         targets += relationship("styles", "styles", "styles.xml");
-        all.append({QStringLiteral("xl/styles.xml"), part("styleSheet", styles)});
+        all.append({"xl/styles.xml", part("styleSheet", styles)});
     }
-    all.append({QStringLiteral("_rels/.rels"),
+    all.append({"_rels/.rels",
                 relationshipsPartOf(relationship("book", "officeDocument", workbookTarget))});
     all.append({workbookPart, part("workbook", properties + "<sheets>" + sheets + "</sheets>")});
     all.append({relationshipsPart, relationshipsPartOf(targets)});

@@ -30,9 +30,9 @@ struct HandmadeWorkbook {
     QByteArray workbookTarget = "xl/workbook.xml";
     QByteArray sheetTarget = "worksheets/sheet1.xml";
     /// Names of the parts.
-    QString workbookPart = QStringLiteral("xl/workbook.xml");
-    QString relationshipsPart = QStringLiteral("xl/_rels/workbook.xml.rels");
-    QString sheetPart = QStringLiteral("xl/worksheets/sheet1.xml");
+    QString workbookPart = "xl/workbook.xml";
+    QString relationshipsPart = "xl/_rels/workbook.xml.rels";
+    QString sheetPart = "xl/worksheets/sheet1.xml";
     /// Parts as they stand, beside the others or instead of those of the same name.
     Parts more;
 

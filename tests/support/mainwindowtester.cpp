@@ -17,7 +17,7 @@ MainWindowTester::MainWindowTester(const QByteArray &config)
         qFatal("no temporary folder");
     }
     if (!config.isNull()) {
-        writeFile(QStringLiteral("config.ini"), config);
+        writeFile("config.ini", config);
     }
     CConfig::resetInstance();
 }
@@ -63,17 +63,17 @@ QAction *MainWindowTester::action(const QString &text) const
 void MainWindowTester::open(const QString &fileName)
 {
     answers.expectFile(path(fileName));
-    trigger(QStringLiteral("Open File"));
+    trigger("Open File");
 }
 
 QTableView *MainWindowTester::patientTable() const
 {
-    return window->findChild<QTableView *>(QStringLiteral("patientTable"));
+    return window->findChild<QTableView *>("patientTable");
 }
 
 QTableView *MainWindowTester::scoreTable() const
 {
-    return window->findChild<QTableView *>(QStringLiteral("scoreTable"));
+    return window->findChild<QTableView *>("scoreTable");
 }
 
 CPatientsModel *MainWindowTester::patientsModel() const
@@ -114,7 +114,7 @@ QStringList MainWindowTester::tableTexts(const QTableView &table)
         for (int column = 0; column < model->columnCount(); ++column) {
             cells << model->index(row, column).data().toString();
         }
-        rows << cells.join(QLatin1Char(' '));
+        rows << cells.join(' ');
     }
     return rows;
 }

@@ -14,7 +14,7 @@ ModalAnswers::ModalAnswers()
 void ModalAnswers::expectMessage()
 {
     expect<QMessageBox>([this](QMessageBox &box) {
-        shownMessages << box.windowTitle() + QLatin1Char('|') + box.text();
+        shownMessages << box.windowTitle() + '|' + box.text();
         box.button(QMessageBox::Ok)->click();
     });
 }
@@ -22,7 +22,7 @@ void ModalAnswers::expectMessage()
 void ModalAnswers::expectFile(const QString &path)
 {
     expect<QFileDialog>([path](QFileDialog &dialog) {
-        dialog.findChild<QLineEdit *>(QStringLiteral("fileNameEdit"))->setText(path);
+        dialog.findChild<QLineEdit *>("fileNameEdit")->setText(path);
         // From the event loop, so that a question about replacing the file gets its own answer.
         QTimer::singleShot(0, &dialog, [&dialog] {
             QMetaObject::invokeMethod(&dialog, "accept");
@@ -43,7 +43,7 @@ QStringList ModalAnswers::unexpected() const
 {
     QStringList all = problems;
     if (!answers.empty()) {
-        all << QStringLiteral("%1 dialogs did not come").arg(answers.size());
+        all << QString("%1 dialogs did not come").arg(answers.size());
     }
     return all;
 }
@@ -62,7 +62,7 @@ void ModalAnswers::answerActive()
         return;
     }
     if (answers.empty()) {
-        problems << QStringLiteral("unexpected: %1").arg(active->windowTitle());
+        problems << QString("unexpected: %1").arg(active->windowTitle());
         active->close();
         return;
     }
@@ -70,7 +70,7 @@ void ModalAnswers::answerActive()
     answers.pop_front();
     const QString title = active->windowTitle();
     if (!answer(*active)) {
-        problems << QStringLiteral("another kind: %1").arg(title);
+        problems << QString("another kind: %1").arg(title);
         active->close();
     }
 }
@@ -78,7 +78,7 @@ void ModalAnswers::answerActive()
 void ModalAnswers::giveUpOn(QWidget &dialog)
 {
     if (--patience == 0) {
-        problems << QStringLiteral("left open: %1").arg(dialog.windowTitle());
+        problems << QString("left open: %1").arg(dialog.windowTitle());
         dialog.close();
     }
 }

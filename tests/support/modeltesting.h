@@ -10,8 +10,7 @@ public:
     QString translate(const char *context, const char *source, const char * /*hint*/,
                       int /*n*/) const override
     {
-        return QLatin1Char('<') + QLatin1String(context) + QLatin1Char(':') + QLatin1String(source)
-            + QLatin1Char('>');
+        return QString("<%1:%2>").arg(context, source);
     }
     bool isEmpty() const override { return false; }
 };

@@ -22,7 +22,7 @@ inline QString difference(double actual, double expected, double relative)
         || (std::isfinite(expected) && distance <= relative * std::abs(expected))) {
         return {};
     }
-    return QStringLiteral("%1 instead of %2, apart by %3 (%4 relative)")
+    return QString("%1 instead of %2, apart by %3 (%4 relative)")
         .arg(actual, 0, 'g', 17)
         .arg(expected, 0, 'g', 17)
         .arg(distance)
@@ -34,7 +34,7 @@ inline QString differenceFromZero(double actual, double absolute)
 {
     return std::abs(actual) <= absolute
         ? QString()
-        : QStringLiteral("%1 is not 0 within %2").arg(actual, 0, 'g', 17).arg(absolute);
+        : QString("%1 is not 0 within %2").arg(actual, 0, 'g', 17).arg(absolute);
 }
 
 } // namespace Numbers

@@ -57,17 +57,17 @@ QString Operation::summary() const
 {
     switch (kind) {
     case Path:
-        return QStringLiteral("path");
+        return "path";
     case Ellipse:
     case Rectangle:
-        return QStringLiteral("%1 %2 %3 %4 %5")
-            .arg(kind == Ellipse ? QStringLiteral("ellipse") : QStringLiteral("rectangle"))
+        return QString("%1 %2 %3 %4 %5")
+            .arg(kind == Ellipse ? "ellipse" : "rectangle")
             .arg(rect.x())
             .arg(rect.y())
             .arg(rect.width())
             .arg(rect.height());
     case Text:
-        return QStringLiteral("text %1 %2: ").arg(position.x()).arg(position.y()) + text;
+        return QString("text %1 %2: ").arg(position.x()).arg(position.y()) + text;
     }
     return {};
 }
@@ -141,10 +141,10 @@ QString pathPoints(const QPainterPath &path)
     for (int i = 0; i < path.elementCount(); ++i) {
         const QPainterPath::Element element = path.elementAt(i);
         const bool starts = element.isMoveTo() && i > 0;
-        points << (starts      ? QStringLiteral("; ")
-                       : i > 0 ? QStringLiteral(" ")
+        points << (starts      ? "; "
+                       : i > 0 ? " "
                                : QString())
-                + QStringLiteral("%1,%2").arg(element.x).arg(element.y);
+                + QString("%1,%2").arg(element.x).arg(element.y);
     }
     return points.join(QString());
 }

@@ -25,7 +25,7 @@ QByteArray drawn(const QSize &size, const std::function<void(QPainter *)> &draw)
 
 QString fault(const QByteArray &svg)
 {
-    static const QRegularExpression noNumber(QStringLiteral("(?<![a-z])(nan|inf)(?![a-z])"),
+    static const QRegularExpression noNumber("(?<![a-z])(nan|inf)(?![a-z])",
                                              QRegularExpression::CaseInsensitiveOption);
     QXmlStreamReader reader(svg);
     while (!reader.atEnd()) {
@@ -33,8 +33,7 @@ QString fault(const QByteArray &svg)
         const QXmlStreamAttributes attributes = reader.attributes();
         for (const QXmlStreamAttribute &attribute : attributes) {
             if (noNumber.match(attribute.value().toString()).hasMatch()) {
-                return attribute.name().toString() + QLatin1Char('=')
-                    + attribute.value().toString();
+                return attribute.name().toString() + '=' + attribute.value().toString();
             }
         }
     }
@@ -46,12 +45,11 @@ QString texts(const QByteArray &svg)
     QStringList all;
     QXmlStreamReader reader(svg);
     while (!reader.atEnd()) {
-        if (reader.readNext() == QXmlStreamReader::StartElement
-            && reader.name() == QLatin1String("text")) {
+        if (reader.readNext() == QXmlStreamReader::StartElement && reader.name() == "text") {
             all << reader.readElementText().trimmed();
         }
     }
-    return all.join(QLatin1Char('\n'));
+    return all.join('\n');
 }
 
 } // namespace SvgDrawing

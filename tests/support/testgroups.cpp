@@ -37,7 +37,7 @@ TestGroup TestGroup::ofSize(int count)
             values.append(40 + (k * 31 + i * 17 + i * i * k) % 97 / 3.0);
         }
         const int ideal = k % 5 == 0 ? PatientRecord::noIdealKvadrant : k % 5;
-        group.patients.append(patient(QStringLiteral("Patient %1").arg(k + 1), values, ideal));
+        group.patients.append(patient(QString("Patient %1").arg(k + 1), values, ideal));
     }
     group.analyse();
     return group;
@@ -82,7 +82,7 @@ void TestGroup::center()
 
 void useSkip(const QString &text)
 {
-    QFile file(QStringLiteral("config.ini"));
+    QFile file("config.ini");
     if (!file.open(QIODevice::WriteOnly)) {
         qFatal("cannot write config.ini");
     }

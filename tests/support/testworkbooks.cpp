@@ -9,7 +9,7 @@ namespace TestWorkbooks
 void save(const QString &path, const QVector<Row> &rows)
 {
     QXlsx::Document document;
-    document.write(1, 1, QStringLiteral("Patient"));
+    document.write(1, 1, "Patient");
     for (int row = 0; row < rows.size(); ++row) {
         for (int column = 0; column < rows.at(row).size(); ++column) {
             if (rows.at(row).at(column).isValid()) {
