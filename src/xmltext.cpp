@@ -10,19 +10,19 @@ bool fitsXml(QChar character)
         && (code >= ' ' || code == '\t' || code == '\n' || code == '\r');
 }
 
-bool isPairAt(const QString &text, int index)
+} // namespace
+
+bool isSurrogatePairAt(const QString &text, int index)
 {
     return index + 1 < text.size() && text.at(index).isHighSurrogate()
         && text.at(index + 1).isLowSurrogate();
 }
 
-} // namespace
-
 QString xmlText(const QString &text)
 {
     QString result = text;
     for (int i = 0; i < result.size(); ++i) {
-        if (isPairAt(result, i)) {
+        if (isSurrogatePairAt(result, i)) {
             ++i;
         } else if (!fitsXml(result.at(i))) {
             result[i] = QChar::ReplacementCharacter;

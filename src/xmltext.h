@@ -2,6 +2,9 @@
 
 #include <QString>
 
+/// Whether the code units at \p index and behind it are one character beyond U+FFFF.
+bool isSurrogatePairAt(const QString &text, int index);
+
 /// \p text with each character that an XML document cannot hold (most control characters, halves of
 /// surrogate pairs, U+FFFE and U+FFFF) replaced by U+FFFD. Markup is not escaped.
 QString xmlText(const QString &text);

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "xlsx/workbooklimits.h"
+#include "xmltext.h"
 
 namespace CellText
 {
@@ -80,19 +81,13 @@ QChar printable(QChar character)
                                                                             : character;
 }
 
-bool isPairAt(const QString &text, int position)
-{
-    return position + 1 < text.size() && text.at(position).isHighSurrogate()
-        && text.at(position + 1).isLowSurrogate();
-}
-
 void replaceControls(QString *text)
 {
     const ushort *const first = text->utf16();
     const ushort *const last = first + text->size();
     const ushort *const suspect = std::find_if(first, last, isSuspect);
     for (int i = static_cast<int>(suspect - first); i < text->size(); ++i) {
-        if (isPairAt(*text, i)) {
+        if (isSurrogatePairAt(*text, i)) {
             ++i;
         } else if (const QChar character = printable(text->at(i)); character != text->at(i)) {
             (*text)[i] = character;
@@ -106,7 +101,7 @@ void cut(QString *text)
         return;
     }
     int end = workbookLimits.textLength - 1;
-    if (isPairAt(*text, end - 1)) {
+    if (isSurrogatePairAt(*text, end - 1)) {
         --end;
     }
     text->truncate(end);
