@@ -9,6 +9,8 @@
 #include <xlsxchart.h>
 #include <xlsxdocument.h>
 
+#include "xlsx/workbooklimits.h"
+
 /// A workbook in the making, filled sheet by sheet. Rows and columns count from 1.
 ///
 /// Whatever the cells are given, the saved workbook opens in every reader, with every digit of a
@@ -18,8 +20,8 @@ class WorkbookWriter
 {
 public:
     /// What a worksheet and a chart may hold at most.
-    static constexpr int largestColumn = 16384;
-    static constexpr int largestTextLength = 32767;
+    static constexpr int largestColumn = workbookLimits.columns;
+    static constexpr int largestTextLength = workbookLimits.textLength;
     static constexpr int largestSeriesCount = 255;
 
     /// Adds an empty worksheet at the end; all that follows goes to it. A name that another sheet
