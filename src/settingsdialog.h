@@ -20,7 +20,7 @@ public:
 private Q_SLOTS:
     void okButtonClicked();
 
-private: // NOLINT(readability-redundant-access-specifiers)
+private:
     QGroupBox *methodGroup();
     QGroupBox *showInfoGroup();
     QGroupBox *centerGroup();

@@ -1,7 +1,8 @@
 #include "xlsx/cellformats.h"
 
-#include "xlsx/workbooklimits.h"
 #include <array>
+
+#include "xlsx/workbooklimits.h"
 
 namespace
 {

@@ -1,7 +1,8 @@
 #include "xlsx/sharedstrings.h"
 
-#include "xlsx/celltext.h"
 #include <array>
+
+#include "xlsx/celltext.h"
 
 namespace
 {

@@ -1,7 +1,8 @@
 #include "xlsx/sheetlist.h"
 
-#include "xlsx/workbooklimits.h"
 #include <array>
+
+#include "xlsx/workbooklimits.h"
 
 namespace
 {

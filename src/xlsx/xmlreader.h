@@ -45,7 +45,6 @@ struct XmlStep {
 /// A table of steps that outlives whoever uses it.
 struct XmlSteps {
     template<std::size_t count>
-    // NOLINTNEXTLINE(google-explicit-constructor)
     XmlSteps(const std::array<XmlStep, count> &table)
         : first(table.data()), last(table.data() + count)
     {

@@ -176,7 +176,7 @@ LoadError ZipPackage::read(const QByteArray &name, qint64 largest, const Consume
     }
 
     constexpr int pieceSize = 64 * 1024;
-    std::array<char, pieceSize> piece; // NOLINT(cppcoreguidelines-pro-type-member-init)
+    std::array<char, pieceSize> piece;
     qint64 size = 0;
     for (;;) {
         const zip_int64_t count = zip_fread(part.get(), piece.data(), piece.size());
