@@ -2,11 +2,11 @@
 
 #include <array>
 #include <cstddef>
-#include <cstdlib>
 #include <cstring>
 
 #include <expat.h>
 
+#include "xlsx/parsermemory.h"
 #include "xlsx/workbooklimits.h"
 #include "xlsx/zippackage.h"
 
@@ -106,53 +106,6 @@ int XmlAttributes::count() const
 
 namespace
 {
-
-// The memory of one parser. Its functions know no object, so the count is one for each thread.
-struct ParserMemory {
-    // Before each block stands its size, in a place that keeps the block aligned.
-    static constexpr std::size_t head = alignof(std::max_align_t);
-    static thread_local qint64 taken;
-
-    static void *allocate(std::size_t size) { return reallocate(nullptr, size); }
-
-    static void *reallocate(void *block, std::size_t size)
-    {
-        char *const start = block == nullptr ? nullptr : static_cast<char *>(block) - head;
-        const qint64 before = sizeOf(start);
-        const auto after = static_cast<qint64>(size);
-        if (taken - before + after > workbookLimits.parserMemory) {
-            return nullptr;
-        }
-        auto *const moved = static_cast<char *>(std::realloc(start, size + head));
-        if (moved == nullptr) {
-            return nullptr;
-        }
-        std::memcpy(moved, &after, sizeof after);
-        taken += after - before;
-        return moved + head;
-    }
-
-    static void free(void *block)
-    {
-        if (block != nullptr) {
-            char *const start = static_cast<char *>(block) - head;
-            taken -= sizeOf(start);
-            std::free(start);
-        }
-    }
-
-private:
-    static qint64 sizeOf(const char *start)
-    {
-        qint64 size = 0;
-        if (start != nullptr) {
-            std::memcpy(&size, start, sizeof size);
-        }
-        return size;
-    }
-};
-
-thread_local qint64 ParserMemory::taken = 0;
 
 constexpr XML_Memory_Handling_Suite parserMemory = {&ParserMemory::allocate,
                                                     &ParserMemory::reallocate, &ParserMemory::free};
