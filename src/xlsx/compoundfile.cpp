@@ -28,7 +28,7 @@ QByteArray entryName(const QString &name)
 
 } // namespace
 
-QByteArray mark()
+QByteArray signature()
 {
     return QByteArrayLiteral("\xd0\xcf\x11\xe0\xa1\xb1\x1a\xe1");
 }

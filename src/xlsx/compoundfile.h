@@ -8,7 +8,7 @@ namespace CompoundFile
 {
 
 /// The bytes at the start of each compound file.
-QByteArray mark();
+QByteArray signature();
 
 /// Whether the compound file \p file has a stream for an encrypted package, however it is damaged
 /// otherwise.

@@ -15,21 +15,22 @@
 namespace
 {
 
-// The way from a file to a document. Each step needs those before it.
+// The road from a file to a document: load() goes it, the other functions are its stretches.
 class Loader
 {
 public:
-    LoadError load(const QString &path);
+    explicit Loader(const QString &path) : m_file(path) { }
+    LoadError load();
     std::unique_ptr<QXlsx::Document> takeDocument() { return std::move(m_document); }
 
 private:
-    LoadError openFile(const QString &path);
+    LoadError openFile();
     LoadError openPackage();
     LoadError findWorkbook();
     LoadError readWorkbook();
+    LoadError chooseSheet();
     LoadError readStyles();
     LoadError readSharedStrings();
-    LoadError chooseSheet();
     LoadError readSheet();
 
     LoadError readOptional(Relationships::Kind kind, XmlReader *reader);
@@ -47,27 +48,36 @@ private:
     std::unique_ptr<QXlsx::Document> m_document;
 };
 
-LoadError Loader::load(const QString &path)
+LoadError Loader::load()
 {
-    LoadError error = openFile(path);
-    for (const auto step :
-         {&Loader::openPackage, &Loader::findWorkbook, &Loader::readWorkbook, &Loader::chooseSheet,
-          &Loader::readStyles, &Loader::readSharedStrings, &Loader::readSheet}) {
-        if (error == LoadError::None) {
-            error = (this->*step)();
-        }
+    if (const LoadError error = openFile(); error != LoadError::None) {
+        return error;
     }
-    if (error != LoadError::None) {
-        m_document.reset();
+    if (const LoadError error = openPackage(); error != LoadError::None) {
+        return error;
     }
-    return error;
+    if (const LoadError error = findWorkbook(); error != LoadError::None) {
+        return error;
+    }
+    if (const LoadError error = readWorkbook(); error != LoadError::None) {
+        return error;
+    }
+    if (const LoadError error = chooseSheet(); error != LoadError::None) {
+        return error;
+    }
+    if (const LoadError error = readStyles(); error != LoadError::None) {
+        return error;
+    }
+    if (const LoadError error = readSharedStrings(); error != LoadError::None) {
+        return error;
+    }
+    return readSheet();
 }
 
 // A pipe would wait for its other end, and a device may never end: only a plain file will do.
-LoadError Loader::openFile(const QString &path)
+LoadError Loader::openFile()
 {
-    m_file.setFileName(path);
-    if (!QFileInfo(path).isFile() || !m_file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+    if (!QFileInfo(m_file).isFile() || !m_file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
         return LoadError::CannotBeRead;
     }
     return m_file.size() > workbookLimits.fileSize ? LoadError::TooLarge : LoadError::None;
@@ -75,16 +85,16 @@ LoadError Loader::openFile(const QString &path)
 
 LoadError Loader::openPackage()
 {
-    const QByteArray archiveMark = QByteArrayLiteral("PK");
-    const QByteArray start = m_file.size() > 0 ? m_file.read(CompoundFile::mark().size()) : "";
+    const QByteArray archiveSignature = QByteArrayLiteral("PK");
+    const QByteArray start = m_file.size() > 0 ? m_file.read(CompoundFile::signature().size()) : "";
     if (m_file.error() != QFileDevice::NoError) {
         return LoadError::CannotBeRead;
     }
-    if (start == CompoundFile::mark()) {
+    if (start == CompoundFile::signature()) {
         return CompoundFile::isEncryptedPackage(&m_file) ? LoadError::PasswordProtected
                                                          : LoadError::OldFormat;
     }
-    return start.startsWith(archiveMark) ? m_package.open(&m_file) : LoadError::NotAWorkbook;
+    return start.startsWith(archiveSignature) ? m_package.open(&m_file) : LoadError::NotAWorkbook;
 }
 
 LoadError Loader::findWorkbook()
@@ -122,6 +132,26 @@ LoadError Loader::readWorkbook()
                                      workbookLimits.listSize);
 }
 
+LoadError Loader::chooseSheet()
+{
+    bool visible = false;
+    for (const SheetList::Sheet &sheet : m_sheets.sheets()) {
+        const Relationships::Target *const target = m_relationships->target(sheet.relationship);
+        const bool isSheet = target != nullptr
+            && (target->kind == Relationships::Kind::Worksheet
+                || target->kind == Relationships::Kind::OtherSheet);
+        if (!isSheet) {
+            return LoadError::Damaged;
+        }
+        const bool better = m_sheetPart.isEmpty() || (sheet.visible && !visible);
+        if (target->kind == Relationships::Kind::Worksheet && better) {
+            m_sheetPart = target->part;
+            visible = sheet.visible;
+        }
+    }
+    return m_sheetPart.isEmpty() ? LoadError::NoWorksheet : LoadError::None;
+}
+
 LoadError Loader::readOptional(Relationships::Kind kind, XmlReader *reader)
 {
     const auto targets = m_relationships->targets(kind);
@@ -143,39 +173,24 @@ LoadError Loader::readSharedStrings()
     return readOptional(Relationships::Kind::SharedStrings, &m_strings);
 }
 
-LoadError Loader::chooseSheet()
-{
-    bool visible = false;
-    for (const SheetList::Sheet &sheet : m_sheets.sheets()) {
-        const Relationships::Target *const target = m_relationships->target(sheet.relationship);
-        const bool isSheet = target != nullptr
-            && (target->kind == Relationships::Kind::Worksheet
-                || target->kind == Relationships::Kind::OtherSheet);
-        if (!isSheet) {
-            return LoadError::Damaged;
-        }
-        const bool better = m_sheetPart.isEmpty() || (sheet.visible && !visible);
-        if (target->kind == Relationships::Kind::Worksheet && better) {
-            m_sheetPart = target->part;
-            visible = sheet.visible;
-        }
-    }
-    return m_sheetPart.isEmpty() ? LoadError::NoWorksheet : LoadError::None;
-}
-
 LoadError Loader::readSheet()
 {
-    m_document = std::make_unique<QXlsx::Document>();
-    m_document->workbook()->setDate1904(m_sheets.is1904());
-    SheetReader reader({&m_strings.texts(), &m_styles, m_document->currentWorksheet(), &m_budget});
-    return reader.readPart(&m_package, m_sheetPart, &m_count, workbookLimits.partSize);
+    auto document = std::make_unique<QXlsx::Document>();
+    document->workbook()->setDate1904(m_sheets.is1904());
+    SheetReader reader({&m_strings.texts(), &m_styles, document->currentWorksheet(), &m_budget});
+    const LoadError error =
+        reader.readPart(&m_package, m_sheetPart, &m_count, workbookLimits.partSize);
+    if (error == LoadError::None) {
+        m_document = std::move(document);
+    }
+    return error;
 }
 
 } // namespace
 
 LoadedWorkbook loadWorkbook(const QString &path)
 {
-    Loader loader;
-    const LoadError error = loader.load(path);
+    Loader loader(path);
+    const LoadError error = loader.load();
     return {loader.takeDocument(), error};
 }
