@@ -18,7 +18,7 @@ constexpr int expectedValues = 1000;
 
 LoadedPatients loadPatients(const QString &path)
 {
-    const LoadedWorkbook workbook = loadWorkbook(path);
+    const LoadedWorkbook workbook = loadWorkbook(path, identifierColumn);
     if (!workbook.document) {
         return {{}, workbook.error};
     }

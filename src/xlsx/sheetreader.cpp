@@ -63,7 +63,6 @@ constexpr std::array<TypeName, 7> typeNames = {{
     {"d", SheetReader::Type::Date},
 }};
 
-constexpr int identifierColumn = 1;
 // Days from 1900 on through the year 9999, the last one that has a date; from 1904 on somewhat
 // less.
 constexpr double firstDayWithoutDate = 2'958'466.0;
@@ -262,7 +261,7 @@ LoadError SheetReader::storeNumber(const QByteArray &text)
     if (kind == NumberFormats::Kind::Date) {
         return storeDate(value);
     }
-    if (m_column == identifierColumn) {
+    if (m_column == m_context.textColumn) {
         return storeText(CellText::plainDigits(text));
     }
     const LoadError error = claimPlace();

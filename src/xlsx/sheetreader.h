@@ -16,15 +16,17 @@ struct SheetContext {
     /// Takes the cells; it counts days as the workbook that is read does.
     QXlsx::Worksheet *target;
     MemoryBudget *budget;
+    /// The column whose numbers become texts with the digits of the file.
+    int textColumn;
 };
 
 /// Reads the cells of a worksheet into another one that is empty.
 ///
-/// Formulas give the values stored with them. Numbers of column 1 become texts with the digits that
-/// stand in the file. A cell or a row without a reference stands behind the one before it; one with
-/// a reference stands where that says. Refused as damaged are references that contradict their row,
-/// two cells with contents in one place, types and formats that are not known, and contents that
-/// their type does not allow.
+/// Formulas give the values stored with them. Numbers of the text column become texts with the
+/// digits that stand in the file. A cell or a row without a reference stands behind the one before
+/// it; one with a reference stands where that says. Refused as damaged are references that
+/// contradict their row, two cells with contents in one place, types and formats that are not
+/// known, and contents that their type does not allow.
 class SheetReader : public XmlReader
 {
 public:

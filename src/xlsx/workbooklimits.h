@@ -5,12 +5,12 @@
 /// How large a workbook may be. Below these limits loading a file takes at most 512 MiB of memory
 /// and 5 seconds, whatever the file holds.
 struct WorkbookLimits {
-    /// Bytes of the file: twenty times a workbook of 50,000 patients with 200 values.
+    /// Bytes of the file: twenty times a workbook of 50,000 rows with 200 numbers each.
     qint64 fileSize = 256 * mebibyte;
     /// Bytes of the list of parts: 100,000 parts, where an ordinary workbook has a dozen. The list
     /// is held in memory as long as the file is open.
     qint64 directorySize = 8 * mebibyte;
-    /// Bytes of one part, unpacked: the sheet of 50,000 patients with 200 values has 400 MiB.
+    /// Bytes of one part, unpacked: the sheet of 50,000 rows with 200 numbers each has 400 MiB.
     qint64 partSize = 512 * mebibyte;
     /// Bytes of the list of sheets and of each list of relationships, unpacked, which are held in
     /// memory in the main: a thousand sheets and names for each of them have less than 1 MiB.
@@ -41,7 +41,7 @@ struct WorkbookLimits {
     /// Entries of each other list: sheets, number formats, relationships of a part.
     int listEntries = 1 << 16;
     /// Bytes that cells and texts may take by the measures below: 1,200,000 numbers, or 56,000
-    /// patients with 20 values. Storing them takes most of the time, too.
+    /// rows of a text and 20 numbers. Storing them takes most of the time, too.
     qint64 memory = 320 * mebibyte;
     /// Bytes that a cell takes in the document, its number included (measured, rounded up).
     qint64 cellCost = 272;

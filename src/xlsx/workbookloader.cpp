@@ -19,7 +19,7 @@ namespace
 class Loader
 {
 public:
-    explicit Loader(const QString &path) : m_file(path) { }
+    Loader(const QString &path, int textColumn) : m_file(path), m_textColumn(textColumn) { }
     LoadError load();
     std::unique_ptr<QXlsx::Document> takeDocument() { return std::move(m_document); }
 
@@ -36,6 +36,7 @@ private:
     LoadError readOptional(Relationships::Kind kind, XmlReader *reader);
 
     QFile m_file;
+    int m_textColumn;
     ZipPackage m_package;
     XmlCount m_count;
     MemoryBudget m_budget;
@@ -177,7 +178,8 @@ LoadError Loader::readSheet()
 {
     auto document = std::make_unique<QXlsx::Document>();
     document->workbook()->setDate1904(m_sheets.is1904());
-    SheetReader reader({&m_strings.texts(), &m_styles, document->currentWorksheet(), &m_budget});
+    SheetReader reader(
+        {&m_strings.texts(), &m_styles, document->currentWorksheet(), &m_budget, m_textColumn});
     const LoadError error =
         reader.readPart(&m_package, m_sheetPart, &m_count, workbookLimits.partSize);
     if (error == LoadError::None) {
@@ -188,9 +190,9 @@ LoadError Loader::readSheet()
 
 } // namespace
 
-LoadedWorkbook loadWorkbook(const QString &path)
+LoadedWorkbook loadWorkbook(const QString &path, int textColumn)
 {
-    Loader loader(path);
+    Loader loader(path, textColumn);
     const LoadError error = loader.load();
     return {loader.takeDocument(), error};
 }

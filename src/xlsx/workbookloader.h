@@ -7,7 +7,7 @@
 
 #include "xlsx/loaderror.h"
 
-/// A document to read patients from, or the reason why there is none.
+/// A document of one worksheet, or the reason why there is none.
 struct LoadedWorkbook {
     std::unique_ptr<QXlsx::Document> document;
     LoadError error = LoadError::None;
@@ -17,7 +17,7 @@ struct LoadedWorkbook {
 /// when none is visible, into a document of that one sheet. The document is null exactly when there
 /// is an error: a file is loaded as a whole or not at all.
 ///
-/// Its cells give what their contents say: numbers (in column 1 as texts with the digits of the
-/// file), true or false, texts without control characters, and dates; a formula gives the value
-/// stored with it. What a file may hold is bounded by the WorkbookLimits.
-LoadedWorkbook loadWorkbook(const QString &path);
+/// Its cells give what their contents say: numbers (in column \p textColumn as texts with the
+/// digits of the file), true or false, texts without control characters, and dates; a formula gives
+/// the value stored with it. What a file may hold is bounded by the WorkbookLimits.
+LoadedWorkbook loadWorkbook(const QString &path, int textColumn = 1);
