@@ -7,28 +7,20 @@
 namespace
 {
 
-enum Place {
-    SheetPlace = 1,
-    NumberFormatPlace,
-    CellFormatPlace,
-    NumberFormatsPlace,
-    CellFormatsPlace
-};
+enum Node { SheetNode = 1, NumberFormatsNode, NumberFormatNode, CellFormatsNode, CellFormatNode };
 
+// An unknown element among the formats would shift all that follow.
 constexpr std::array<XmlStep, 5> steps = {{
-    {"styleSheet", XmlReader::outside, SheetPlace},
-    {"numFmts", SheetPlace, NumberFormatsPlace},
-    {"numFmt", NumberFormatsPlace, NumberFormatPlace},
-    {"cellXfs", SheetPlace, CellFormatsPlace},
-    {"xf", CellFormatsPlace, CellFormatPlace},
+    {"styleSheet", XmlReader::document, XmlOutcome::Read, SheetNode},
+    {"numFmts", SheetNode, XmlOutcome::Read, NumberFormatsNode, XmlOutcome::Refused},
+    {"numFmt", NumberFormatsNode, XmlOutcome::Read, NumberFormatNode},
+    {"cellXfs", SheetNode, XmlOutcome::Read, CellFormatsNode, XmlOutcome::Refused},
+    {"xf", CellFormatsNode, XmlOutcome::Read, CellFormatNode},
 }};
-
-// A format by another name would shift all that follow.
-constexpr int firstStrict = NumberFormatsPlace;
 
 } // namespace
 
-CellFormats::CellFormats() : XmlReader(Vocabulary::Spreadsheet, steps, firstStrict) { }
+CellFormats::CellFormats() : XmlReader(Vocabulary::Spreadsheet, steps) { }
 
 NumberFormats::Kind CellFormats::kind(int index) const
 {
@@ -37,13 +29,13 @@ NumberFormats::Kind CellFormats::kind(int index) const
     return custom == m_custom.constEnd() ? NumberFormats::builtinKind(number) : *custom;
 }
 
-void CellFormats::enter(int place, const XmlAttributes &attributes)
+void CellFormats::enter(int node, const XmlAttributes &attributes)
 {
-    if (place == NumberFormatPlace) {
+    if (node == NumberFormatNode) {
         addNumberFormat(attributes);
-    } else if (place == CellFormatPlace) {
+    } else if (node == CellFormatNode) {
         addCellFormat(attributes);
-    } else if (place == CellFormatsPlace) {
+    } else if (node == CellFormatsNode) {
         meetOnce(&m_hasFormats);
     }
 }

@@ -18,7 +18,7 @@ public:
     NumberFormats::Kind kind(int index) const;
 
 private:
-    void enter(int place, const XmlAttributes &attributes) override;
+    void enter(int node, const XmlAttributes &attributes) override;
     void addNumberFormat(const XmlAttributes &attributes);
     void addCellFormat(const XmlAttributes &attributes);
 

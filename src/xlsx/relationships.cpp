@@ -9,11 +9,11 @@
 namespace
 {
 
-enum Place { AllPlace = 1, OnePlace };
+enum Node { AllNode = 1, OneNode };
 
 constexpr std::array<XmlStep, 2> steps = {{
-    {"Relationships", XmlReader::outside, AllPlace},
-    {"Relationship", AllPlace, OnePlace},
+    {"Relationships", XmlReader::document, XmlOutcome::Read, AllNode, XmlOutcome::Refused},
+    {"Relationship", AllNode, XmlOutcome::Read, OneNode, XmlOutcome::Refused},
 }};
 
 // Types of relationships: the transitional, the strict and, for macros, the vendors' base.
@@ -84,7 +84,7 @@ QByteArray resolved(const QByteArray &source, const QByteArray &target)
 } // namespace
 
 Relationships::Relationships(QByteArray source)
-    : XmlReader(Vocabulary::Relationships, steps, AllPlace), m_source(std::move(source))
+    : XmlReader(Vocabulary::Relationships, steps), m_source(std::move(source))
 {
 }
 
@@ -111,9 +111,9 @@ QVector<Relationships::Target> Relationships::targets(Kind kind) const
     return found;
 }
 
-void Relationships::enter(int place, const XmlAttributes &attributes)
+void Relationships::enter(int node, const XmlAttributes &attributes)
 {
-    if (place != OnePlace) {
+    if (node != OneNode) {
         return;
     }
     const QByteArray id = attributes.value("Id");

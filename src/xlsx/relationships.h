@@ -31,7 +31,7 @@ public:
     QVector<Target> targets(Kind kind) const;
 
 private:
-    void enter(int place, const XmlAttributes &attributes) override;
+    void enter(int node, const XmlAttributes &attributes) override;
 
     QByteArray m_source;
     QHash<QByteArray, Target> m_targets;

@@ -7,46 +7,44 @@
 namespace
 {
 
-enum Place { TablePlace = 1, ItemPlace, RunPlace, TextPlace };
+enum Node { TableNode = 1, ItemNode, RunNode, TextNode };
 
-// Phonetic runs hold texts too, which repeat what the others say.
+// An unknown element among the items would shift all that follow. Phonetic runs hold texts too,
+// which repeat what the others say.
 constexpr std::array<XmlStep, 9> steps = {{
-    {"sst", XmlReader::outside, TablePlace},
-    {"si", TablePlace, ItemPlace},
-    {"extLst", TablePlace, XmlReader::ignored},
-    {"t", ItemPlace, TextPlace},
-    {"r", ItemPlace, RunPlace},
-    {"rPh", ItemPlace, XmlReader::ignored},
-    {"phoneticPr", ItemPlace, XmlReader::ignored},
-    {"t", RunPlace, TextPlace},
-    {"rPr", RunPlace, XmlReader::ignored},
+    {"sst", XmlReader::document, XmlOutcome::Read, TableNode, XmlOutcome::Refused},
+    {"si", TableNode, XmlOutcome::Read, ItemNode, XmlOutcome::Refused},
+    {"extLst", TableNode, XmlOutcome::PassedOver},
+    {"t", ItemNode, XmlOutcome::Read, TextNode, XmlOutcome::Refused},
+    {"r", ItemNode, XmlOutcome::Read, RunNode, XmlOutcome::Refused},
+    {"rPh", ItemNode, XmlOutcome::PassedOver},
+    {"phoneticPr", ItemNode, XmlOutcome::PassedOver},
+    {"t", RunNode, XmlOutcome::Read, TextNode, XmlOutcome::Refused},
+    {"rPr", RunNode, XmlOutcome::PassedOver},
 }};
-
-// An item by another name would shift all that follow.
-constexpr int firstStrict = TablePlace;
 
 } // namespace
 
 SharedStrings::SharedStrings(MemoryBudget *budget)
-    : XmlReader(Vocabulary::Spreadsheet, steps, firstStrict), m_budget(budget)
+    : XmlReader(Vocabulary::Spreadsheet, steps), m_budget(budget)
 {
 }
 
-void SharedStrings::enter(int place, const XmlAttributes & /*attributes*/)
+void SharedStrings::enter(int node, const XmlAttributes & /*attributes*/)
 {
-    if (place == ItemPlace) {
+    if (node == ItemNode) {
         m_text.clear();
-    } else if (place == RunPlace) {
+    } else if (node == RunNode) {
         m_text.beginRun();
-    } else if (place == TextPlace && !m_text.begin()) {
+    } else if (node == TextNode && !m_text.begin()) {
         // Joined they would read as another number.
         refuse(LoadError::Damaged);
     }
 }
 
-void SharedStrings::leave(int place)
+void SharedStrings::leave(int node)
 {
-    if (place != ItemPlace) {
+    if (node != ItemNode) {
         return;
     }
     const QString text = CellText::decode(m_text.utf8());
@@ -57,9 +55,9 @@ void SharedStrings::leave(int place)
     }
 }
 
-void SharedStrings::text(int place, const char *data, int size)
+void SharedStrings::text(int node, const char *data, int size)
 {
-    if (place == TextPlace) {
+    if (node == TextNode) {
         m_text.append(data, size);
     }
 }

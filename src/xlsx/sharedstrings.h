@@ -17,9 +17,9 @@ public:
     const QVector<QString> &texts() const { return m_texts; }
 
 private:
-    void enter(int place, const XmlAttributes &attributes) override;
-    void leave(int place) override;
-    void text(int place, const char *data, int size) override;
+    void enter(int node, const XmlAttributes &attributes) override;
+    void leave(int node) override;
+    void text(int node, const char *data, int size) override;
 
     MemoryBudget *m_budget;
     QVector<QString> m_texts;

@@ -7,31 +7,31 @@
 namespace
 {
 
-enum Place { BookPlace = 1, PropertiesPlace, SheetsPlace, SheetPlace };
+enum Node { BookNode = 1, PropertiesNode, SheetsNode, SheetNode };
 
+// An unknown element among the sheets could be the first visible one.
 constexpr std::array<XmlStep, 4> steps = {{
-    {"workbook", XmlReader::outside, BookPlace},
-    {"workbookPr", BookPlace, PropertiesPlace},
-    {"sheets", BookPlace, SheetsPlace},
-    {"sheet", SheetsPlace, SheetPlace},
+    {"workbook", XmlReader::document, XmlOutcome::Read, BookNode},
+    {"workbookPr", BookNode, XmlOutcome::Read, PropertiesNode},
+    {"sheets", BookNode, XmlOutcome::Read, SheetsNode, XmlOutcome::Refused},
+    {"sheet", SheetsNode, XmlOutcome::Read, SheetNode, XmlOutcome::Refused},
 }};
 
-// A sheet or its state by another name would make another sheet the first visible one.
-constexpr int firstStrict = SheetsPlace;
+// Another state would make another sheet the first visible one.
 constexpr std::array<const char *, 4> sheetAttributes = {"name", "sheetId", "state", nullptr};
 
 } // namespace
 
-SheetList::SheetList() : XmlReader(Vocabulary::Spreadsheet, steps, firstStrict) { }
+SheetList::SheetList() : XmlReader(Vocabulary::Spreadsheet, steps) { }
 
-void SheetList::enter(int place, const XmlAttributes &attributes)
+void SheetList::enter(int node, const XmlAttributes &attributes)
 {
-    if (place == PropertiesPlace) {
+    if (node == PropertiesNode) {
         const QByteArray value = attributes.value("date1904");
         m_is1904 = value == "1" || value == "true";
-    } else if (place == SheetPlace) {
+    } else if (node == SheetNode) {
         addSheet(attributes);
-    } else if (place == SheetsPlace) {
+    } else if (node == SheetsNode) {
         meetOnce(&m_hasSheets);
     }
 }

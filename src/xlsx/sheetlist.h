@@ -22,7 +22,7 @@ public:
     bool is1904() const { return m_is1904; }
 
 private:
-    void enter(int place, const XmlAttributes &attributes) override;
+    void enter(int node, const XmlAttributes &attributes) override;
     void addSheet(const XmlAttributes &attributes);
 
     QVector<Sheet> m_sheets;

@@ -13,38 +13,28 @@
 namespace
 {
 
-enum Place {
-    SheetPlace = 1,
-    DataPlace,
-    RowPlace,
-    CellPlace,
-    ValuePlace,
-    InlinePlace,
-    RunPlace,
-    TextPlace
-};
+enum Node { SheetNode = 1, DataNode, RowNode, CellNode, ValueNode, InlineNode, RunNode, TextNode };
 
-// Phonetic runs hold texts too, which repeat what the others say.
+// An unknown element could be a row, a cell or a content, without which all that follow would be
+// shifted. Phonetic runs hold texts too, which repeat what the others say.
 constexpr std::array<XmlStep, 15> steps = {{
-    {"worksheet", XmlReader::outside, SheetPlace},
-    {"sheetData", SheetPlace, DataPlace},
-    {"row", DataPlace, RowPlace},
-    {"c", RowPlace, CellPlace},
-    {"extLst", RowPlace, XmlReader::ignored},
-    {"v", CellPlace, ValuePlace},
-    {"is", CellPlace, InlinePlace},
-    {"f", CellPlace, XmlReader::ignored},
-    {"extLst", CellPlace, XmlReader::ignored},
-    {"t", InlinePlace, TextPlace},
-    {"r", InlinePlace, RunPlace},
-    {"rPh", InlinePlace, XmlReader::ignored},
-    {"phoneticPr", InlinePlace, XmlReader::ignored},
-    {"t", RunPlace, TextPlace},
-    {"rPr", RunPlace, XmlReader::ignored},
+    {"worksheet", XmlReader::document, XmlOutcome::Read, SheetNode},
+    {"sheetData", SheetNode, XmlOutcome::Read, DataNode, XmlOutcome::Refused},
+    {"row", DataNode, XmlOutcome::Read, RowNode, XmlOutcome::Refused},
+    {"c", RowNode, XmlOutcome::Read, CellNode, XmlOutcome::Refused},
+    {"extLst", RowNode, XmlOutcome::PassedOver},
+    {"v", CellNode, XmlOutcome::Read, ValueNode, XmlOutcome::Refused},
+    {"is", CellNode, XmlOutcome::Read, InlineNode, XmlOutcome::Refused},
+    {"f", CellNode, XmlOutcome::PassedOver},
+    {"extLst", CellNode, XmlOutcome::PassedOver},
+    {"t", InlineNode, XmlOutcome::Read, TextNode, XmlOutcome::Refused},
+    {"r", InlineNode, XmlOutcome::Read, RunNode, XmlOutcome::Refused},
+    {"rPh", InlineNode, XmlOutcome::PassedOver},
+    {"phoneticPr", InlineNode, XmlOutcome::PassedOver},
+    {"t", RunNode, XmlOutcome::Read, TextNode, XmlOutcome::Refused},
+    {"rPr", RunNode, XmlOutcome::PassedOver},
 }};
 
-// Rows, cells and contents by other names would be missing, and what follows them shifted.
-constexpr int firstStrict = DataPlace;
 // Another name for the type or the format would change what the content means.
 constexpr std::array<const char *, 7> cellAttributes = {"r", "s", "t", "cm", "vm", "ph", nullptr};
 
@@ -105,32 +95,32 @@ Reference parseReference(const char *text)
 } // namespace
 
 SheetReader::SheetReader(const SheetContext &context)
-    : XmlReader(Vocabulary::Spreadsheet, steps, firstStrict), m_context(context)
+    : XmlReader(Vocabulary::Spreadsheet, steps), m_context(context)
 {
     constexpr int builtinDateAndTime = 22;
     m_dateFormat.setNumberFormatIndex(builtinDateAndTime);
 }
 
-void SheetReader::enter(int place, const XmlAttributes &attributes)
+void SheetReader::enter(int node, const XmlAttributes &attributes)
 {
-    switch (place) {
-    case DataPlace:
+    switch (node) {
+    case DataNode:
         meetOnce(&m_hasData);
         break;
-    case RowPlace:
+    case RowNode:
         enterRow(attributes);
         break;
-    case CellPlace:
+    case CellNode:
         enterCell(attributes);
         break;
-    case ValuePlace:
-    case InlinePlace:
+    case ValueNode:
+    case InlineNode:
         ++m_contents;
         break;
-    case RunPlace:
+    case RunNode:
         m_text.beginRun();
         break;
-    case TextPlace:
+    case TextNode:
         if (!m_text.begin()) {
             // Joined they would read as another number.
             refuse(LoadError::Damaged);
@@ -141,20 +131,20 @@ void SheetReader::enter(int place, const XmlAttributes &attributes)
     }
 }
 
-void SheetReader::leave(int place)
+void SheetReader::leave(int node)
 {
-    if (place == CellPlace) {
+    if (node == CellNode) {
         if (const LoadError error = store(); error != LoadError::None) {
             refuse(error);
         }
-    } else if (place == SheetPlace && !m_hasData) {
+    } else if (node == SheetNode && !m_hasData) {
         refuse(LoadError::Damaged);
     }
 }
 
-void SheetReader::text(int place, const char *data, int size)
+void SheetReader::text(int node, const char *data, int size)
 {
-    if (place == ValuePlace || place == TextPlace) {
+    if (node == ValueNode || node == TextNode) {
         m_text.append(data, size);
     }
 }
@@ -264,7 +254,7 @@ LoadError SheetReader::storeNumber(const QByteArray &text)
     if (m_column == m_context.textColumn) {
         return storeText(CellText::plainDigits(text));
     }
-    const LoadError error = claimPlace();
+    const LoadError error = claimNode();
     if (error == LoadError::None) {
         m_context.target->writeNumeric(m_row, m_column, value);
     }
@@ -276,7 +266,7 @@ LoadError SheetReader::storeDate(double days)
     if (!(days >= 0.0 && days < firstDayWithoutDate)) {
         return storeText(noDate());
     }
-    const LoadError error = claimPlace();
+    const LoadError error = claimNode();
     if (error == LoadError::None) {
         m_context.target->writeNumeric(m_row, m_column, days, m_dateFormat);
     }
@@ -307,7 +297,7 @@ LoadError SheetReader::storeBoolean(const QByteArray &text)
     if (!isTrue && name != "0" && name != "false") {
         return LoadError::Damaged;
     }
-    const LoadError error = claimPlace();
+    const LoadError error = claimNode();
     if (error == LoadError::None) {
         m_context.target->writeBool(m_row, m_column, isTrue);
     }
@@ -342,7 +332,7 @@ LoadError SheetReader::writeText(const QString &text)
     if (text.isEmpty()) {
         return LoadError::None;
     }
-    const LoadError error = claimPlace();
+    const LoadError error = claimNode();
     if (error == LoadError::None) {
         m_context.target->writeInlineString(m_row, m_column, text);
     }
@@ -350,7 +340,7 @@ LoadError SheetReader::writeText(const QString &text)
 }
 
 // Takes the current place for a cell with contents. Only places out of order are looked up.
-LoadError SheetReader::claimPlace()
+LoadError SheetReader::claimNode()
 {
     const bool newRow = m_row != m_lastRow;
     if (m_row < m_lastRow || (m_row == m_lastRow && m_column <= m_lastColumn)) {

@@ -36,9 +36,9 @@ public:
     explicit SheetReader(const SheetContext &context);
 
 private:
-    void enter(int place, const XmlAttributes &attributes) override;
-    void leave(int place) override;
-    void text(int place, const char *data, int size) override;
+    void enter(int node, const XmlAttributes &attributes) override;
+    void leave(int node) override;
+    void text(int node, const char *data, int size) override;
 
     void enterRow(const XmlAttributes &attributes);
     void enterCell(const XmlAttributes &attributes);
@@ -55,7 +55,7 @@ private:
     LoadError storeSharedString(const QByteArray &index);
     LoadError storeText(const QString &text);
     LoadError writeText(const QString &text);
-    LoadError claimPlace();
+    LoadError claimNode();
 
     SheetContext m_context;
     QXlsx::Format m_dateFormat;

@@ -16,9 +16,6 @@ namespace
 // Between the namespace and the name; it stands in no namespace.
 constexpr char separator = '\n';
 
-// The place of an element that must not stand where it does.
-constexpr int forbidden = -2;
-
 struct Namespaces {
     const char *transitional;
     const char *strict;
@@ -31,9 +28,6 @@ constexpr Namespaces packageRelationships = {
 constexpr Namespaces documentRelationships = {
     "http://schemas.openxmlformats.org/officeDocument/2006/relationships\n",
     "http://purl.oclc.org/ooxml/officeDocument/relationships\n"};
-
-// Set in the place of an element that stands for what it holds: its children stand where it does.
-constexpr int transparent = 1 << 16;
 
 constexpr const char *compatibility =
     "http://schemas.openxmlformats.org/markup-compatibility/2006\n";
@@ -136,8 +130,9 @@ struct XmlReader::Callbacks {
     static void text(void *self, const char *data, int size)
     {
         reader(self)->countItems(1);
-        if (!reader(self)->isRefused()) {
-            reader(self)->text(reader(self)->m_places.constLast(), data, size);
+        const Element &element = reader(self)->m_open.constLast();
+        if (element.outcome == XmlOutcome::Read && !reader(self)->isRefused()) {
+            reader(self)->text(element.node, data, size);
         }
     }
 
@@ -160,8 +155,8 @@ struct XmlReader::Callbacks {
     }
 };
 
-XmlReader::XmlReader(Vocabulary vocabulary, XmlSteps steps, int firstStrict)
-    : m_vocabulary(vocabulary), m_steps(steps), m_firstStrict(firstStrict)
+XmlReader::XmlReader(Vocabulary vocabulary, XmlSteps steps)
+    : m_vocabulary(vocabulary), m_steps(steps)
 {
 }
 
@@ -175,7 +170,7 @@ LoadError XmlReader::readPart(ZipPackage *package, const QByteArray &name, XmlCo
     m_hasRoot = false;
     m_isOther = false;
     m_pending = 0;
-    m_places = {outside};
+    m_open = {{XmlOutcome::Unwrapped, document, XmlOutcome::Refused}};
     m_parser = std::make_unique<Parser>();
     XML_Parser expat = m_parser->expat.get();
     if (expat == nullptr) {
@@ -228,29 +223,31 @@ void XmlReader::meetOnce(bool *met)
     *met = true;
 }
 
-int XmlReader::next(int place, const char *expatName) const
+XmlReader::Element XmlReader::childOf(const Element &parent, const char *expatName) const
 {
-    if (place < outside) {
-        return ignored;
+    constexpr Element passedOver = {XmlOutcome::PassedOver, document, XmlOutcome::PassedOver};
+    if (parent.outcome == XmlOutcome::PassedOver) {
+        return passedOver;
     }
-    if (place > outside) {
-        // No choice is understood that needs more than the format itself: the fallback holds.
-        if (const char *const wrapper = behind(compatibility, expatName); wrapper != nullptr) {
-            return std::strcmp(wrapper, "Choice") == 0 ? ignored : place | transparent;
-        }
-        place &= ~transparent;
+    const bool isFirst = parent.node == document;
+    // A choice asks for more than the format itself, which is all that is known here.
+    if (const char *const wrapper = behind(compatibility, expatName);
+        wrapper != nullptr && !isFirst) {
+        return std::strcmp(wrapper, "Choice") == 0
+            ? passedOver
+            : Element{XmlOutcome::Unwrapped, parent.node, parent.unknown};
     }
     const char *const name = localName(
         m_vocabulary == Vocabulary::Spreadsheet ? spreadsheet : packageRelationships, expatName);
-    if (name == nullptr) {
-        return place == outside ? forbidden : ignored;
+    if (name == nullptr && !isFirst) {
+        return passedOver;
     }
-    for (const XmlStep *step = m_steps.first; step != m_steps.last; ++step) {
-        if (step->from == place && std::strcmp(step->name, name) == 0) {
-            return step->to;
+    for (const XmlStep *step = m_steps.first; name != nullptr && step != m_steps.last; ++step) {
+        if (step->parent == parent.node && std::strcmp(step->name, name) == 0) {
+            return {step->outcome, step->node, step->unknown};
         }
     }
-    return place == outside || place >= m_firstStrict ? forbidden : ignored;
+    return {parent.unknown, document, XmlOutcome::PassedOver};
 }
 
 // Items are a sign of progress, too.
@@ -270,18 +267,18 @@ void XmlReader::startElement(const char *expatName, const char *const *attribute
     if (isRefused()) {
         return;
     }
-    if (m_places.size() > workbookLimits.depth || given.count() > workbookLimits.attributes) {
+    if (m_open.size() > workbookLimits.depth || given.count() > workbookLimits.attributes) {
         refuse(LoadError::TooLarge);
         return;
     }
-    const int place = next(m_places.constLast(), expatName);
-    m_isOther = !m_hasRoot && place == forbidden;
+    const Element element = childOf(m_open.constLast(), expatName);
+    m_isOther = !m_hasRoot && element.outcome == XmlOutcome::Refused;
     m_hasRoot = true;
-    m_places.append(place);
-    if (place == forbidden) {
+    m_open.append(element);
+    if (element.outcome == XmlOutcome::Refused) {
         refuse(LoadError::Damaged);
-    } else if (place != ignored && (place & transparent) == 0) {
-        enter(place, given);
+    } else if (element.outcome == XmlOutcome::Read) {
+        enter(element.node, given);
     }
 }
 
@@ -291,12 +288,12 @@ void XmlReader::endElement()
     if (isRefused()) {
         return;
     }
-    const int place = m_places.takeLast();
-    if (place > outside && (place & transparent) == 0) {
-        leave(place);
+    const Element element = m_open.takeLast();
+    if (element.outcome == XmlOutcome::Read) {
+        leave(element.node);
     }
 }
 
-void XmlReader::leave(int /*place*/) { }
+void XmlReader::leave(int /*node*/) { }
 
-void XmlReader::text(int /*place*/, const char * /*data*/, int /*size*/) { }
+void XmlReader::text(int /*node*/, const char * /*data*/, int /*size*/) { }

@@ -35,11 +35,27 @@ private:
     const char *const *m_pairs;
 };
 
-/// The element \p name leads from the place \p from in a tree of elements to the place \p to.
+/// What becomes of an element.
+enum class XmlOutcome {
+    /// It is read: the reader gets its attributes, its text and its end.
+    Read,
+    /// It is passed over with all that it holds.
+    PassedOver,
+    /// It only wraps others, which count as if they stood in its stead.
+    Unwrapped,
+    /// It must not stand there: the part is damaged.
+    Refused
+};
+
+/// What becomes of the element \p name directly inside of the element of the node \p parent.
 struct XmlStep {
     const char *name;
-    int from;
-    int to;
+    int parent;
+    XmlOutcome outcome;
+    /// How the reader calls an element that is read.
+    int node = 0;
+    /// What becomes of elements inside of it that no step names: PassedOver or Refused.
+    XmlOutcome unknown = XmlOutcome::PassedOver;
 };
 
 /// A table of steps that outlives whoever uses it.
@@ -54,17 +70,16 @@ struct XmlSteps {
     const XmlStep *last;
 };
 
-/// Reads one XML part of a package. A derived class names the elements that it wants as steps from
-/// a place in the tree to the next one; all others are passed over with what they hold. There are
-/// no document types and no entities but those of XML itself, and what is read is bounded by the
-/// WorkbookLimits.
+/// Reads one XML part of a package. A derived class names the elements that it wants in a table
+/// of steps. Elements of other vocabularies are passed over; of the markup for compatibility the
+/// fallback is read. There are no document types and no entities but those of XML itself, and what
+/// is read is bounded by the WorkbookLimits.
 class XmlReader
 {
 public:
-    /// The place before the first element. Other places are numbers above it.
-    static constexpr int outside = 0;
-    /// The place of elements that are passed over with all that they hold.
-    static constexpr int ignored = -1;
+    /// The node that holds the first element of the part, which has to be one of the steps. A
+    /// derived class numbers its own nodes from 1 on.
+    static constexpr int document = 0;
 
     Q_DISABLE_COPY_MOVE(XmlReader)
     virtual ~XmlReader();
@@ -82,16 +97,14 @@ protected:
     /// What the names of the wanted elements belong to.
     enum class Vocabulary { Spreadsheet, Relationships };
 
-    /// The places from \p firstStrict on hold no elements of the vocabulary but those that \p steps
-    /// lead to.
-    XmlReader(Vocabulary vocabulary, XmlSteps steps, int firstStrict);
+    XmlReader(Vocabulary vocabulary, XmlSteps steps);
 
-    /// The element that leads to \p place begins.
-    virtual void enter(int place, const XmlAttributes &attributes) = 0;
-    /// The element that led to \p place ends.
-    virtual void leave(int place);
-    /// A piece of the text directly inside of the element of \p place.
-    virtual void text(int place, const char *data, int size);
+    /// The element of \p node begins.
+    virtual void enter(int node, const XmlAttributes &attributes) = 0;
+    /// The element of \p node ends.
+    virtual void leave(int node);
+    /// A piece of the text directly inside of the element of \p node.
+    virtual void text(int node, const char *data, int size);
 
     /// Ends the reading with \p error. enter, leave and text may still be called once.
     void refuse(LoadError error);
@@ -103,7 +116,14 @@ private:
     struct Callbacks;
     struct Parser;
 
-    int next(int place, const char *expatName) const;
+    // An element that has begun and not ended yet.
+    struct Element {
+        XmlOutcome outcome;
+        int node;
+        XmlOutcome unknown;
+    };
+
+    Element childOf(const Element &parent, const char *expatName) const;
     void countItems(int items);
     void startElement(const char *expatName, const char *const *attributes);
     void endElement();
@@ -111,11 +131,10 @@ private:
 
     Vocabulary m_vocabulary;
     XmlSteps m_steps;
-    int m_firstStrict;
 
     std::unique_ptr<Parser> m_parser;
     XmlCount *m_count = nullptr;
-    QVector<int> m_places;
+    QVector<Element> m_open;
     qint64 m_pending = 0;
     LoadError m_error = LoadError::None;
     bool m_hasRoot = false;
