@@ -29,7 +29,7 @@ int hexDigit(QChar character)
     return letter >= 'a' && letter <= 'f' ? letter - 'a' + 10 : -1;
 }
 
-// The code unit that the escape at the position stands for, or -1 if none begins there.
+// The code unit that the escape at \p position stands for, or -1 if none begins there.
 int escapedUnit(const QString &text, int position)
 {
     if (position + escapeLength > text.size() || text.at(position + 1) != QLatin1Char('x')
@@ -62,8 +62,8 @@ void decodeEscapes(QString *text)
     *text = decoded;
 }
 
-// Whether the unit may be a control character, half of a pair or no character at all. Texts of
-// which none of these is true, nearly all, need no second look.
+// Whether the code unit may be a control character, half of a pair or no character at all. Nearly
+// all texts have no such unit and need no second look.
 bool isSuspect(ushort unit)
 {
     return unit < 0x20 || (unit >= 0x7f && unit < 0xa0) || unit >= 0xd800;
@@ -194,14 +194,14 @@ bool toNumber(const QByteArray &text, double *value)
 QString plainDigits(const QByteArray &number)
 {
     QByteArray mantissa = withoutBlanks(number);
-    const int mark = qMax(mantissa.indexOf('e'), mantissa.indexOf('E'));
-    if (mark < 0) {
+    const int exponentAt = qMax(mantissa.indexOf('e'), mantissa.indexOf('E'));
+    if (exponentAt < 0) {
         return QString::fromLatin1(mantissa);
     }
     bool known = false;
-    const int exponent = mantissa.mid(mark + 1).toInt(&known);
-    mantissa.truncate(mark);
-    // An exponent beyond any number belongs to a 0, or to something that is next to it.
+    const int exponent = mantissa.mid(exponentAt + 1).toInt(&known);
+    mantissa.truncate(exponentAt);
+    // Beyond these exponents only a mantissa of 0 is a finite number, or one that rounds to 0.
     if (!known || exponent < -longestNumber || exponent > longestNumber) {
         return QStringLiteral("0");
     }

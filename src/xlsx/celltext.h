@@ -14,8 +14,7 @@ namespace CellText
 QString decode(const QByteArray &utf8);
 
 /// Sets \p value to the finite number that \p text is, blanks around it allowed, and returns true;
-/// false if it is none. The notation is that of XML Schema, without its names for infinity and not
-/// a number.
+/// false if it is none. The notation is that of XML Schema, without its names for infinity and NaN.
 bool toNumber(const QByteArray &text, double *value);
 
 /// The digits of \p number, for which toNumber holds, as they stand there without blanks around

@@ -41,9 +41,9 @@ bool isEncryptedPackage(QFile *file)
     file->seek(0);
     QByteArray piece = file->read(pieceSize);
     while (!piece.isEmpty()) {
-        for (int at = 0; at + entrySize <= piece.size(); at += entrySize) {
+        for (int start = 0; start + entrySize <= piece.size(); start += entrySize) {
             for (const QByteArray &entry : names) {
-                if (std::memcmp(piece.constData() + at, entry.constData(), nameSize) == 0) {
+                if (std::memcmp(piece.constData() + start, entry.constData(), nameSize) == 0) {
                     return true;
                 }
             }

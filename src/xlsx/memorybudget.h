@@ -8,7 +8,7 @@
 class MemoryBudget
 {
 public:
-    /// Takes the share of a cell, in a row of its own or behind another one; false when there is
+    /// Takes the share of a cell, and of its row when it is the first there; false when there is
     /// not enough left.
     bool takeCell(bool newRow)
     {

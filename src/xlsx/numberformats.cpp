@@ -20,10 +20,10 @@ struct Range {
 constexpr std::array<Range, 5> dateRanges = {{{14, 22}, {27, 36}, {45, 47}, {50, 58}, {71, 81}}};
 
 const QString dateLetters = QStringLiteral("ymdhs");
-const QString digitPlaces = QStringLiteral("0#?");
+const QString digitPlaceholders = QStringLiteral("0#?");
 
-// Position behind the bracket that begins at the position, and whether it is an elapsed time:
-// nothing but one letter of times, once or several times.
+// The position behind the bracket that begins at \p position. Sets \p elapsed when it is an elapsed
+// time: nothing but one letter of times, once or several times.
 int skipBracket(const QString &code, int position, bool *elapsed)
 {
     const int end = code.indexOf(QLatin1Char(']'), position);
@@ -128,7 +128,8 @@ bool isDateCode(const QString &code)
             position += 2;
             break;
         default:
-            position = digitPlaces.contains(character) ? nextSection(code, position) : position + 1;
+            position =
+                digitPlaceholders.contains(character) ? nextSection(code, position) : position + 1;
         }
     }
     return false;

@@ -9,7 +9,7 @@ namespace NumberFormats
 enum class Kind {
     Number,
     Date,
-    /// Nothing says what it is.
+    /// Nothing says whether it is a date.
     Unknown
 };
 
@@ -22,7 +22,7 @@ Kind builtinKind(int number);
 /// Whether \p code, a custom format such as "[Red]dd.mm.yyyy" or "0.0 \"mmol\"", has a section
 /// whose first meaningful character is a letter of dates and times, as in "mm:ss.0". Quoted and
 /// escaped texts, colours, conditions and currencies mean nothing; elapsed times such as "[h]" are
-/// times. A section that starts with a digit's place stays a number, so that "0.0 mmol/mol"
+/// times. A section that starts with a placeholder of digits stays a number, so that "0.0 mmol/mol"
 /// without quotes is one.
 bool isDateCode(const QString &code);
 

@@ -69,13 +69,13 @@ QByteArray resolved(const QByteArray &source, const QByteArray &target)
         path.prepend(folderOf(source));
     }
     QList<QByteArray> folders;
-    for (const QByteArray &step : path.split('/')) {
-        if (step == "..") {
+    for (const QByteArray &folder : path.split('/')) {
+        if (folder == "..") {
             if (!folders.isEmpty()) {
                 folders.removeLast();
             }
-        } else if (!step.isEmpty() && step != ".") {
-            folders.append(step);
+        } else if (!folder.isEmpty() && folder != ".") {
+            folders.append(folder);
         }
     }
     return folders.join('/');
@@ -126,7 +126,7 @@ void Relationships::enter(int node, const XmlAttributes &attributes)
         refuse(LoadError::TooLarge);
         return;
     }
-    // An address outside of the package is none of its parts.
+    // The target is an address outside of the package.
     if (mode == "External") {
         m_targets.insert(id, {});
         return;

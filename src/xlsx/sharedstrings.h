@@ -7,7 +7,7 @@
 #include "xlsx/textcollector.h"
 #include "xlsx/xmlreader.h"
 
-/// The texts that cells refer to by position.
+/// The texts that cells refer to by their index.
 class SharedStrings : public XmlReader
 {
 public:

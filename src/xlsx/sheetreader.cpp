@@ -57,7 +57,7 @@ constexpr std::array<TypeName, 7> typeNames = {{
 // less.
 constexpr double firstDayWithoutDate = 2'958'466.0;
 
-// What spreadsheets show for a number that no date belongs to.
+// What spreadsheets show for a number under a format of dates that is no date.
 QString noDate()
 {
     return QStringLiteral("########");
@@ -70,7 +70,8 @@ bool toIndex(const QByteArray &text, int count, int *index)
     return known && *index >= 0 && *index < count;
 }
 
-// The letters of a column and the digits of a row; 0 for one that is missing or out of all bounds.
+// The column and the row that a reference such as "C17" names, each from 1 on; 0 for one that is
+// missing. Numbers beyond all sheets are cut.
 struct Reference {
     int row = 0;
     int column = 0;
@@ -171,7 +172,7 @@ void SheetReader::enterCell(const XmlAttributes &attributes)
 {
     m_text.clear();
     m_contents = 0;
-    if (!attributes.areAmong(cellAttributes.data()) || !place(attributes.value("r"))
+    if (!attributes.areAmong(cellAttributes.data()) || !moveTo(attributes.value("r"))
         || !setType(attributes.value("t")) || !setFormat(attributes.value("s"))) {
         refuse(LoadError::Damaged);
     } else if (m_column > workbookLimits.columns) {
@@ -179,7 +180,7 @@ void SheetReader::enterCell(const XmlAttributes &attributes)
     }
 }
 
-bool SheetReader::place(const char *reference)
+bool SheetReader::moveTo(const char *reference)
 {
     if (reference == nullptr) {
         ++m_column;
@@ -236,8 +237,8 @@ LoadError SheetReader::store()
     }
 }
 
-// A number that is none is not passed over: the row would end there, or go on with another value,
-// and nobody would know.
+// A cell that should hold a number and does not is an error. Passed over it would end the values of
+// its row or join its neighbours, and nobody would know.
 LoadError SheetReader::storeNumber(const QByteArray &text)
 {
     if (text.trimmed().isEmpty()) {
@@ -254,7 +255,7 @@ LoadError SheetReader::storeNumber(const QByteArray &text)
     if (m_column == m_context.textColumn) {
         return storeText(CellText::plainDigits(text));
     }
-    const LoadError error = claimNode();
+    const LoadError error = claimCell();
     if (error == LoadError::None) {
         m_context.target->writeNumeric(m_row, m_column, value);
     }
@@ -266,7 +267,7 @@ LoadError SheetReader::storeDate(double days)
     if (!(days >= 0.0 && days < firstDayWithoutDate)) {
         return storeText(noDate());
     }
-    const LoadError error = claimNode();
+    const LoadError error = claimCell();
     if (error == LoadError::None) {
         m_context.target->writeNumeric(m_row, m_column, days, m_dateFormat);
     }
@@ -297,14 +298,14 @@ LoadError SheetReader::storeBoolean(const QByteArray &text)
     if (!isTrue && name != "0" && name != "false") {
         return LoadError::Damaged;
     }
-    const LoadError error = claimNode();
+    const LoadError error = claimCell();
     if (error == LoadError::None) {
         m_context.target->writeBool(m_row, m_column, isTrue);
     }
     return error;
 }
 
-// An error ends the row, which a number would not do.
+// A number would count as a value, which the text of an error never does.
 LoadError SheetReader::storeError(const QString &text)
 {
     bool isNumber = false;
@@ -314,11 +315,11 @@ LoadError SheetReader::storeError(const QString &text)
 
 LoadError SheetReader::storeSharedString(const QByteArray &index)
 {
-    int position = 0;
-    if (!toIndex(index, m_context.sharedStrings->size(), &position)) {
+    int number = 0;
+    if (!toIndex(index, m_context.sharedStrings->size(), &number)) {
         return LoadError::Damaged;
     }
-    return writeText(m_context.sharedStrings->at(position));
+    return writeText(m_context.sharedStrings->at(number));
 }
 
 LoadError SheetReader::storeText(const QString &text)
@@ -326,21 +327,21 @@ LoadError SheetReader::storeText(const QString &text)
     return m_context.budget->takeText(text) ? writeText(text) : LoadError::TooLarge;
 }
 
-// Written as it stands: the general write would take some texts for formulas or addresses.
+// As an inline string: the general write takes some texts for formulas or addresses.
 LoadError SheetReader::writeText(const QString &text)
 {
     if (text.isEmpty()) {
         return LoadError::None;
     }
-    const LoadError error = claimNode();
+    const LoadError error = claimCell();
     if (error == LoadError::None) {
         m_context.target->writeInlineString(m_row, m_column, text);
     }
     return error;
 }
 
-// Takes the current place for a cell with contents. Only places out of order are looked up.
-LoadError SheetReader::claimNode()
+// Takes the current cell for contents. Only cells out of order are looked up.
+LoadError SheetReader::claimCell()
 {
     const bool newRow = m_row != m_lastRow;
     if (m_row < m_lastRow || (m_row == m_lastRow && m_column <= m_lastColumn)) {

@@ -23,9 +23,9 @@ struct SheetContext {
 /// Reads the cells of a worksheet into another one that is empty.
 ///
 /// Formulas give the values stored with them. Numbers of the text column become texts with the
-/// digits that stand in the file. A cell or a row without a reference stands behind the one before
-/// it; one with a reference stands where that says. Refused as damaged are references that
-/// contradict their row, two cells with contents in one place, types and formats that are not
+/// digits that stand in the file. A cell or a row without a reference follows the one before it;
+/// one with a reference belongs where that says. Refused as damaged are references that
+/// contradict their row, the same cell twice with contents, types and formats that are not
 /// known, and contents that their type does not allow.
 class SheetReader : public XmlReader
 {
@@ -42,7 +42,7 @@ private:
 
     void enterRow(const XmlAttributes &attributes);
     void enterCell(const XmlAttributes &attributes);
-    bool place(const char *reference);
+    bool moveTo(const char *reference);
     bool setType(const char *name);
     bool setFormat(const char *index);
 
@@ -55,7 +55,7 @@ private:
     LoadError storeSharedString(const QByteArray &index);
     LoadError storeText(const QString &text);
     LoadError writeText(const QString &text);
-    LoadError claimNode();
+    LoadError claimCell();
 
     SheetContext m_context;
     QXlsx::Format m_dateFormat;
@@ -68,7 +68,7 @@ private:
     TextCollector m_text;
     int m_contents = 0;
 
-    // The last place in reading order that holds something, behind which all places are free.
+    // The last cell in reading order that holds something; all cells behind it are still empty.
     int m_lastRow = 0;
     int m_lastColumn = 0;
 };

@@ -2,8 +2,8 @@
 
 #include <QByteArray>
 
-/// Collects the UTF-8 of one text piece by piece, up to a bound from which on the text is cut
-/// anyhow (see CellText::decode).
+/// Collects the UTF-8 of one text piece by piece. It keeps more than CellText::decode leaves of any
+/// text and drops the rest.
 class TextCollector
 {
 public:

@@ -13,7 +13,7 @@
 namespace
 {
 
-// Between the namespace and the name; it stands in no namespace.
+// Between the namespace and the name; no namespace contains it.
 constexpr char separator = '\n';
 
 struct Namespaces {
@@ -136,7 +136,7 @@ struct XmlReader::Callbacks {
         }
     }
 
-    // Whatever has no function of its own, such as comments: a sign of progress.
+    // Whatever has no function of its own, such as comments.
     static void other(void *self, const char * /*data*/, int /*size*/)
     {
         reader(self)->countItems(1);
@@ -250,7 +250,7 @@ XmlReader::Element XmlReader::childOf(const Element &parent, const char *expatNa
     return {parent.unknown, document, XmlOutcome::PassedOver};
 }
 
-// Items are a sign of progress, too.
+// The parser goes on as long as items come, so that nothing is pending.
 void XmlReader::countItems(int items)
 {
     m_pending = 0;

@@ -88,7 +88,7 @@ struct ZipPackage::Archive {
 namespace
 {
 
-// The index of parts that have one name.
+// Instead of an index: several parts have that name.
 constexpr quint64 ambiguous = ~quint64(0);
 
 using Part = std::unique_ptr<zip_file_t, decltype(&zip_fclose)>;
@@ -127,7 +127,7 @@ LoadError ZipPackage::open(QFile *file)
     return listParts();
 }
 
-// Two parts of one name could each be taken for the right one.
+// Nobody knows which of two parts with one name is the right one.
 LoadError ZipPackage::listParts()
 {
     const zip_int64_t count = zip_get_num_entries(m_archive->zip.get(), 0);
