@@ -21,6 +21,8 @@
 #include <xlsxcellrange.h>
 #include <xlsxdocument.h>
 
+#include "methods.h"
+#include "resultsubwindow.h"
 #include "settingsdialog.h"
 #include "support/mainwindowtester.h"
 #include "support/testworkbooks.h"
@@ -212,6 +214,18 @@ const QStringList &englishStart()
     return all;
 }
 
+// The application's font for as long as this lives.
+class FontOfSize
+{
+public:
+    explicit FontOfSize(int points) { QApplication::setFont(QFont("DejaVu Sans", points)); }
+    ~FontOfSize() { QApplication::setFont(before); }
+    Q_DISABLE_COPY_MOVE(FontOfSize)
+
+private:
+    const QFont before = QApplication::font();
+};
+
 } // namespace
 
 class TestTranslations : public QObject
@@ -303,7 +317,7 @@ private Q_SLOTS:
         const ProgramRun run = startProgram(folder.path());
         QCOMPARE(run.errors, QStringList());
         constexpr const char *noSettings =
-            "Soubor s nastavením neexistuje nebo má neplatný formát. Vytvoří se výchozí nastavení";
+            "Soubor s nastavením neexistuje nebo má neplatný formát. Vytvoří se výchozí nastavení.";
         QCOMPARE(run.shown,
                  texts({"box: Chybné nastavení",
                         noSettings,
@@ -388,31 +402,64 @@ private Q_SLOTS:
         QFETCH(const int, method);
         QFETCH(const int, median);
         QFETCH(const QStringList, values);
-        const QFont before = QApplication::font();
-        QApplication::setFont(QFont("DejaVu Sans", 9));
-        {
-            CzechTester tester(
-                QString("[Method]\nConvergence = %1\nVariance = %1\n[Result]\nMedian = %2\n"
-                        "[Variable]\nSkip = 99\n")
-                    .arg(method)
-                    .arg(median)
-                    .toLatin1());
-            tester.start();
-            tester.openThreePatients();
-            const QStringList labels = tester.labelTexts();
-            for (const QString &value : values) {
-                QVERIFY2(labels.contains(value), qPrintable(value));
-            }
-            const QWidget *panel = tester.patientTable()->parentWidget();
-            QCOMPARE(panel->width(), 275);
-            QVERIFY2(panel->layout()->minimumSize().width() <= panel->width(),
-                     qPrintable(QString::number(panel->layout()->minimumSize().width())));
-            const QHeaderView *header = tester.patientTable()->horizontalHeader();
-            for (int column = 0; column < header->count(); ++column) {
-                QVERIFY(header->sectionSizeHint(column) <= header->sectionSize(column));
-            }
+        const FontOfSize font(9);
+        CzechTester tester(
+            QString("[Method]\nConvergence = %1\nVariance = %1\n[Result]\nMedian = %2\n"
+                    "[Variable]\nSkip = 99\n")
+                .arg(method)
+                .arg(median)
+                .toLatin1());
+        tester.start();
+        tester.openThreePatients();
+        const QStringList labels = tester.labelTexts();
+        for (const QString &value : values) {
+            QVERIFY2(labels.contains(value), qPrintable(value));
         }
-        QApplication::setFont(before);
+        const QWidget *panel = tester.patientTable()->parentWidget();
+        QCOMPARE(panel->width(), 275);
+        QVERIFY2(panel->layout()->minimumSize().width() <= panel->width(),
+                 qPrintable(QString::number(panel->layout()->minimumSize().width())));
+        const QHeaderView *header = tester.patientTable()->horizontalHeader();
+        for (int column = 0; column < header->count(); ++column) {
+            QVERIFY(header->sectionSizeHint(column) <= header->sectionSize(column));
+        }
+    }
+
+    // The line of a method at the foot of the plot ends before the vertical axis.
+    void methodsFitTheirHalfOfThePlot()
+    {
+        const FontOfSize font(9);
+        CzechTester tester;
+        tester.start();
+        tester.openThreePatients();
+        tester.patientTable()->selectRow(2);
+        tester.answers.expect<QInputDialog>([](QInputDialog &dialog) { dialog.accept(); });
+        tester.button("Zobrazit graf")->click();
+        auto *tabs = tester.window->findChild<QTabWidget *>();
+        QVERIFY(tabs);
+        tabs->setCurrentIndex(1);
+        const QWidget *plot = tabs->currentWidget();
+        tester.window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(tester.window.get()));
+        for (const Method &method : convergenceMethods) {
+            const QString line =
+                ResultSubWindow::tr("Convergence: ") + ResultSubWindow::tr(method.plot);
+            const int end = 5 + plot->fontMetrics().horizontalAdvance(line);
+            QVERIFY2(end < plot->width() / 2, qPrintable(line));
+        }
+    }
+
+    void headersOfThePatientTableFitALargeFont()
+    {
+        const FontOfSize font(11);
+        CzechTester tester;
+        tester.start();
+        tester.openThreePatients();
+        const QHeaderView *header = tester.patientTable()->horizontalHeader();
+        QCOMPARE(header->count(), 2);
+        for (int column = 0; column < header->count(); ++column) {
+            QVERIFY(header->sectionSizeHint(column) <= header->sectionSize(column));
+        }
     }
 
     void tablesAreCzech()
@@ -424,7 +471,7 @@ private Q_SLOTS:
             return model->headerData(section, way).toString();
         };
         QCOMPARE(header(tester.patientsModel(), 0, Qt::Horizontal), "ID pacienta");
-        QCOMPARE(header(tester.patientsModel(), 1, Qt::Horizontal), "Výsledky metod");
+        QCOMPARE(header(tester.patientsModel(), 1, Qt::Horizontal), "Výsledky");
         QCOMPARE(header(tester.patientsModel(), 2, Qt::Horizontal), "Unknown!");
         // The middle patient is the center of x; of y it is the one that falls.
         QCOMPARE(MainWindowTester::tableTexts(*tester.patientTable()),
@@ -487,8 +534,8 @@ private Q_SLOTS:
         shown.sort();
         QStringList expected =
             texts({"Nastavení", "Metoda", "Zobrazení informací", "Výpočet středu", "Posun",
-                   "Konvergence", "Variabilita", "Počet vynechaných hodnot", "Medián rozdílů",
-                   "Lineární regrese", "C*e^(k*x)", "Směrodatná odchylka",
+                   "Konvergence", "Variabilita", "Počet vynechaných počátečních hodnot",
+                   "Medián rozdílů", "Lineární regrese", "C*e^(k*x)", "Směrodatná odchylka",
                    "Směrodatná odchylka rozdílů s posunem", "Mezikvartilové rozpětí", "OK",
                    "Zrušit", "Průměr", "Medián", "Zobrazit informace (nad pravou tabulkou)"});
         expected.sort();
@@ -534,7 +581,7 @@ private Q_SLOTS:
         shown << tabs->tabText(0) << tabs->tabText(1);
         QCOMPARE(tester.answers.unexpected(), QStringList());
         QCOMPARE(shown,
-                 texts({"Název grafu", "Název", "Graf 1", "Graf hodnot Glymark",
+                 texts({"Název grafu", "Název", "Graf 1", "Graf naměřených hodnot",
                         "Graf výsledků pacientů"}));
     }
 
@@ -563,7 +610,7 @@ private Q_SLOTS:
         const QStringList painted = paintedTexts(tester.readFile("page.svg"));
         for (const char *expected :
              {"L/H", "H/H", "L/L", "H/L", "Konvergence", "Variabilita",
-              "Konvergence: Lineární regrese metodou nejmenších čtverců",
+              "Konvergence: Lineární regrese (nejmenší čtverce)",
               "Variabilita: Směrodatná odchylka rozdílů s posunem", "mmol/mol", "x", "rising"}) {
             QVERIFY2(painted.contains(expected), expected);
         }
@@ -584,7 +631,7 @@ private Q_SLOTS:
         QCOMPARE(
             tester.answers.messages(),
             texts({"Žádná data|Nejsou žádná data k zobrazení",
-                   "Export do svg|Není vybrán žádný graf k exportu",
+                   "Export do SVG|Není vybrán žádný graf k exportu",
                    "Vybráno: 0|Vyberte v tabulce výše řádky, které se mají zobrazit v grafu"}));
     }
 
@@ -594,7 +641,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("sentence");
         QTest::newRow("no patients")
             << 0
-            << "Sešit neobsahuje žádné pacienty: buňka v 1. sloupci 2. řádku je prázdná. Nic "
+            << "Tento sešit neobsahuje žádné pacienty: buňka v 1. sloupci 2. řádku je prázdná. Nic "
                "nebylo otevřeno.";
         QTest::newRow("one short row") << 1
                                        << "Každý pacient musí mít alespoň dvě hodnoty. Nic "
@@ -605,7 +652,7 @@ private Q_SLOTS:
         for (int row = 2; row < 12; ++row) {
             eleven += QString("\nŘádek %1: p").arg(row);
         }
-        QTest::newRow("many short rows") << 12 << eleven + "\npočet dalších: 2";
+        QTest::newRow("many short rows") << 12 << eleven + "\nPočet dalších řádků: 2";
     }
 
     void refusalsAreCzech()
@@ -655,7 +702,7 @@ private Q_SLOTS:
             tester.openThreePatients();
             tester.answers.expect<QFileDialog>([&caption](QFileDialog &dialog) {
                 QCOMPARE(dialog.windowTitle(), caption);
-                QCOMPARE(dialog.nameFilters(), QStringList("Dokument xlsx (*.xlsx)"));
+                QCOMPARE(dialog.nameFilters(), QStringList("Sešit XLSX (*.xlsx)"));
                 dialog.reject();
             });
             tester.trigger(action);
@@ -693,7 +740,7 @@ private Q_SLOTS:
         });
         tester.trigger("Otevřít soubor");
         QCOMPARE(tester.answers.unexpected(), QStringList());
-        QCOMPARE(shown, texts({"Otevřít soubor", "Dokument xlsx (*.xlsx)", "Otevřít", "Zrušit"}));
+        QCOMPARE(shown, texts({"Otevřít soubor", "Sešit XLSX (*.xlsx)", "Otevřít", "Zrušit"}));
     }
 };
 

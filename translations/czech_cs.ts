@@ -52,7 +52,7 @@
     </message>
     <message>
         <source>Method results</source>
-        <translation>Výsledky metod</translation>
+        <translation>Výsledky</translation>
     </message>
 </context>
 <context>
@@ -91,7 +91,7 @@
     </message>
     <message>
         <source>Config file doesn&apos;t exist or has invalid format. Default config will be created</source>
-        <translation>Soubor s nastavením neexistuje nebo má neplatný formát. Vytvoří se výchozí nastavení</translation>
+        <translation>Soubor s nastavením neexistuje nebo má neplatný formát. Vytvoří se výchozí nastavení.</translation>
     </message>
     <message>
         <source>Open File</source>
@@ -99,7 +99,7 @@
     </message>
     <message>
         <source>Open xlsx file with data</source>
-        <translation>Otevřít soubor xlsx s daty</translation>
+        <translation>Otevřít soubor XLSX s daty</translation>
     </message>
     <message>
         <source>Save file</source>
@@ -115,7 +115,7 @@
     </message>
     <message>
         <source>Export currently selected graph to svg</source>
-        <translation>Exportovat právě vybraný graf do svg</translation>
+        <translation>Exportovat právě vybraný graf do SVG</translation>
     </message>
     <message>
         <source>Settings</source>
@@ -211,11 +211,11 @@
     </message>
     <message>
         <source>Xlsx document (*.xlsx)</source>
-        <translation>Dokument xlsx (*.xlsx)</translation>
+        <translation>Sešit XLSX (*.xlsx)</translation>
     </message>
     <message>
         <source>This workbook has no patients: column 1 of row 2 is empty. Nothing was opened.</source>
-        <translation>Sešit neobsahuje žádné pacienty: buňka v 1. sloupci 2. řádku je prázdná. Nic nebylo otevřeno.</translation>
+        <translation>Tento sešit neobsahuje žádné pacienty: buňka v 1. sloupci 2. řádku je prázdná. Nic nebylo otevřeno.</translation>
     </message>
     <message>
         <source>Every patient needs at least two values. Nothing was opened. These rows have fewer:</source>
@@ -227,7 +227,7 @@
     </message>
     <message>
         <source>and %1 more</source>
-        <translation>počet dalších: %1</translation>
+        <translation>Počet dalších řádků: %1</translation>
     </message>
     <message>
         <source>0 selected</source>
@@ -247,7 +247,7 @@
     </message>
     <message>
         <source>Glymark value graph</source>
-        <translation>Graf hodnot Glymark</translation>
+        <translation>Graf naměřených hodnot</translation>
     </message>
     <message>
         <source>Patient result graph</source>
@@ -291,7 +291,7 @@
     </message>
     <message>
         <source>Svg export</source>
-        <translation>Export do svg</translation>
+        <translation>Export do SVG</translation>
     </message>
     <message>
         <source>No graphs selected for export</source>
@@ -343,7 +343,7 @@
     </message>
     <message>
         <source>This workbook has no worksheet. Nothing was opened.</source>
-        <translation>Tento sešit neobsahuje žádný list s daty. Nic nebylo otevřeno.</translation>
+        <translation>Tento sešit neobsahuje žádný tabulkový list. Nic nebylo otevřeno.</translation>
     </message>
     <message>
         <source>This workbook is too large. Nothing was opened.</source>
@@ -358,7 +358,7 @@
     </message>
     <message>
         <source>Linear least squares fitting</source>
-        <translation>Lineární regrese metodou nejmenších čtverců</translation>
+        <translation>Lineární regrese (nejmenší čtverce)</translation>
     </message>
     <message>
         <source>C*e^(k*x)</source>
@@ -485,7 +485,7 @@
     </message>
     <message>
         <source>Offset count</source>
-        <translation>Počet vynechaných hodnot</translation>
+        <translation>Počet vynechaných počátečních hodnot</translation>
     </message>
 </context>
 </TS>
