@@ -125,7 +125,7 @@ private:
     {
         tester.answers.expect<SettingsDialog>([this](SettingsDialog &dialog) {
             picture(dialog.grab(), "settings.png");
-            dialog.findChild<QSpinBox *>()->setValue(2);
+            dialog.findChild<QSpinBox *>()->setValue(3);
             dialog.findChild<QPushButton *>("okButton")->click();
         });
         tester.action("Settings")->trigger();
