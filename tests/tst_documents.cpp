@@ -1,0 +1,375 @@
+// Holds the documents against what they speak of: every link, picture, path, command, target, name
+// and menu text in them exists, and version and date are the same everywhere.
+
+#include <QDirIterator>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QMenu>
+#include <QMenuBar>
+#include <QRegularExpression>
+#include <QSpinBox>
+#include <QtTest>
+
+#include "settingsdialog.h"
+#include "support/documents.h"
+#include "support/mainwindowtester.h"
+
+using Documents::all;
+using Documents::between;
+using Documents::path;
+using Documents::read;
+
+namespace
+{
+
+QStringList matches(const QString &text, const char *pattern)
+{
+    QStringList found;
+    const QRegularExpression expression(pattern, QRegularExpression::MultilineOption);
+    for (auto match = expression.globalMatch(text); match.hasNext();) {
+        found << match.next().captured(1);
+    }
+    return found;
+}
+
+// What stands in code: between backticks, and in lines that four blanks set off.
+QStringList codeOf(const QString &text)
+{
+    return between(text, "`", "`") + matches(text, "^ {4}(.*)$");
+}
+
+// The names of headings as links say them.
+QStringList anchorsOf(const QString &text)
+{
+    QStringList anchors;
+    for (QString heading : matches(text, "^#+ (.*)$")) {
+        heading = heading.toLower();
+        heading.remove(QRegularExpression("[^a-z0-9 _-]"));
+        anchors << heading.replace(' ', '-');
+    }
+    return anchors;
+}
+
+// The content of all files below \p folder with one of the endings.
+QString contentOf(const QString &folder, const QStringList &endings)
+{
+    QString content;
+    QDirIterator files(path(folder), endings, QDir::Files, QDirIterator::Subdirectories);
+    while (files.hasNext()) {
+        content += read(files.next());
+    }
+    return content;
+}
+
+QString sources()
+{
+    static const QString content = contentOf("src", {"*.h", "*.cpp", "CMakeLists.txt"});
+    return content;
+}
+
+// What the sources say in string literals, with the parts of a long one joined.
+QStringList literals()
+{
+    QString joined = contentOf("src", {"*.cpp", "*.h"});
+    joined.remove(QRegularExpression(R"("\s*\n\s*")"));
+    return matches(joined, "\"([^\"\n]+)\"");
+}
+
+// Whether a part of the project lies below a folder with one of these names.
+bool isPathOfProject(const QString &word)
+{
+    static const QRegularExpression pattern("^(script|src|tests|docs|fuzz|samples|translations|"
+                                            "packaging|benchmarks|cmake)/");
+    return pattern.match(word).hasMatch();
+}
+
+QStringList presetsOf(const QString &kind)
+{
+    const QJsonObject presets =
+        QJsonDocument::fromJson(read("CMakePresets.json").toUtf8()).object();
+    QStringList names;
+    const QJsonArray list = presets.value(kind).toArray();
+    for (const auto &preset : list) {
+        names << preset.toObject().value("name").toString();
+    }
+    return names;
+}
+
+QStringList targets()
+{
+    const QString lists = read("CMakeLists.txt") + contentOf("src", {"CMakeLists.txt"})
+        + contentOf("tests", {"CMakeLists.txt"}) + contentOf("benchmarks", {"CMakeLists.txt"})
+        + contentOf("fuzz", {"CMakeLists.txt"}) + contentOf("translations", {"CMakeLists.txt"})
+        + contentOf("packaging", {"CMakeLists.txt"});
+    return matches(lists,
+                   "(?:add_executable|add_library|add_custom_target|glymark_add_test)\\((\\w+)");
+}
+
+} // namespace
+
+class TestDocuments : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void linksLeadSomewhere_data()
+    {
+        QTest::addColumn<QString>("document");
+        QTest::addColumn<QString>("target");
+        for (const QString &document : all()) {
+            for (const QString &target : between(read(document), "](", ")")) {
+                if (!target.startsWith("https://")) {
+                    QTest::newRow(qPrintable(document + ": " + target)) << document << target;
+                }
+            }
+        }
+    }
+
+    void linksLeadSomewhere()
+    {
+        QFETCH(const QString, document);
+        QFETCH(const QString, target);
+        const QString file = target.section('#', 0, 0);
+        const QString linked =
+            file.isEmpty() ? document : QDir::cleanPath(QFileInfo(document).path() + '/' + file);
+        QVERIFY2(QFileInfo(path(linked)).isFile(), qPrintable(linked));
+        if (target.contains('#')) {
+            QVERIFY2(anchorsOf(read(linked)).contains(target.section('#', 1)), qPrintable(target));
+        }
+    }
+
+    void everyPictureIsShown()
+    {
+        QString text;
+        for (const QString &document : all()) {
+            text += read(document);
+        }
+        const QStringList pictures = QDir(path("docs/images")).entryList(QDir::Files);
+        QVERIFY(pictures.size() > 10);
+        for (const QString &picture : pictures) {
+            QVERIFY2(text.contains("images/" + picture + ')'), qPrintable(picture));
+        }
+    }
+
+    void unitsOfThePictureExist()
+    {
+        const QString picture = read("docs/images/architecture.svg");
+        const QStringList texts = matches(picture, "monospace\"[^>]*>([^<]*)</text>");
+        QVERIFY(texts.size() > 15);
+        for (const QString &text : texts) {
+            for (const QString &unit : text.split(" | ")) {
+                QVERIFY2(QFile::exists(path("src/" + unit + ".cpp"))
+                             || QFile::exists(path("src/" + unit + ".h"))
+                             || QFile::exists(path("src/xlsx/" + unit + ".h")),
+                         qPrintable(unit));
+            }
+        }
+        for (const QString &layer : matches(picture, R"(font-weight="bold">(glymark\w*)<)")) {
+            QVERIFY2(targets().contains(layer), qPrintable(layer));
+        }
+    }
+
+    void pathsInCodeExist_data()
+    {
+        QTest::addColumn<QString>("named");
+        for (const QString &document : all()) {
+            for (const QString &code : codeOf(read(document))) {
+                for (const QString &word : code.split(' ')) {
+                    if (isPathOfProject(word) && !word.contains('<')) {
+                        QTest::newRow(qPrintable(document + ": " + word)) << word;
+                    }
+                }
+            }
+        }
+    }
+
+    void pathsInCodeExist()
+    {
+        QFETCH(const QString, named);
+        QVERIFY2(QFileInfo::exists(path(named)), qPrintable(named));
+    }
+
+    void commandsNameWhatThereIs()
+    {
+        QString code;
+        for (const QString &document : all()) {
+            code += codeOf(read(document)).join('\n') + '\n';
+        }
+        const QStringList workflows = matches(code, "--workflow --preset (\\w+)");
+        QVERIFY(!workflows.isEmpty());
+        for (const QString &preset : workflows) {
+            QVERIFY2(presetsOf("workflowPresets").contains(preset), qPrintable(preset));
+        }
+        for (const QString &preset : matches(code, "cmake --preset (\\w+)")) {
+            QVERIFY2(presetsOf("configurePresets").contains(preset), qPrintable(preset));
+        }
+        for (const QString &preset : matches(code, "--build --preset (\\w+)")) {
+            QVERIFY2(presetsOf("buildPresets").contains(preset), qPrintable(preset));
+        }
+        for (const QString &preset : matches(code, "ctest --preset (\\w+)")) {
+            QVERIFY2(presetsOf("testPresets").contains(preset), qPrintable(preset));
+        }
+        const QStringList named = matches(code, "--target (\\w+)") + matches(code, "-R (\\w+)")
+            + matches(code, R"(build/\w+/(?:\w+/)+(\w+)(?:\s|$))");
+        QVERIFY(named.size() > 3);
+        for (const QString &target : named) {
+            QVERIFY2(targets().contains(target), qPrintable(target));
+        }
+    }
+
+    // Units, classes, functions and keys that the developers' pages name.
+    void namesInCodeExist_data()
+    {
+        QTest::addColumn<QString>("named");
+        for (const char *document : {"docs/architecture.md", "CONTRIBUTING.md"}) {
+            for (const QString &code : between(read(document), "`", "`")) {
+                static const QRegularExpression name("^[A-Za-z]\\w*(::\\w+)?$");
+                if (name.match(code).hasMatch()) {
+                    QTest::newRow(qPrintable(QString(document) + ": " + code)) << code;
+                }
+            }
+        }
+    }
+
+    void namesInCodeExist()
+    {
+        QFETCH(const QString, named);
+        const QString known = sources() + contentOf("tests", {"*.h", "*.cpp", "CMakeLists.txt"})
+            + read("CMakePresets.json");
+        // Of the style rules: a name that stands for others, and a word of the language.
+        const bool found = named == "m_name" || named == "delete"
+            || QRegularExpression("\\b" + named + "\\b").match(known).hasMatch()
+            || targets().contains(named) || QFile::exists(path(named));
+        QVERIFY2(found, qPrintable(named));
+    }
+
+    // Texts in quotation marks are those that the program shows or writes.
+    void quotedTextsAreThoseOfTheProgram_data()
+    {
+        QTest::addColumn<QString>("quoted");
+        for (const char *document : {"README.md", "docs/guide.md"}) {
+            for (const QString &quoted : between(Documents::flat(document), "\"", "\"")) {
+                QTest::newRow(qPrintable(QString(document) + ": " + quoted)) << quoted;
+            }
+        }
+    }
+
+    void quotedTextsAreThoseOfTheProgram()
+    {
+        QFETCH(const QString, quoted);
+        // Not from the program's texts: a button of the toolkit, numbers as C++ writes them, labels
+        // that are put together or shortened (tst_guide compares both), and how to cite.
+        static const QStringList others = {"OK",
+                                           "nan",
+                                           "inf",
+                                           "-inf",
+                                           "Simple linear regression+ Interquartile range",
+                                           "ndard deviation difference offset",
+                                           "0.375 %",
+                                           "coefficient k by Glymark",
+                                           "interquartile range by Glymark"};
+        bool found = others.contains(quoted);
+        for (const QString &literal : literals()) {
+            QString pattern = QRegularExpression::escape(literal);
+            pattern.replace("\\%1", "[0-9]+");
+            const QRegularExpression whole(QRegularExpression::anchoredPattern(pattern));
+            found = found || whole.match(quoted).hasMatch()
+                || (quoted.startsWith('(') && literal.endsWith(' ' + quoted));
+        }
+        QVERIFY2(found, qPrintable(quoted));
+    }
+
+    void commandsOfTheGuideAreTheMenu()
+    {
+        MainWindowTester tester;
+        tester.start();
+        QStringList menu;
+        for (const QAction *action :
+             tester.window->menuBar()->actions().first()->menu()->actions()) {
+            menu << action->text() + ' ' + action->shortcut().toString(QKeySequence::PortableText);
+        }
+        QStringList told;
+        for (const QStringList &row : Documents::tableRows(read("docs/guide.md"))) {
+            if (row.size() == 3 && row.at(1).startsWith("Ctrl+")) {
+                told << row.at(0) + ' ' + row.at(1);
+            }
+        }
+        QCOMPARE(told, menu);
+    }
+
+    void settingsOfTheGuideAreThoseOfANewFile()
+    {
+        QString told;
+        QString section;
+        for (const QStringList &row : Documents::tableRows(read("docs/guide.md"))) {
+            if (row.size() == 5 && row.at(0).startsWith('`')) {
+                if (row.at(0) != section) {
+                    section = row.at(0);
+                    told += '[' + section.mid(1).chopped(1) + "]\n";
+                }
+                told += row.at(1).mid(1).chopped(1) + " = " + row.at(4) + '\n';
+            }
+        }
+        QCOMPARE(told, QString(MainWindowTester::defaultConfig).replace("\n\n\n", "\n"));
+    }
+
+    void offsetOfTheDialogGoesAsFarAsTold()
+    {
+        const MainWindowTester tester;
+        const SettingsDialog dialog;
+        const auto *offset = dialog.findChild<QSpinBox *>();
+        QVERIFY(offset);
+        QVERIFY(read("docs/guide.md")
+                    .contains(QString("| %1 to %2 in the dialog |")
+                                  .arg(offset->minimum())
+                                  .arg(offset->maximum())));
+    }
+
+    // "Enlarge the window first."
+    void lowerTableHasNoRoomForPatientsAtFirst()
+    {
+        MainWindowTester tester;
+        tester.start();
+        tester.window->show();
+        QVERIFY(QTest::qWaitForWindowExposed(tester.window.get()));
+        tester.answers.expectFile(path("samples/glymark-sample.xlsx"));
+        tester.action("Open File")->trigger();
+        QCoreApplication::processEvents();
+        const QTableView *table = tester.scoreTable();
+        const int atFirst = table->viewport()->width();
+        QVERIFY2(atFirst < table->columnWidth(0), qPrintable(QString::number(atFirst)));
+        tester.window->resize(1240, 960);
+        QCoreApplication::processEvents();
+        QVERIFY(table->viewport()->width() > table->columnWidth(0));
+    }
+
+    void versionIsTheSameEverywhere_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QString>("pattern");
+        QTest::newRow("guide, example") << "docs/guide.md"
+                                        << R"(\(Glymark ([0-9.]+)\)\.)";
+        QTest::newRow("guide, citation") << "docs/guide.md"
+                                         << "Glymark, version ([0-9.]+), ";
+        QTest::newRow("citation file") << "CITATION.cff"
+                                       << "^version: ([0-9.]+)$";
+    }
+
+    void versionIsTheSameEverywhere()
+    {
+        QFETCH(const QString, file);
+        QFETCH(const QString, pattern);
+        QCOMPARE(matches(read(file), qPrintable(pattern)), QStringList(PROJECT_VERSION));
+    }
+
+    void dateIsTheSameEverywhere()
+    {
+        const QStringList date = matches(read("CITATION.cff"), "^date-released: ([0-9-]+)$");
+        QCOMPARE(date.size(), 1);
+        QCOMPARE(matches(read("docs/guide.md"), "Glymark, version [0-9.]+, ([0-9-]+)\\."), date);
+    }
+};
+
+QTEST_MAIN(TestDocuments)
+#include "tst_documents.moc"

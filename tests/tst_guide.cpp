@@ -1,0 +1,658 @@
+// Recomputes the numbers of the documents: what they say in figures must be what the program
+// computes.
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QtTest>
+#include <xlsxdocument.h>
+
+#include "analysisworkbook.h"
+#include "cconfig.h"
+#include "centers.h"
+#include "convergence.h"
+#include "dataworkbook.h"
+#include "graphpalette.h"
+#include "median.h"
+#include "patientgraphgeometry.h"
+#include "patientreader.h"
+#include "resultplotgeometry.h"
+#include "scores.h"
+#include "support/documents.h"
+#include "variability.h"
+#include "xlsx/workbooklimits.h"
+
+using Series = QVector<double>;
+using Patients = QVector<PatientRecord>;
+using Method = std::function<double(const Series &)>;
+
+Q_DECLARE_METATYPE(QVariantList)
+
+namespace
+{
+
+const QString guide = "docs/guide.md";
+constexpr double percentPerUnit = 1 / 10.929;
+constexpr double percentOfNone = 2.15;
+
+Patients sample(const QString &name)
+{
+    return loadPatients(Documents::path("samples/" + name)).patients;
+}
+
+Series seriesOf(const Patients &patients, const QString &id)
+{
+    const auto *patient =
+        std::find_if(patients.begin(), patients.end(),
+                     [&id](const PatientRecord &candidate) { return candidate.id == id; });
+    return patient == patients.end() ? Series() : patient->values;
+}
+
+double sumOver(const Series &values, const std::function<double(double x, double y)> &term)
+{
+    double sum = 0.0;
+    for (int i = 0; i < values.size(); ++i) {
+        sum += term(i, values.at(i));
+    }
+    return sum;
+}
+
+double mean(const Series &values)
+{
+    return sumOver(values, [](double, double y) { return y; }) / values.size();
+}
+
+double squaresAroundMean(const Series &values)
+{
+    const double center = mean(values);
+    return sumOver(values, [=](double, double y) { return (y - center) * (y - center); });
+}
+
+// The five sums of the exponential fit, and the one that the textbook has in place of S2.
+struct Sums {
+    explicit Sums(const Series &values)
+        : s0(sumOver(values, [](double, double y) { return y; })),
+          s1(sumOver(values, [](double x, double y) { return x * y; })),
+          s2(sumOver(values, [](double x, double y) { return y * y * x; })),
+          s3(sumOver(values, [](double, double y) { return y * std::log(y); })),
+          s4(sumOver(values, [](double x, double y) { return x * y * std::log(y); })),
+          textbook(sumOver(values, [](double x, double y) { return x * x * y; }))
+    {
+    }
+    double numerator() const { return s0 * s4 - s1 * s3; }
+    double denominator() const { return s0 * s2 - s1 * s1; }
+    double textbookDenominator() const { return s0 * textbook - s1 * s1; }
+
+    double s0, s1, s2, s3, s4, textbook;
+};
+
+double textbookRate(const Series &values)
+{
+    const Sums sums(values);
+    return sums.numerator() / sums.textbookDenominator();
+}
+
+Series mapped(Series values, const std::function<double(double)> &change)
+{
+    std::transform(values.begin(), values.end(), values.begin(), change);
+    return values;
+}
+
+Series sorted(Series values)
+{
+    sortAscending(values);
+    return values;
+}
+
+// Steps in the order of "Difference standard deviation offset": earlier minus later.
+Series stepsFrom(const Series &values, int offset)
+{
+    Series steps;
+    for (int i = offset; i + 1 < values.size(); ++i) {
+        steps << values.at(i) - values.at(i + 1);
+    }
+    return steps;
+}
+
+// At the position \p place of the sorted values, counted from 1, interpolated.
+double quantile(const Series &values, double place)
+{
+    const Series s = sorted(values);
+    const int below = int(place);
+    return s.at(below - 1) + (place - below) * (s.at(below) - s.at(below - 1));
+}
+
+Series resultsOf(const Patients &patients, const Method &method)
+{
+    Series results;
+    for (const PatientRecord &patient : patients) {
+        results << method(patient.values);
+    }
+    return results;
+}
+
+// How many patients lie strictly below the median under one method and not under the other.
+QStringList changedSides(const Patients &patients, const Method &one, const Method &other)
+{
+    const Series first = resultsOf(patients, one);
+    const Series second = resultsOf(patients, other);
+    QStringList ids;
+    for (int i = 0; i < patients.size(); ++i) {
+        if ((first.at(i) < median(first)) != (second.at(i) < median(second))) {
+            ids << patients.at(i).id;
+        }
+    }
+    return ids;
+}
+
+QString lowestUnder(const Patients &patients, const Method &method)
+{
+    const Series results = resultsOf(patients, method);
+    const auto place = std::min_element(results.begin(), results.end()) - results.begin();
+    return patients.at(int(place)).id;
+}
+
+int onesUnder(const Patients &patients, const Method &method)
+{
+    const Series results = resultsOf(patients, method);
+    return int(std::count_if(results.begin(), results.end(),
+                             [&](double result) { return result >= median(results); }));
+}
+
+QVariantList variants(const Series &values)
+{
+    QVariantList list;
+    for (const double value : values) {
+        list << value;
+    }
+    return list;
+}
+
+// As the document shows it: with as many decimals, or the same power of ten.
+QString likeShown(const QVariant &expected, const QString &shown)
+{
+    if (expected.userType() == QMetaType::QString) {
+        return expected.toString();
+    }
+    if (shown.contains('e')) {
+        return QString::number(expected.toDouble(), 'e', 0).replace("e-0", "e-");
+    }
+    const int point = shown.indexOf('.');
+    const int decimals = point < 0 ? 0 : shown.size() - point - 1;
+    return QString::number(expected.toDouble(), 'f', decimals);
+}
+
+// What the sentence says where \p pattern has a "#"; empty where the document has no such sentence.
+QStringList numbersIn(const QString &document, const QString &pattern)
+{
+    QString expression = QRegularExpression::escape(pattern);
+    expression.replace("\\#", "(-?[0-9][0-9,]*(?:\\.[0-9]+)?(?:e-?[0-9]+)?)");
+    const auto match = QRegularExpression(expression).match(Documents::flat(document));
+    QStringList numbers = match.capturedTexts().mid(1);
+    for (QString &number : numbers) {
+        number.remove(QRegularExpression(",(?=[0-9]{3})"));
+    }
+    return numbers;
+}
+
+} // namespace
+
+class TestGuide : public QObject
+{
+    Q_OBJECT
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    QString m_previousFolder = QDir::currentPath();
+
+private Q_SLOTS:
+    // The settings of a new folder: an offset of 3 and the median.
+    void init()
+    {
+        m_folder = std::make_unique<QTemporaryDir>();
+        QVERIFY(QDir::setCurrent(m_folder->path()));
+        CConfig::resetInstance();
+        CConfig::instance().createDefaultConfig();
+    }
+
+    void cleanup()
+    {
+        QDir::setCurrent(m_previousFolder);
+        CConfig::resetInstance();
+    }
+
+    void figuresAreThoseOfTheProgram_data()
+    {
+        QTest::addColumn<QString>("document");
+        QTest::addColumn<QString>("pattern");
+        QTest::addColumn<QVariantList>("expected");
+        const auto row = [](const char *name, const QString &pattern, const QVariantList &expected,
+                            const QString &document = guide) {
+            QTest::newRow(name) << document << pattern << expected;
+        };
+        init();
+        addMethods(row);
+        addTextbookFits(row);
+        addSpreads(row);
+        addCenters(row);
+        addSample(row);
+        addGraphs(row);
+        addLimits(row);
+        cleanup();
+    }
+
+    void figuresAreThoseOfTheProgram()
+    {
+        QFETCH(const QString, document);
+        QFETCH(const QString, pattern);
+        QFETCH(const QVariantList, expected);
+        const QStringList shown = numbersIn(document, pattern);
+        QVERIFY2(!shown.isEmpty(), qPrintable("not in " + document + ": " + pattern));
+        QStringList computed;
+        for (int i = 0; i < shown.size() && i < expected.size(); ++i) {
+            computed << likeShown(expected.at(i), shown.at(i));
+        }
+        QCOMPARE(shown, computed);
+    }
+
+    void shortSeriesAreAsTheTableSays()
+    {
+        QCOMPARE(differenceStandardDeviationOffset({50, 60}), 0.0);
+        QCOMPARE(differenceStandardDeviationOffset({50, 60, 64}), 3.0);
+        QVERIFY(std::isnan(differenceStandardDeviationOffset({50, 60, 55, 70})));
+        QCOMPARE(differenceStandardDeviationOffset({50, 60, 55, 70, 40}), 0.0);
+        QCOMPARE(differenceStandardDeviationOffset({50, 60, 55, 70, 40, 14}), 2.0);
+    }
+
+    // "n | s[1] - s[0]": parts around the minus, each the mean of the values that it names.
+    void quartilePositionsAreThoseOfTheTable()
+    {
+        int checked = 0;
+        for (const QStringList &row : Documents::tableRows(Documents::read(guide))) {
+            if (row.size() != 2 || !row.at(1).contains("s[") || !row.at(0).at(0).isDigit()) {
+                continue;
+            }
+            const QStringList parts = row.at(1).section(',', 0, 0).split(" - ");
+            QCOMPARE(parts.size(), 2);
+            for (const QString &count : row.at(0).split(", ")) {
+                Series values;
+                for (int i = 0; i < count.toInt(); ++i) {
+                    values << (i + 2) * (i + 2);
+                }
+                Series sides;
+                for (const QString &part : parts) {
+                    Series named;
+                    for (const QString &position : Documents::between(part, "s[", "]")) {
+                        named << values.at(position.toInt());
+                    }
+                    sides << mean(named);
+                }
+                QCOMPARE(interquartileRange(values), sides.at(0) - sides.at(1));
+                ++checked;
+            }
+        }
+        QCOMPARE(checked, 12);
+    }
+
+    // One place higher for n = 8, 12, ..., lower for n = 3, 7, ..., else that of the halves.
+    void upperQuartileLiesBesideTheMedianOfTheUpperHalf()
+    {
+        for (int n = 3; n < 40; ++n) {
+            Series places;
+            for (int i = 0; i < n; ++i) {
+                places << i;
+            }
+            const int half = n / 2;
+            const double lower = median(places.mid(0, half));
+            const double upper = median(places.mid(n - half));
+            const double shift = n == 4 ? 0.5 : n % 4 == 0 ? 1 : n % 4 == 3 ? -1 : 0;
+            QCOMPARE(interquartileRange(places) + lower, upper + shift);
+        }
+    }
+
+    void constantSeriesHaveNearlyNoSlope()
+    {
+        const QStringList shown =
+            numbersIn(guide,
+                      "up to about # beside it, above or below, and the step from # to # "
+                      "has the slope #, which the window shows as #.");
+        QCOMPARE(shown.size(), 5);
+        double lowest = 0.0;
+        double highest = 0.0;
+        for (int value = 30; value <= 120; ++value) {
+            for (int count = 2; count <= 25; ++count) {
+                const double slope = linearLeastSquares(Series(count, value));
+                lowest = std::min(lowest, slope);
+                highest = std::max(highest, slope);
+            }
+        }
+        const double bound = shown.at(0).toDouble();
+        const double largest = std::max(highest, -lowest);
+        QVERIFY2(lowest < 0.0 && highest > 0.0, "there is a slope on both sides");
+        QVERIFY2(largest > bound / 5 && largest < bound * 5, qPrintable(QString::number(largest)));
+        const double step = linearLeastSquares({shown.at(1).toDouble(), shown.at(2).toDouble()});
+        QVERIFY2(std::abs(step - shown.at(3).toDouble()) < 1e-14,
+                 qPrintable(QString::number(step, 'g', 17)));
+        QCOMPARE(QString("%1").arg(step), shown.at(4));
+    }
+
+    // The agreements of P001, and the cells that the guide names.
+    void analysisWorkbookIsAsTold()
+    {
+        Patients patients = sample("glymark-small.xlsx");
+        QCOMPARE(patients.at(0).id, QString("P001"));
+        patients[0].idealKvadrant = 2;
+        const auto scores = scoresOf(patients);
+        const PatientScoreRecord medians = {
+            {}, convergenceMedians(scores), variabilityMedians(scores)};
+        const QString file = m_folder->filePath("analysis.xlsx");
+        writeAnalysisWorkbook(file, patients, scores, medians, medians);
+        QXlsx::Document workbook(file);
+        const auto cell = [&workbook](const QString &sheet, int row, int column) {
+            return workbook.selectSheet(sheet) ? workbook.read(row, column) : QVariant();
+        };
+
+        const QStringList kvadrants = numbersIn(
+            guide, "P001 has the kvadrants #, #, #, #, #, #, #, #, # under pairs 0 to 8.");
+        QCOMPARE(kvadrants.size(), 9);
+        for (int pair = 0; pair < 9; ++pair) {
+            QCOMPARE(cell("Median", 2, 2 + pair).toInt(), kvadrants.at(pair).toInt());
+        }
+        const double share = cell("Compare 1", 2, 11).toDouble();
+        QCOMPARE(share, 3.0 / 8.0);
+        QCOMPARE(numbersIn(guide, "and column 11 says #, meaning # %."),
+                 QStringList({QString::number(share), QString::number(100 * share)}));
+        const double ideal = cell("IdealCompare", 2, 11).toDouble();
+        QCOMPARE(ideal, 4.0 / 9.0);
+        QCOMPARE(numbersIn(guide, "four of nine pairs hit it, and \"IdealCompare\" says #..."),
+                 QStringList(QString::number(ideal, 'f', 3)));
+
+        QStringList named;
+        for (const QStringList &row : Documents::tableRows(Documents::read(guide))) {
+            static const QRegularExpression address("^[A-Z][0-9]$");
+            if (row.size() == 4 && address.match(row.at(1)).hasMatch()) {
+                const int column = row.at(1).at(0).unicode() - 'A' + 1;
+                named << row.at(1);
+                QCOMPARE(
+                    cell(row.at(0).mid(1).chopped(1), row.at(1).mid(1).toInt(), column).toString(),
+                    row.at(2));
+            }
+        }
+        QCOMPARE(named, QStringList({"C1", "C1", "D1"}));
+        QCOMPARE(cell("Compare 1", 1, 7).toString(),
+                 QString("Simple linear regression+ Interquartile range"));
+        QCOMPARE(cell("Median", 1, 7).toString(),
+                 QString("Simple linear regression + Interquartile range"));
+        QCOMPARE(cell("Compare 6", 1, 2).toString(),
+                 QString("Reference: Simple linear regression + Interquartile range"));
+    }
+
+    // The table of sheets names all of them, in their order.
+    void tableOfSheetsIsComplete()
+    {
+        const Patients patients = sample("glymark-small.xlsx");
+        const auto scores = scoresOf(patients);
+        const QString file = m_folder->filePath("analysis.xlsx");
+        writeAnalysisWorkbook(file, patients, scores, scores.at(0), scores.at(0));
+        const QStringList sheets = QXlsx::Document(file).sheetNames();
+
+        int told = 0;
+        for (const QStringList &row : Documents::tableRows(Documents::read(guide))) {
+            static const QRegularExpression numbers("^([0-9]+)(?: to ([0-9]+))?$");
+            const auto match = numbers.match(row.at(0));
+            if (row.size() != 3 || !match.hasMatch() || !row.at(1).startsWith('"')) {
+                continue;
+            }
+            QCOMPARE(match.captured(1).toInt(), told + 1);
+            const QString first = Documents::between(row.at(1), "\"", "\"").constFirst();
+            QCOMPARE(first, sheets.value(told));
+            told = match.captured(2).isEmpty() ? told + 1 : match.captured(2).toInt();
+        }
+        QCOMPARE(told, sheets.size());
+        QCOMPARE(numbersIn(guide, "\"Save data analysis\" writes # sheets."),
+                 QStringList(QString::number(sheets.size())));
+        QCOMPARE(numbersIn("README.md", "another one of # sheets"),
+                 QStringList(QString::number(sheets.size())));
+    }
+
+    void clippedLabelIsAsTold()
+    {
+        const Patients patients = sample("glymark-small.xlsx");
+        const QString file = m_folder->filePath("data.xlsx");
+        QVERIFY(writeDataWorkbook(file, patients, scoresOf(patients)));
+        QXlsx::Document workbook(file);
+        QVERIFY(workbook.selectSheet("Method result"));
+        const QString label = workbook.read(6, 1).toString();
+        QVERIFY(Documents::flat(guide).contains("with an offset of 3 it reads \"" + label + '"'));
+    }
+
+private:
+    template<typename Row>
+    static void addMethods(const Row &row)
+    {
+        const Series y = seriesOf(sample("glymark-small.xlsx"), "P001");
+        const double n = y.size();
+        row("P001", "| y | # | # | # | # | # | # | # | # |", variants(y));
+        row("mean", "Here n = #, Σy = # and the mean is ȳ = #.", {n, n * mean(y), mean(y)});
+
+        const Series steps = mapped(stepsFrom(y, 0), [](double step) { return -step; });
+        row("steps", "The steps are #, #, #, #, #, #, #. Sorted: #, #, #, **#**, #, #, #.",
+            variants(steps) + variants(sorted(steps)));
+        row("median difference", "**#**, #, #, #. The result is **#**.",
+            variants(sorted(steps).mid(3)) + QVariantList{medianDifference(y)});
+
+        const double center = (n - 1) / 2;
+        const double products =
+            sumOver(y, [&](double x, double value) { return (x - center) * (value - mean(y)); });
+        const double squares =
+            sumOver(y, [=](double x, double) { return (x - center) * (x - center); });
+        row("slope", "With x̄ = # it is # / # = **#**.",
+            {center, products, squares, linearLeastSquares(y)});
+    }
+
+    template<typename Row>
+    static void addTextbookFits(const Row &row)
+    {
+        const Series y = seriesOf(sample("glymark-small.xlsx"), "P001");
+        const Sums sums(y);
+        const double textbook = textbookRate(y);
+        const auto times = [&y](double factor) {
+            return exponentialFit(mapped(y, [=](double value) { return value * factor; }));
+        };
+        row("five sums", "S0 = #, S1 = #, S2 = #, S3 = #, S4 = #, and k = # / # = **#**.",
+            {sums.s0, sums.s1, sums.s2, sums.s3, sums.s4, sums.numerator(), sums.denominator(),
+             exponentialFit(y)});
+        row("textbook", "It would be # here, and k = # / # = #, a fall of # % per measurement.",
+            {sums.textbook, sums.numerator(), sums.textbookDenominator(), textbook,
+             100 * (1 - std::exp(textbook))});
+        row("times smaller", "Glymark's k is # times smaller", {textbook / exponentialFit(y)});
+        row("other units",
+            "P001 with each value divided by # gives #, with each multiplied by # #, while the "
+            "textbook's k stays # for both.",
+            {10, times(0.1), 10, times(10), textbook});
+        row("cited fit", "| # | # | \"coefficient k by Glymark\"", {exponentialFit(y), textbook});
+        row("cited median", "| # | # | median of successive differences |",
+            {medianDifference(y), medianDifference(y)});
+        row("cited slope", "| # | # | slope of", {linearLeastSquares(y), linearLeastSquares(y)});
+    }
+
+    template<typename Row>
+    static void addSpreads(const Row &row)
+    {
+        const Series y = seriesOf(sample("glymark-small.xlsx"), "P001");
+        const double n = y.size();
+        const double squares = squaresAroundMean(y);
+        const double deviation = standardDeviation(y);
+        const double sampleDeviation = std::sqrt(squares / (n - 1));
+        row("standard deviation",
+            "= #; divided by # it is #, and the root is **#**. The textbook's sample standard "
+            "deviation divides by n - 1 = # and gives #.",
+            {squares, n, squares / n, deviation, n - 1, sampleDeviation});
+        row("cited deviation", "| # | # | population standard deviation (divisor n) |",
+            {deviation, sampleDeviation});
+
+        const Series steps = stepsFrom(y, 3);
+        const double stepSquares = squaresAroundMean(steps);
+        const double offset3 = differenceStandardDeviationOffset(y);
+        const double sampleOffset = std::sqrt(stepSquares / (steps.size() - 1));
+        CConfig::instance().saveConfig(0, 0, 1, 0, 1);
+        const double offset0 = differenceStandardDeviationOffset(y);
+        CConfig::instance().createDefaultConfig();
+        row("offset deviation",
+            "With offset # the steps of P001, earlier minus later, are #, #, #, #; their mean is "
+            "#, the squares of the distances add up to #, and √(# / #) = **#**. With the divisor "
+            "# it would be #. With offset # all seven steps count, and the result is #.",
+            QVariantList{3} + variants(steps)
+                + variants({mean(steps), stepSquares, stepSquares, 4, offset3, 3, sampleOffset, 0,
+                            offset0}));
+        row("cited offset", "| # | # | population standard deviation of successive",
+            {offset3, sampleOffset});
+
+        const Series s = sorted(y);
+        const double range = interquartileRange(y);
+        row("quartiles",
+            "P001 sorted is #, #, #, #, #, #, #, #, so the result is (# + #) / 2 - (# + #) / 2 = "
+            "**#**.",
+            variants(s) + variants({s.at(6), s.at(7), s.at(1), s.at(2), range}));
+        const Series half = {median(s.mid(0, 4)), median(s.mid(4))};
+        const Series exclusive = {quantile(y, 0.25 * (n + 1)), quantile(y, 0.75 * (n + 1))};
+        const Series inclusive = {quantile(y, 0.25 * (n - 1) + 1), quantile(y, 0.75 * (n - 1) + 1)};
+        const auto distance = [](const Series &pair) { return pair.at(1) - pair.at(0); };
+        row("other quartiles",
+            "the medians of the lower and the upper half are # and #, a range of #; QUARTILE.EXC "
+            "of spreadsheet programs gives # and #, a range of #; QUARTILE.INC, the same as R's "
+            "type 7, gives # and #, a range of #.",
+            variants({half.at(0), half.at(1), distance(half), exclusive.at(0), exclusive.at(1),
+                      distance(exclusive), inclusive.at(0), inclusive.at(1), distance(inclusive)}));
+        row("cited range", "| # | #, # or # | \"interquartile range by Glymark\"",
+            variants({range, distance(half), distance(exclusive), distance(inclusive)}));
+    }
+
+    template<typename Row>
+    static void addCenters(const Row &row)
+    {
+        row("centers", "For three patients with #, # and # the median is # and the average #.",
+            variants({1, 2, 9, median({1, 2, 9}), mean({1, 2, 9})}));
+
+        const auto scores = scoresOf(sample("glymark-small.xlsx"));
+        const Series convergence = convergenceMedians(scores);
+        const Series variability = variabilityMedians(scores);
+        const PatientScoreRecord &p001 = scores.at(0);
+        row("kvadrant of P001",
+            "P001 of the small sample has a median difference of # (median of the group #) and a "
+            "standard deviation of # (median #): B/W, kvadrant 2.",
+            {p001.convergence.at(0), convergence.at(0), p001.variability.at(0), variability.at(0)});
+        QVERIFY(p001.convergence.at(0) < convergence.at(0));
+        QVERIFY(p001.variability.at(0) > variability.at(0));
+        row("pair 8, convergence", "| Convergence | # | # | W | # | B |",
+            {p001.convergence.at(2), convergence.at(0), convergence.at(2)});
+        QVERIFY(p001.convergence.at(2) > convergence.at(0));
+        QVERIFY(p001.convergence.at(2) < convergence.at(2));
+        row("pair 8, variability", "| Variability | # | # | W | # | W |",
+            {p001.variability.at(2), variability.at(0), variability.at(2)});
+        QVERIFY(p001.variability.at(2) > variability.at(0));
+        QVERIFY(p001.variability.at(2) > variability.at(2));
+    }
+
+    template<typename Row>
+    static void addSample(const Row &row)
+    {
+        const Patients patients = sample("glymark-sample.xlsx");
+        const double count = patients.size();
+        const auto lengths =
+            resultsOf(patients, [](const Series &values) { return double(values.size()); });
+        row("lengths", "of the # to # values of each of the # patients",
+            {sorted(lengths).first(), sorted(lengths).last(), count});
+
+        const auto inPercent = [](const Series &values) {
+            return exponentialFit(mapped(
+                values, [](double value) { return value * percentPerUnit + percentOfNone; }));
+        };
+        const double changed = changedSides(patients, exponentialFit, inPercent).size();
+        row("percent", "mmol/mol / # + #, # of its # patients change sides",
+            {1 / percentPerUnit, percentOfNone, changed, count});
+        row("percent in the README", "# of its # patients change sides", {changed, count},
+            "README.md");
+
+        const QStringList moved = changedSides(patients, exponentialFit, textbookRate);
+        QCOMPARE(moved.size(), 4);
+        row("textbook's order",
+            "P# has the lowest value by Glymark and P# by the textbook, and four patients (P#, P#, "
+            "P#, P#) change sides",
+            {lowestUnder(patients, exponentialFit).mid(1),
+             lowestUnder(patients, textbookRate).mid(1), moved.at(0).mid(1), moved.at(1).mid(1),
+             moved.at(2).mid(1), moved.at(3).mid(1)});
+
+        const int halves = int(count) / 2;
+        QCOMPARE(onesUnder(patients, linearLeastSquares), halves);
+        QCOMPARE(onesUnder(patients, exponentialFit), halves);
+        QCOMPARE(onesUnder(patients, standardDeviation), halves);
+        QCOMPARE(onesUnder(patients, differenceStandardDeviationOffset), halves);
+        row("shares of ones",
+            "# of the sample's # in four of the six methods, and more only where several patients "
+            "lie on the median (# for the median difference, # for the interquartile range).",
+            {halves, count, onesUnder(patients, medianDifference),
+             onesUnder(patients, interquartileRange)});
+
+        const Series level = sorted(seriesOf(patients, "P019"));
+        row("P019",
+            "P019 stays between # and # all along. Its median difference is # and counts as "
+            "worse, because that of the group is #",
+            {level.first(), level.last(), medianDifference(seriesOf(patients, "P019")),
+             median(resultsOf(patients, medianDifference))});
+        const Patients small = sample("glymark-small.xlsx");
+        const Series falling = seriesOf(small, "P003");
+        row("P003", "P003 falls from # to # and counts as better",
+            {falling.first(), falling.last()});
+        QVERIFY(medianDifference(falling) < median(resultsOf(small, medianDifference)));
+
+        QVariantList shortOnes;
+        for (const PatientRecord &patient : patients) {
+            if (differenceStandardDeviationOffset(patient.values) == 0.0) {
+                shortOnes << patient.id.mid(1);
+            }
+        }
+        row("one step", "the best result there is (P# and P# of the sample)", shortOnes);
+    }
+
+    template<typename Row>
+    static void addGraphs(const Row &row)
+    {
+        const auto topLine = [](double highest) {
+            const Patients patients = {{"P", {highest, 40.0}, PatientRecord::noIdealKvadrant}};
+            const PatientGraphBounds bounds(patients);
+            const PatientGraphGeometry geometry(patients, bounds, 700, 400,
+                                                [](const QString &) { return 10.0; });
+            return geometry.bands * 10;
+        };
+        row("top line", "At # it is #, so the peak rises above it; at # it is #.",
+            {50.5, topLine(50.5), 51, topLine(51)});
+        row("colours", "After # patients the colours begin again.",
+            {GraphPalette::instance().size()});
+
+        const QVector<PatientScoreRecord> two = {{"a", {-3, 0, 0}, {1, 0, 0}},
+                                                 {"b", {3.5, 0, 0}, {2, 0, 0}}};
+        const ResultPlotGeometry plot(ResultPlotData(two, 0, 0, 1.5, -1), {}, 700, 400,
+                                      [](const QString &) { return 10.0; });
+        // The horizontal ticks come first, that half way to the right last among them.
+        row("half way tick",
+            "With the center at # and the highest value at # it says # where # would be right.",
+            {-1, 3.5, plot.tickLabels.at(3).text.toDouble(), (-1 + 3.5) / 2});
+    }
+
+    template<typename Row>
+    static void addLimits(const Row &row)
+    {
+        const double mebibyte = WorkbookLimits::mebibyte;
+        row("limits",
+            "over # MiB, one of its parts over # MiB unpacked, a cell lies beyond row # or column "
+            "#,",
+            {double(workbookLimits.fileSize) / mebibyte, double(workbookLimits.partSize) / mebibyte,
+             workbookLimits.rows, workbookLimits.columns});
+    }
+};
+
+QTEST_GUILESS_MAIN(TestGuide)
+#include "tst_guide.moc"
