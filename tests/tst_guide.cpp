@@ -266,6 +266,17 @@ private Q_SLOTS:
         QCOMPARE(differenceStandardDeviationOffset({50, 60, 55, 70, 40, 14}), 2.0);
     }
 
+    // "with six patients", "with forty", and "six patients with eight values each".
+    void samplesHaveAsManyPatientsAsTold()
+    {
+        QCOMPARE(sample("glymark-sample.xlsx").size(), 40);
+        const Patients small = sample("glymark-small.xlsx");
+        QCOMPARE(small.size(), 6);
+        for (const PatientRecord &patient : small) {
+            QCOMPARE(patient.values.size(), 8);
+        }
+    }
+
     // "n | s[1] - s[0]": parts around the minus, each the mean of the values that it names.
     void quartilePositionsAreThoseOfTheTable()
     {
