@@ -227,7 +227,7 @@ private:
             for (int row = 0; row < rows; ++row) {
                 table.setItem(
                     row, column,
-                    new QTableWidgetItem(document.read(row + 1, column + 1).toString().left(60)));
+                    new QTableWidgetItem(document.read(row + 1, column + 1).toString().left(70)));
             }
         }
         table.setHorizontalHeaderLabels(letters);
