@@ -30,7 +30,7 @@ public:
         writeFile(path("libexec/glymark/glymark"),
                   "#!/bin/sh\npwd\nfor argument; do printf '%s\\n' \"$argument\"; done\n", true);
         writeFile(catalogue(), "Czech texts");
-        environment.insert("PATH", "/usr/bin:/bin");
+        environment.insert("PATH", path("tools") + ":/usr/bin:/bin");
         environment.insert("HOME", path("my home"));
     }
 
@@ -39,7 +39,8 @@ public:
         return QDir(m_folder.path()).canonicalPath() + "/a prefix/" + name;
     }
     QString catalogue() const { return path("share/glymark/translations/czech_cs.qm"); }
-    QString userFolder() const { return path("my home/.local/share/glymark"); }
+    QString userFolder() const { return path("my home/Glymark"); }
+    QString oldFolder() const { return path("my home/.local/share/glymark"); }
     QString link() const { return userFolder() + "/czech_cs.qm"; }
     void copyLauncher(const QString &name) const
     {
@@ -48,6 +49,13 @@ public:
             qFatal("there is no launcher");
         }
         writeFile(path(name), launcher.readAll(), true);
+    }
+
+    /// Has the desktop say that documents lie in \p folder.
+    void setDocuments(const QString &folder) const
+    {
+        writeFile(path("tools/xdg-user-dir"),
+                  "#!/bin/sh\n[ \"$1\" = DOCUMENTS ] && echo '" + folder.toUtf8() + "'\n", true);
     }
 
     /// Lines that the program printed; the launcher's exit code and errors stay here.
@@ -110,21 +118,56 @@ private Q_SLOTS:
                  QByteArray("[Variable]\nSkip = 7\n"));
     }
 
-    void dataHomeIsFollowed()
+    void folderLiesAmongTheDocuments()
+    {
+        Installation installation;
+        const QString documents = installation.path("my home/texts of mine");
+        installation.setDocuments(documents);
+        QCOMPARE(installation.start("cs_CZ.UTF-8"), QStringList(documents + "/Glymark"));
+        QCOMPARE(QFile::symLinkTarget(documents + "/Glymark/czech_cs.qm"),
+                 installation.catalogue());
+        QVERIFY(!QFile::exists(installation.userFolder()));
+    }
+
+    void documentsThatAreNoFullPathAreIgnored()
+    {
+        Installation installation;
+        installation.setDocuments("Documents");
+        QCOMPARE(installation.start(), QStringList(installation.userFolder()));
+    }
+
+    void oldFolderWithSettingsStaysInUse()
+    {
+        Installation installation;
+        writeFile(installation.oldFolder() + "/config.ini", "[Variable]\nSkip = 7\n");
+        QCOMPARE(installation.start(), QStringList(installation.oldFolder()));
+        QVERIFY(!QFile::exists(installation.userFolder()));
+    }
+
+    void oldFolderWithoutSettingsIsLeftAlone()
+    {
+        Installation installation;
+        writeFile(installation.oldFolder() + "/results.xlsx", "results");
+        QCOMPARE(installation.start(), QStringList(installation.userFolder()));
+        QCOMPARE(contentOf(installation.oldFolder() + "/results.xlsx"), QByteArray("results"));
+    }
+
+    void dataHomeSaysWhereTheOldFolderIs()
     {
         Installation installation;
         const QString data = installation.path("data of mine");
         installation.environment.insert("XDG_DATA_HOME", data);
-        QCOMPARE(installation.start("cs_CZ.UTF-8"), QStringList(data + "/glymark"));
-        QCOMPARE(QFile::symLinkTarget(data + "/glymark/czech_cs.qm"), installation.catalogue());
-        QVERIFY(!QFile::exists(installation.path("my home")));
+        writeFile(data + "/glymark/config.ini", "");
+        writeFile(installation.oldFolder() + "/config.ini", "");
+        QCOMPARE(installation.start(), QStringList(data + "/glymark"));
     }
 
     void relativeDataHomeIsIgnored()
     {
         Installation installation;
         installation.environment.insert("XDG_DATA_HOME", "data");
-        QCOMPARE(installation.start(), QStringList(installation.userFolder()));
+        writeFile(installation.oldFolder() + "/config.ini", "");
+        QCOMPARE(installation.start(), QStringList(installation.oldFolder()));
     }
 
     void argumentsArePassedOn()
@@ -246,7 +289,8 @@ private Q_SLOTS:
     void folderThatCannotBeMadeIsReported()
     {
         Installation installation;
-        writeFile(installation.path("my home/.local"), "no folder");
+        installation.setDocuments(installation.path("my home/documents"));
+        writeFile(installation.path("my home/documents"), "no folder");
         QCOMPARE(installation.start(), QStringList());
         QCOMPARE(installation.exitCode, 1);
         QVERIFY2(installation.errors.contains("glymark: cannot make the folder"),
