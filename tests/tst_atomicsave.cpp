@@ -17,6 +17,7 @@
 #include "analysisworkbook.h"
 #include "dataworkbook.h"
 #include "support/testgroups.h"
+#include "support/workingfolder.h"
 
 namespace
 {
@@ -129,19 +130,13 @@ class TestAtomicSave : public QObject
 private Q_SLOTS:
     void init()
     {
-        m_folder = std::make_unique<QTemporaryDir>();
-        QVERIFY(m_folder->isValid());
-        QVERIFY(QDir::setCurrent(m_folder->path()));
+        m_folder = std::make_unique<WorkingFolder>();
         useSkip("3");
         QVERIFY(QDir().mkdir("saves"));
         QVERIFY(QDir::setCurrent("saves"));
     }
 
-    void cleanup()
-    {
-        QVERIFY(QDir::setCurrent(QDir::rootPath()));
-        m_folder.reset();
-    }
+    void cleanup() { m_folder.reset(); }
 
     void newFileIsWritten()
     {
@@ -375,7 +370,7 @@ private:
         QTest::newRow("analysis workbook") << Writer(writeAnalysis);
     }
 
-    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<WorkingFolder> m_folder;
 };
 
 QTEST_GUILESS_MAIN(TestAtomicSave)

@@ -2,15 +2,12 @@
 
 #include <QDir>
 #include <QFile>
-#include <QTemporaryDir>
 #include <QtTest>
-#include <unistd.h>
-#ifdef Q_OS_LINUX
-#include <sys/prctl.h>
-#endif
 
 #include "cconfig.h"
 #include "support/numbers.h"
+#include "support/ordinaryuser.h"
+#include "support/workingfolder.h"
 
 namespace
 {
@@ -46,34 +43,6 @@ QVector<quint64> settings(const CConfig &config)
 
 using Settings = QVector<quint64>;
 
-// The superuser is let in everywhere: for the while of a test this process is somebody else.
-class OrdinaryUser
-{
-public:
-    OrdinaryUser() : m_superuser(geteuid() == 0) { m_ready = !m_superuser || seteuid(nobody) == 0; }
-    ~OrdinaryUser()
-    {
-        if (m_superuser) {
-            m_ready = seteuid(0) == 0;
-#ifdef Q_OS_LINUX
-            // Lost with the change of user, and needed by the leak check.
-            prctl(PR_SET_DUMPABLE, 1);
-#endif
-        }
-    }
-    Q_DISABLE_COPY_MOVE(OrdinaryUser)
-
-    [[nodiscard]] bool ready() const
-    {
-        return m_ready;
-    }
-
-private:
-    static constexpr uid_t nobody = 65534;
-    bool m_superuser;
-    bool m_ready = false;
-};
-
 constexpr auto readOnlyFolder = QFile::ReadOwner | QFile::ExeOwner | QFile::ReadUser
     | QFile::ExeUser | QFile::ReadGroup | QFile::ExeGroup | QFile::ReadOther | QFile::ExeOther;
 constexpr auto readOnlyFile =
@@ -85,22 +54,12 @@ class TestCConfig : public QObject
 {
     Q_OBJECT
 
-    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<WorkingFolder> m_folder;
 
 private Q_SLOTS:
-    void init()
-    {
-        m_folder = std::make_unique<QTemporaryDir>();
-        QVERIFY(m_folder->isValid());
-        QVERIFY(QDir::setCurrent(m_folder->path()));
-    }
+    void init() { m_folder = std::make_unique<WorkingFolder>(); }
 
-    void cleanup()
-    {
-        CConfig::resetInstance();
-        QDir::setCurrent(QDir::rootPath());
-        m_folder.reset();
-    }
+    void cleanup() { m_folder.reset(); }
 
     void aMissingFileFailsTheLoadAndLeavesNoFile()
     {
@@ -208,7 +167,7 @@ private Q_SLOTS:
     {
         QVERIFY(QFile::setPermissions(m_folder->path(), readOnlyFolder));
         const OrdinaryUser user;
-        if (!user.ready()) {
+        if (user.failed) {
             QSKIP("cannot become an ordinary user here");
         }
         CConfig config;
@@ -227,7 +186,7 @@ private Q_SLOTS:
         QVERIFY(QFile::setPermissions(configFile(), readOnlyFile));
         QVERIFY(QFile::setPermissions(m_folder->path(), readOnlyFolder));
         const OrdinaryUser user;
-        if (!user.ready()) {
+        if (user.failed) {
             QSKIP("cannot become an ordinary user here");
         }
         const CConfig config;
@@ -242,7 +201,7 @@ private Q_SLOTS:
         QVERIFY(QFile::setPermissions(configFile(), {}));
         QVERIFY(QFile::setPermissions(m_folder->path(), readOnlyFolder));
         const OrdinaryUser user;
-        if (!user.ready()) {
+        if (user.failed) {
             QSKIP("cannot become an ordinary user here");
         }
         const CConfig config;

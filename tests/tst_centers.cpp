@@ -2,12 +2,12 @@
 
 #include <QDir>
 #include <QFile>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include "cconfig.h"
 #include "centers.h"
 #include "support/numbers.h"
+#include "support/workingfolder.h"
 
 using Numbers::difference;
 using Numbers::infinity;
@@ -51,22 +51,12 @@ class TestCenters : public QObject
 {
     Q_OBJECT
 
-    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<WorkingFolder> m_folder;
 
 private Q_SLOTS:
-    void init()
-    {
-        m_folder = std::make_unique<QTemporaryDir>();
-        QVERIFY(m_folder->isValid());
-        QVERIFY(QDir::setCurrent(m_folder->path()));
-    }
+    void init() { m_folder = std::make_unique<WorkingFolder>(); }
 
-    void cleanup()
-    {
-        CConfig::resetInstance();
-        QDir::setCurrent(QDir::rootPath());
-        m_folder.reset();
-    }
+    void cleanup() { m_folder.reset(); }
 
     void medianAndMean_data()
     {
@@ -196,10 +186,7 @@ private Q_SLOTS:
     {
         QFETCH(const QByteArray, file);
         QFETCH(const bool, isMedian);
-        QFile config("config.ini");
-        QVERIFY(config.open(QIODevice::WriteOnly));
-        config.write(file);
-        config.close();
+        useSettings(file);
         const PatientScoreRecord average;
         const PatientScoreRecord median;
         QCOMPARE(&chosenCenter(median, average), isMedian ? &median : &average);

@@ -4,13 +4,13 @@
 #include <QAbstractItemModelTester>
 #include <QColor>
 #include <QDir>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include "cconfig.h"
 #include "cpatientscore.h"
 #include "support/modeltesting.h"
 #include "support/numbers.h"
+#include "support/workingfolder.h"
 
 using Numbers::infinity;
 using Numbers::notANumber;
@@ -88,23 +88,16 @@ class TestCPatientScore : public QObject
 {
     Q_OBJECT
 
-    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<WorkingFolder> m_folder;
 
 private Q_SLOTS:
     void init()
     {
-        m_folder = std::make_unique<QTemporaryDir>();
-        QVERIFY(m_folder->isValid());
-        QVERIFY(QDir::setCurrent(m_folder->path()));
+        m_folder = std::make_unique<WorkingFolder>();
         chooseCenter(Median);
     }
 
-    void cleanup()
-    {
-        CConfig::resetInstance();
-        QDir::setCurrent(QDir::rootPath());
-        m_folder.reset();
-    }
+    void cleanup() { m_folder.reset(); }
 
     void noScores()
     {

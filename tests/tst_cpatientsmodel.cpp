@@ -3,13 +3,13 @@
 
 #include <QAbstractItemModelTester>
 #include <QDir>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include "cconfig.h"
 #include "cpatientsmodel.h"
 #include "support/modeltesting.h"
 #include "support/numbers.h"
+#include "support/workingfolder.h"
 
 using Numbers::infinity;
 using Numbers::notANumber;
@@ -47,23 +47,16 @@ class TestCPatientsModel : public QObject
 {
     Q_OBJECT
 
-    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<WorkingFolder> m_folder;
 
 private Q_SLOTS:
     void init()
     {
-        m_folder = std::make_unique<QTemporaryDir>();
-        QVERIFY(m_folder->isValid());
-        QVERIFY(QDir::setCurrent(m_folder->path()));
+        m_folder = std::make_unique<WorkingFolder>();
         configure(0, 0, Median);
     }
 
-    void cleanup()
-    {
-        CConfig::resetInstance();
-        QDir::setCurrent(QDir::rootPath());
-        m_folder.reset();
-    }
+    void cleanup() { m_folder.reset(); }
 
     void noPatients()
     {

@@ -9,6 +9,7 @@
 #include "support/expectedsheets.h"
 #include "support/numbers.h"
 #include "support/testgroups.h"
+#include "support/workingfolder.h"
 
 using ExpectedSheets::Book;
 using ExpectedSheets::Cells;
@@ -82,8 +83,6 @@ class TestDataWorkbook : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { QVERIFY(QDir::setCurrent(m_folder.path())); }
-
     void init() { useSkip("3"); }
 
     void everyCellOfTheGroup_data()
@@ -199,7 +198,7 @@ private Q_SLOTS:
     {
         QFETCH(QString, skip);
         QFETCH(QString, label);
-        useSkip(skip);
+        useSkip(skip.toLatin1());
         const TestGroup group = TestGroup::ofSize(2);
         const Book book = expectedBook(group, label);
         const QString path = written(group);
@@ -425,7 +424,7 @@ private:
         return path;
     }
 
-    QTemporaryDir m_folder;
+    WorkingFolder m_folder;
 };
 
 QTEST_GUILESS_MAIN(TestDataWorkbook)

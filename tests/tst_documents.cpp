@@ -311,7 +311,7 @@ private Q_SLOTS:
                 told += row.at(1).mid(1).chopped(1) + " = " + row.at(4) + '\n';
             }
         }
-        QCOMPARE(told, QString(MainWindowTester::defaultConfig).replace("\n\n\n", "\n"));
+        QCOMPARE(told, QString(settingsText()).replace("\n\n\n", "\n"));
     }
 
     void offsetOfTheDialogGoesAsFarAsTold()

@@ -13,29 +13,12 @@
 #include "cconfig.h"
 #include "settingsdialog.h"
 #include "support/mainwindowtester.h"
+#include "support/ordinaryuser.h"
 #include "support/testworkbooks.h"
+#include "support/workingfolder.h"
 
 namespace
 {
-
-/// Runs as an ordinary user as long as it lives, where the tests run as root.
-class OrdinaryUser
-{
-public:
-    OrdinaryUser() : failed(geteuid() == 0 && seteuid(nobody) != 0) { }
-    ~OrdinaryUser()
-    {
-        if (getuid() == 0 && seteuid(0) != 0) {
-            qFatal("cannot become root again");
-        }
-    }
-    Q_DISABLE_COPY_MOVE(OrdinaryUser)
-
-    const bool failed;
-
-private:
-    static constexpr uid_t nobody = 65534;
-};
 
 /// No file can grow as long as it lives, as on a full disk.
 class FullDisk

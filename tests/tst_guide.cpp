@@ -6,7 +6,6 @@
 #include <functional>
 
 #include <QRegularExpression>
-#include <QTemporaryDir>
 #include <QtTest>
 #include <xlsxdocument.h>
 
@@ -22,6 +21,7 @@
 #include "resultplotgeometry.h"
 #include "scores.h"
 #include "support/documents.h"
+#include "support/workingfolder.h"
 #include "variability.h"
 #include "xlsx/workbooklimits.h"
 
@@ -204,24 +204,17 @@ class TestGuide : public QObject
 {
     Q_OBJECT
 
-    std::unique_ptr<QTemporaryDir> m_folder;
-    QString m_previousFolder = QDir::currentPath();
+    std::unique_ptr<WorkingFolder> m_folder;
 
 private Q_SLOTS:
     // The settings of a new folder: an offset of 3 and the median.
     void init()
     {
-        m_folder = std::make_unique<QTemporaryDir>();
-        QVERIFY(QDir::setCurrent(m_folder->path()));
-        CConfig::resetInstance();
+        m_folder = std::make_unique<WorkingFolder>();
         CConfig::instance().createDefaultConfig();
     }
 
-    void cleanup()
-    {
-        QDir::setCurrent(m_previousFolder);
-        CConfig::resetInstance();
-    }
+    void cleanup() { m_folder.reset(); }
 
     void figuresAreThoseOfTheProgram_data()
     {

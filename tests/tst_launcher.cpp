@@ -2,8 +2,9 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
-#include <QTemporaryDir>
 #include <QTest>
+
+#include "support/workingfolder.h"
 
 namespace
 {
@@ -81,7 +82,7 @@ public:
     QString errors;
 
 private:
-    QTemporaryDir m_folder;
+    WorkingFolder m_folder;
 };
 
 QByteArray contentOf(const QString &path)

@@ -114,7 +114,7 @@ private Q_SLOTS:
         tester.start();
         QCOMPARE(tester.answers.unexpected(), QStringList());
         QVERIFY(!anyVisible);
-        QCOMPARE(tester.readFile("config.ini"), MainWindowTester::defaultConfig);
+        QCOMPARE(tester.readFile("config.ini"), settingsText());
         const QStringList labels = tester.labelTexts();
         for (const char *value : {"Median difference", "Standard deviation", "Median", "3"}) {
             QCOMPARE(labels.count(value), 1);
@@ -127,7 +127,7 @@ private Q_SLOTS:
         tester.start();
         QCOMPARE(tester.answers.unexpected(), QStringList());
         QCOMPARE(tester.window->windowTitle(), "Glymark");
-        QCOMPARE(tester.readFile("config.ini"), MainWindowTester::defaultConfig);
+        QCOMPARE(tester.readFile("config.ini"), settingsText());
     }
 
     void valueLabelsFollowTheSettings_data()
@@ -136,13 +136,11 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("values");
 
         QTest::newRow("second methods, average")
-            << QByteArray(
-                   "[Method]\nConvergence=1\nVariance=1\n[Result]\nMedian=0\n[Variable]\nSkip=0")
+            << settingsText(1, 1, 0, 0)
             << texts({"Linear least squares", "Difference standard deviation offset", "Average",
                       "0"});
         QTest::newRow("third methods")
-            << QByteArray(
-                   "[Method]\nConvergence=2\nVariance=2\n[Result]\nMedian=1\n[Variable]\nSkip=99")
+            << settingsText(2, 2, 1, 99)
             << texts({"C*e^(k*x)", "Interquartile range", "Median", "99"});
         QTest::newRow("empty file: all zero")
             << QByteArray("") << texts({"Median difference", "Standard deviation", "Average", "0"});
@@ -179,7 +177,7 @@ private Q_SLOTS:
             labels = tester.labelTexts();
             size = tester.window->sizeHint();
         }
-        QByteArray hidden = MainWindowTester::defaultConfig;
+        QByteArray hidden = settingsText();
         MainWindowTester tester(hidden.replace("Show = 1", "Show = 0"));
         tester.start();
         QCOMPARE(tester.labelTexts(), labels);

@@ -4,7 +4,6 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QRegularExpression>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <private/qzipreader_p.h>
@@ -12,6 +11,7 @@
 
 #include "patientreader.h"
 #include "support/testworkbooks.h"
+#include "support/workingfolder.h"
 #include "xlsx/workbookloader.h"
 
 namespace
@@ -290,7 +290,7 @@ private:
         }
     }
 
-    QTemporaryDir m_folder;
+    WorkingFolder m_folder;
     QStringList m_fixtures;
     qint64 m_longest = 0;
     int m_refused = 0;

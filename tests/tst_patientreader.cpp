@@ -1,6 +1,5 @@
 #include <memory>
 
-#include <QTemporaryDir>
 #include <QtTest>
 #include <xlsxabstractsheet.h>
 
@@ -9,6 +8,7 @@
 #include "support/handmadeworkbook.h"
 #include "support/numbers.h"
 #include "support/testworkbooks.h"
+#include "support/workingfolder.h"
 #include "xlsx/workbookloader.h"
 
 using Numbers::difference;
@@ -64,7 +64,7 @@ class TestPatientReader : public QObject
 {
     Q_OBJECT
 
-    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<WorkingFolder> m_folder;
 
     [[nodiscard]] QString file() const { return m_folder->filePath("book.xlsx"); }
     [[nodiscard]] std::unique_ptr<QXlsx::Document> load() const
@@ -87,11 +87,7 @@ class TestPatientReader : public QObject
     }
 
 private Q_SLOTS:
-    void init()
-    {
-        m_folder = std::make_unique<QTemporaryDir>();
-        QVERIFY(m_folder->isValid());
-    }
+    void init() { m_folder = std::make_unique<WorkingFolder>(); }
 
     void cleanup() { m_folder.reset(); }
 

@@ -34,21 +34,6 @@ class TestSaveCommands : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    // Before every other test: the toolkit remembers where a dialog has been, as long as it runs.
-    void firstDialogStartsInTheWorkingDirectory()
-    {
-        MainWindowTester tester;
-        tester.start();
-        QString directory;
-        tester.answers.expect<QFileDialog>([&directory](QFileDialog &dialog) {
-            directory = dialog.directory().canonicalPath();
-            dialog.reject();
-        });
-        tester.trigger("Open File");
-        QCOMPARE(tester.answers.unexpected(), QStringList());
-        QCOMPARE(directory, QDir(tester.folder.path()).canonicalPath());
-    }
-
     void withoutPatientsTheyRefuse_data() { commands_data(); }
     void withoutPatientsTheyRefuse()
     {
@@ -177,7 +162,7 @@ private Q_SLOTS:
 
     void analysisUsesTheMediansWhateverTheSettingSays()
     {
-        QByteArray average = MainWindowTester::defaultConfig;
+        QByteArray average = settingsText();
         average.replace("Median = 1", "Median = 0");
         MainWindowTester tester(average);
         // Median differences 1, 2 and 9: on the median the middle one is worse, on the mean better.

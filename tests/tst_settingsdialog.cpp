@@ -10,12 +10,12 @@
 #include <QMap>
 #include <QPushButton>
 #include <QSpinBox>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include "cconfig.h"
 #include "settingsdialog.h"
 #include "support/modalanswers.h"
+#include "support/workingfolder.h"
 
 namespace
 {
@@ -33,19 +33,6 @@ QByteArray content()
 {
     QFile file(fileName);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArrayLiteral("no file");
-}
-
-// The file as the program itself makes it.
-QByteArray settings(int convergence, int variance, int median, int skip, int show)
-{
-    return QString("[Method]\nConvergence = %1\nVariance = %2\n\n\n[Result]\nMedian = %3\n"
-                   "\n\n[Variable]\nSkip = %4\n\n\n[Info]\nShow = %5\n")
-        .arg(convergence)
-        .arg(variance)
-        .arg(median)
-        .arg(skip)
-        .arg(show)
-        .toUtf8();
 }
 
 template<typename Widget>
@@ -89,20 +76,11 @@ class TestSettingsDialog : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init()
-    {
-        m_startFolder = QDir::currentPath();
-        m_folder = std::make_unique<QTemporaryDir>();
-        QVERIFY(m_folder->isValid());
-        QVERIFY(QDir::setCurrent(m_folder->path()));
-        CConfig::resetInstance();
-    }
+    void init() { m_folder = std::make_unique<WorkingFolder>(); }
 
     void cleanup()
     {
         m_dialog.reset();
-        CConfig::resetInstance();
-        QVERIFY(QDir::setCurrent(m_startFolder));
         m_folder.reset();
     }
 
@@ -229,17 +207,17 @@ private Q_SLOTS:
         QTest::addColumn<bool>("median");
         QTest::addColumn<int>("offset");
         QTest::addColumn<bool>("show");
-        QTest::newRow("defaults") << settings(0, 0, 1, 3, 1) << 0 << 0 << true << 3 << true;
-        QTest::newRow("others") << settings(1, 2, 0, 7, 0) << 1 << 2 << false << 7 << false;
-        QTest::newRow("last methods") << settings(2, 1, 1, 0, 1) << 2 << 1 << true << 0 << true;
+        QTest::newRow("defaults") << settingsText(0, 0, 1, 3, 1) << 0 << 0 << true << 3 << true;
+        QTest::newRow("others") << settingsText(1, 2, 0, 7, 0) << 1 << 2 << false << 7 << false;
+        QTest::newRow("last methods") << settingsText(2, 1, 1, 0, 1) << 2 << 1 << true << 0 << true;
         QTest::newRow("empty file") << QByteArray() << 0 << 0 << false << 0 << false;
         QTest::newRow("Median missing")
             << QByteArray("[Method]\nConvergence = 1\n[Variable]\nSkip = 3\n") << 1 << 0 << false
             << 3 << false;
-        QTest::newRow("Skip 99") << settings(0, 0, 1, 99, 1) << 0 << 0 << true << 99 << true;
-        QTest::newRow("Skip 100") << settings(0, 0, 1, 100, 1) << 0 << 0 << true << 99 << true;
-        QTest::newRow("Skip 150") << settings(0, 0, 1, 150, 1) << 0 << 0 << true << 99 << true;
-        QTest::newRow("Skip -1") << settings(0, 0, 1, -1, 1) << 0 << 0 << true << 0 << true;
+        QTest::newRow("Skip 99") << settingsText(0, 0, 1, 99, 1) << 0 << 0 << true << 99 << true;
+        QTest::newRow("Skip 100") << settingsText(0, 0, 1, 100, 1) << 0 << 0 << true << 99 << true;
+        QTest::newRow("Skip 150") << settingsText(0, 0, 1, 150, 1) << 0 << 0 << true << 99 << true;
+        QTest::newRow("Skip -1") << settingsText(0, 0, 1, -1, 1) << 0 << 0 << true << 0 << true;
         QTest::newRow("Skip beyond an int")
             << QByteArray("[Variable]\nSkip = 5000000000\n") << 0 << 0 << false << 99 << false;
         QTest::newRow("Skip 2.9") << QByteArray("[Variable]\nSkip = 2.9\n") << 0 << 0 << false << 2
@@ -262,9 +240,9 @@ private Q_SLOTS:
 
     void dialogFollowsTheStoreAndNotTheFile()
     {
-        write(settings(0, 0, 1, 3, 1));
+        write(settingsText(0, 0, 1, 3, 1));
         open();
-        write(settings(2, 2, 0, 9, 0));
+        write(settingsText(2, 2, 0, 9, 0));
         m_dialog = std::make_unique<SettingsDialog>();
         QCOMPARE(find<QSpinBox>(*m_dialog, "offsetSpin")->value(), 3);
         CConfig::instance().saveConfig(1, 1, 0, 8, 1);
@@ -275,12 +253,12 @@ private Q_SLOTS:
 
     void okSavesWhatTheUserChose()
     {
-        write(settings(0, 0, 1, 3, 1));
+        write(settingsText(0, 0, 1, 3, 1));
         open();
         changeEverything(m_dialog.get());
-        QCOMPARE(content(), settings(0, 0, 1, 3, 1));
+        QCOMPARE(content(), settingsText(0, 0, 1, 3, 1));
         press(m_dialog.get(), "okButton");
-        QCOMPARE(content(), settings(2, 1, 0, 4, 1));
+        QCOMPARE(content(), settingsText(2, 1, 0, 4, 1));
         QCOMPARE(m_dialog->result(), int(QDialog::Accepted));
         QVERIFY(!m_dialog->isVisible());
         QCOMPARE(CConfig::instance().convergenceMethod(), quint64(2));
@@ -335,7 +313,7 @@ private Q_SLOTS:
 
     void centerChecksExcludeEachOther()
     {
-        write(settings(0, 0, 1, 3, 1));
+        write(settingsText(0, 0, 1, 3, 1));
         open();
         auto *average = find<QCheckBox>(*m_dialog, "averageCheck");
         auto *median = find<QCheckBox>(*m_dialog, "medianCheck");
@@ -361,15 +339,16 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("before");
         QTest::addColumn<QByteArray>("after");
 
-        QTest::newRow("no file") << QByteArray("none") << settings(0, 0, 0, 0, 0);
-        QTest::newRow("empty file") << QByteArray() << settings(0, 0, 0, 0, 0);
-        QTest::newRow("nothing to change") << settings(2, 1, 1, 5, 1) << settings(2, 1, 1, 5, 1);
-        QTest::newRow("Show 0") << settings(0, 0, 1, 3, 0) << settings(0, 0, 1, 3, 0);
-        QTest::newRow("Show 1") << settings(0, 0, 1, 3, 1) << settings(0, 0, 1, 3, 1);
-        QTest::newRow("Skip 150") << settings(0, 0, 1, 150, 1) << settings(0, 0, 1, 99, 1);
-        QTest::newRow("Skip -1") << settings(0, 0, 1, -1, 1) << settings(0, 0, 1, 0, 1);
+        QTest::newRow("no file") << QByteArray("none") << settingsText(0, 0, 0, 0, 0);
+        QTest::newRow("empty file") << QByteArray() << settingsText(0, 0, 0, 0, 0);
+        QTest::newRow("nothing to change")
+            << settingsText(2, 1, 1, 5, 1) << settingsText(2, 1, 1, 5, 1);
+        QTest::newRow("Show 0") << settingsText(0, 0, 1, 3, 0) << settingsText(0, 0, 1, 3, 0);
+        QTest::newRow("Show 1") << settingsText(0, 0, 1, 3, 1) << settingsText(0, 0, 1, 3, 1);
+        QTest::newRow("Skip 150") << settingsText(0, 0, 1, 150, 1) << settingsText(0, 0, 1, 99, 1);
+        QTest::newRow("Skip -1") << settingsText(0, 0, 1, -1, 1) << settingsText(0, 0, 1, 0, 1);
         QTest::newRow("fractions") << QByteArray("[Method]\nConvergence = 2.9\nVariance = 1x\n")
-                                   << settings(2, 0, 0, 0, 0);
+                                   << settingsText(2, 0, 0, 0, 0);
         QTest::newRow("other order and case")
             << QByteArray("[INFO]\nSHOW=1\n[variable]\nskip = 4\n[result]\nMEDIAN=1\n"
                           "[method]\nVARIANCE=2\nconvergence=1\n")
@@ -405,11 +384,11 @@ private Q_SLOTS:
     void newFileOfDefaultsStaysAsItIs()
     {
         QCOMPARE(CConfig::instance().createDefaultConfig(), int(CConfig::Ok));
-        QCOMPARE(content(), settings(0, 0, 1, 3, 1));
+        QCOMPARE(content(), settingsText(0, 0, 1, 3, 1));
         SettingsDialog dialog;
         dialog.show();
         press(&dialog, "okButton");
-        QCOMPARE(content(), settings(0, 0, 1, 3, 1));
+        QCOMPARE(content(), settingsText(0, 0, 1, 3, 1));
     }
 
     void unwritableFileKeepsTheSettingsInMemory()
@@ -436,8 +415,7 @@ private: // NOLINT(readability-redundant-access-specifiers)
         QVERIFY(QTest::qWaitForWindowExposed(m_dialog.get()));
     }
 
-    QString m_startFolder;
-    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<WorkingFolder> m_folder;
     std::unique_ptr<SettingsDialog> m_dialog;
 };
 

@@ -91,7 +91,7 @@ QStringList keptParts(const QString &string)
 class CzechTester : public MainWindowTester
 {
 public:
-    explicit CzechTester(const QByteArray &config = defaultConfig) : MainWindowTester(config)
+    explicit CzechTester(const QByteArray &config = settingsText()) : MainWindowTester(config)
     {
         writeFile("czech_cs.qm", catalogue());
         if (!m_translator.load("czech_cs", QString(), QString(), QString())) {
@@ -403,12 +403,7 @@ private Q_SLOTS:
         QFETCH(const int, median);
         QFETCH(const QStringList, values);
         const FontOfSize font(9);
-        CzechTester tester(
-            QString("[Method]\nConvergence = %1\nVariance = %1\n[Result]\nMedian = %2\n"
-                    "[Variable]\nSkip = 99\n")
-                .arg(method)
-                .arg(median)
-                .toLatin1());
+        CzechTester tester(settingsText(method, method, median, 99));
         tester.start();
         tester.openThreePatients();
         const QStringList labels = tester.labelTexts();
@@ -587,9 +582,7 @@ private Q_SLOTS:
 
     void exportedPageIsCzech()
     {
-        CzechTester tester(
-            QByteArray("[Method]\nConvergence = 1\nVariance = 1\n[Result]\nMedian = 1\n"
-                       "[Variable]\nSkip = 0\n"));
+        CzechTester tester(settingsText(1, 1, 1, 0));
         tester.start();
         tester.openThreePatients();
         tester.patientTable()->selectRow(2);

@@ -5,12 +5,12 @@
 #include <QDir>
 #include <QFile>
 #include <QRandomGenerator>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include "cconfig.h"
 #include "patientrecord.h"
 #include "support/numbers.h"
+#include "support/workingfolder.h"
 #include "variability.h"
 
 using Numbers::difference;
@@ -21,15 +21,6 @@ using Series = QVector<double>;
 
 namespace
 {
-
-void useSkip(const QByteArray &text)
-{
-    QFile file("config.ini");
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write("[Variable]\nSkip = " + text + '\n');
-    file.close();
-    CConfig::resetInstance();
-}
 
 Series oneTo(int last)
 {
@@ -111,23 +102,16 @@ class TestVariability : public QObject
 {
     Q_OBJECT
 
-    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<WorkingFolder> m_folder;
 
 private Q_SLOTS:
     void init()
     {
-        m_folder = std::make_unique<QTemporaryDir>();
-        QVERIFY(m_folder->isValid());
-        QVERIFY(QDir::setCurrent(m_folder->path()));
+        m_folder = std::make_unique<WorkingFolder>();
         useSkip("3");
     }
 
-    void cleanup()
-    {
-        CConfig::resetInstance();
-        QDir::setCurrent(QDir::rootPath());
-        m_folder.reset();
-    }
+    void cleanup() { m_folder.reset(); }
 
     void knownDeviations_data()
     {

@@ -2,13 +2,13 @@
 #include <functional>
 
 #include <QFile>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <sys/resource.h>
 #include <zip.h>
 
 #include "support/handmadeworkbook.h"
+#include "support/workingfolder.h"
 #include "xlsx/workbooklimits.h"
 #include "xlsx/workbookloader.h"
 
@@ -263,7 +263,7 @@ private:
         return workbook;
     }
 
-    QTemporaryDir m_folder;
+    WorkingFolder m_folder;
 };
 
 QTEST_GUILESS_MAIN(TestWorkbookLimits)

@@ -2,7 +2,6 @@
 
 #include <QDateTime>
 #include <QDir>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <sys/stat.h>
@@ -12,6 +11,7 @@
 #include "patientreader.h"
 #include "support/handmadeworkbook.h"
 #include "support/testworkbooks.h"
+#include "support/workingfolder.h"
 #include "xlsx/workbookloader.h"
 
 Q_DECLARE_METATYPE(LoadError)
@@ -66,8 +66,6 @@ class TestWorkbookLoader : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { QVERIFY(m_folder.isValid()); }
-
     void writersReadTheSame_data()
     {
         QTest::addColumn<QString>("fixture");
@@ -823,7 +821,7 @@ private:
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
 
-    QTemporaryDir m_folder;
+    WorkingFolder m_folder;
 };
 
 QTEST_GUILESS_MAIN(TestWorkbookLoader)

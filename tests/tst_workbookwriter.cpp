@@ -4,6 +4,7 @@
 
 #include "support/expectedsheets.h"
 #include "support/numbers.h"
+#include "support/workingfolder.h"
 #include "xlsx/zippackage.h"
 
 using ExpectedSheets::Book;
@@ -38,8 +39,6 @@ class TestWorkbookWriter : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() { QVERIFY(QDir::setCurrent(m_folder.path())); }
-
     void laterContentOfACellStands()
     {
         WorkbookWriter cells;
@@ -156,7 +155,7 @@ private Q_SLOTS:
     }
 
 private:
-    QTemporaryDir m_folder;
+    WorkingFolder m_folder;
 };
 
 QTEST_GUILESS_MAIN(TestWorkbookWriter)

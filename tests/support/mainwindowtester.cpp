@@ -5,42 +5,16 @@
 #include <QMenuBar>
 #include <QPushButton>
 
-#include "cconfig.h"
-
-const QByteArray MainWindowTester::defaultConfig =
-    "[Method]\nConvergence = 0\nVariance = 0\n\n\n[Result]\nMedian = 1\n\n\n[Variable]\nSkip = 3\n"
-    "\n\n[Info]\nShow = 1\n";
-
 MainWindowTester::MainWindowTester(const QByteArray &config)
 {
-    if (!folder.isValid() || !QDir::setCurrent(folder.path())) {
-        qFatal("no temporary folder");
-    }
     if (!config.isNull()) {
-        writeFile("config.ini", config);
+        useSettings(config);
     }
-    CConfig::resetInstance();
 }
 
 MainWindowTester::~MainWindowTester()
 {
     window.reset();
-    CConfig::resetInstance();
-    QDir::setCurrent(previousFolder);
-}
-
-void MainWindowTester::writeFile(const QString &name, const QByteArray &content) const
-{
-    QFile file(path(name));
-    if (!file.open(QFile::WriteOnly) || file.write(content) != content.size()) {
-        qFatal("cannot write %s", qPrintable(name));
-    }
-}
-
-QByteArray MainWindowTester::readFile(const QString &name) const
-{
-    QFile file(path(name));
-    return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 void MainWindowTester::start()

@@ -5,29 +5,29 @@
 #include <QAction>
 #include <QDir>
 #include <QTableView>
-#include <QTemporaryDir>
 
 #include "cpatientscore.h"
 #include "cpatientsmodel.h"
 #include "mainwindow.h"
 #include "support/modalanswers.h"
+#include "support/workingfolder.h"
 
 /// A main window in a folder of its own, and the ways in which a user reaches what it holds.
 class MainWindowTester
 {
 public:
-    /// Makes a fresh folder the working directory, with \p config as its "config.ini".
-    explicit MainWindowTester(const QByteArray &config = defaultConfig);
+    /// Works in a fresh folder, with \p config as its "config.ini"; null for none.
+    explicit MainWindowTester(const QByteArray &config = settingsText());
     ~MainWindowTester();
     Q_DISABLE_COPY_MOVE(MainWindowTester)
 
-    /// What the program writes when there is no settings file.
-    static const QByteArray defaultConfig;
-
     /// Path of \p name in the working directory.
     QString path(const QString &name) const { return folder.filePath(name); }
-    void writeFile(const QString &name, const QByteArray &content) const;
-    QByteArray readFile(const QString &name) const;
+    void writeFile(const QString &name, const QByteArray &content) const
+    {
+        folder.writeFile(name, content);
+    }
+    QByteArray readFile(const QString &name) const { return folder.readFile(name); }
 
     /// Makes the window; its messages at start go to answers.
     void start();
@@ -47,10 +47,7 @@ public:
     /// The texts of a table, row by row, cells joined by blanks.
     static QStringList tableTexts(const QTableView &table);
 
-    QTemporaryDir folder;
+    WorkingFolder folder;
     ModalAnswers answers;
     std::unique_ptr<MainWindow> window;
-
-private:
-    QString previousFolder = QDir::currentPath();
 };

@@ -1,8 +1,5 @@
 #include "support/testgroups.h"
 
-#include <QFile>
-
-#include "cconfig.h"
 #include "centers.h"
 #include "convergence.h"
 #include "variability.h"
@@ -78,15 +75,4 @@ void TestGroup::center()
 {
     averageCenter = {{}, convergenceAverages(scores), variabilityAverages(scores)};
     medianCenter = {{}, convergenceMedians(scores), variabilityMedians(scores)};
-}
-
-void useSkip(const QString &text)
-{
-    QFile file("config.ini");
-    if (!file.open(QIODevice::WriteOnly)) {
-        qFatal("cannot write config.ini");
-    }
-    file.write("[Variable]\nSkip = " + text.toLatin1() + '\n');
-    file.close();
-    CConfig::resetInstance();
 }

@@ -26,6 +26,3 @@ struct TestGroup {
     /// Computes the centers from the results.
     void center();
 };
-
-/// Makes "config.ini" in the working directory say this offset and nothing else.
-void useSkip(const QString &text);

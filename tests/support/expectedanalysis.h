@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QString>
+
+#include "support/expectedsheets.h"
+#include "support/testgroups.h"
+
+/// What the analysis workbook has to hold.
+namespace ExpectedAnalysis
+{
+
+/// The workbook of \p group; \p skipText is the offset as the labels tell it.
+ExpectedSheets::Book book(const TestGroup &group, const QString &skipText);
+/// Kvadrant of the patient \p k under the pair of methods \p pair, both counted from 0; 0 for a
+/// patient that no rule catches.
+int kvadrant(const TestGroup &group, int k, int pair);
+/// How the workbook calls a pair of methods.
+QString pairLabel(int pair, const QString &skipText);
+
+} // namespace ExpectedAnalysis

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QTemporaryDir>
+
+/// A fresh folder that is the working directory as long as it lives, and so the place of the
+/// settings file: the store is read anew at both ends.
+class WorkingFolder
+{
+public:
+    WorkingFolder();
+    ~WorkingFolder();
+    Q_DISABLE_COPY_MOVE(WorkingFolder)
+
+    QString path() const { return folder.path(); }
+    /// Path of \p name in the folder.
+    QString filePath(const QString &name) const { return folder.filePath(name); }
+    void writeFile(const QString &name, const QByteArray &content) const;
+    /// What the file \p name holds; null without such a file.
+    QByteArray readFile(const QString &name) const;
+    /// Takes the folder away from under the program.
+    bool remove() { return folder.remove(); }
+
+private:
+    QTemporaryDir folder;
+    QString previous;
+};
+
+/// The settings as the program writes them; without arguments, the defaults.
+QByteArray settingsText(int convergence = 0, int variance = 0, int median = 1, int skip = 3,
+                        int show = 1);
+/// Makes \p text the settings file of the working directory, and reads it.
+void useSettings(const QByteArray &text);
+/// Makes the settings file say this offset and nothing else, and reads it.
+void useSkip(const QByteArray &text);

@@ -1,0 +1,236 @@
+#include <QDomDocument>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QTabWidget>
+#include <QTest>
+#include <QXmlStreamReader>
+
+#include "graphexport.h"
+#include "support/graphtester.h"
+
+namespace
+{
+
+/// "x y: text" for each text of an SVG page that stands under this translation.
+QStringList textsUnder(const QDomDocument &page, QPointF translation)
+{
+    QStringList lines;
+    const QDomNodeList texts = page.elementsByTagName("text");
+    for (int i = 0; i < texts.size(); ++i) {
+        const QDomElement element = texts.at(i).toElement();
+        // Every group of the painter carries the whole matrix.
+        const QStringList matrix = element.parentNode()
+                                       .toElement()
+                                       .attribute("transform")
+                                       .section('(', 1)
+                                       .remove(')')
+                                       .split(',');
+        if (matrix.size() == 6 && qAbs(matrix.at(4).toDouble() - translation.x()) < 0.01
+            && qAbs(matrix.at(5).toDouble() - translation.y()) < 0.01) {
+            lines << QString("%1 %2: ").arg(element.attribute("x"), element.attribute("y"))
+                    + element.text().trimmed();
+        }
+    }
+    return lines;
+}
+
+/// Counts the paint events of the widget that it watches.
+class PaintCounter : public QObject
+{
+    Q_OBJECT
+
+public:
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        count += event->type() == QEvent::Paint ? 1 : 0;
+        return QObject::eventFilter(watched, event);
+    }
+
+    int count = 0;
+};
+
+QStringList attributeValues(const QDomElement &element)
+{
+    QStringList values;
+    const QDomNamedNodeMap attributes = element.attributes();
+    for (int i = 0; i < attributes.count(); ++i) {
+        values << attributes.item(i).nodeValue();
+    }
+    for (QDomElement child = element.firstChildElement(); !child.isNull();
+         child = child.nextSiblingElement()) {
+        values << attributeValues(child);
+    }
+    return values;
+}
+
+} // namespace
+
+/// The window writes a graph as an SVG page.
+class TestExportCommand : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void exportNeedsACurrentTabbedGraph()
+    {
+        GraphTester tester;
+        tester.answers.expectMessage();
+        tester.trigger("Export graph");
+        tester.trigger("Groups graph");
+        tester.answers.expectMessage();
+        tester.trigger("Export graph");
+        const QString refusal = "Svg export|No graphs selected for export";
+        QCOMPARE(tester.answers.messages(), QStringList({refusal, refusal}));
+        QCOMPARE(tester.answers.unexpected(), QStringList());
+    }
+
+    void cancelledExportSaysNothing()
+    {
+        GraphTester tester;
+        tester.makeGraph({0});
+        tester.answers.expect<QFileDialog>([](QFileDialog &dialog) {
+            QCOMPARE(dialog.windowTitle(), "Save SVG");
+            QCOMPARE(dialog.nameFilters(), QStringList("SVG files (*.svg)"));
+            dialog.reject();
+        });
+        tester.trigger("Export graph");
+        QCOMPARE(tester.answers.unexpected(), QStringList());
+        QCOMPARE(tester.answers.messages(), QStringList());
+    }
+
+    void exportWritesTheCurrentGraphAsOnePage()
+    {
+        GraphTester tester;
+        tester.makeGraph({0}, "first");
+        tester.makeGraph({1, 2}, "second");
+        tester.makeGraph({3}, "third");
+        tester.area()->setActiveSubWindow(tester.subWindows().at(1));
+        tester.answers.expectFile(tester.path("page"));
+        tester.answers.expectMessage();
+        tester.trigger("Export graph");
+        QCOMPARE(tester.answers.messages(),
+                 QStringList("Graphs export|Graph successfully exported"));
+
+        // The name is taken as typed, without an extension.
+        QDomDocument page;
+        QVERIFY(page.setContent(tester.readFile("page")));
+        const QDomElement root = page.documentElement();
+        QCOMPARE(root.firstChildElement("title").text(), "second");
+        const ExportPage expected = ExportPage::a4();
+        const QRect box = expected.printable.toRect();
+        QCOMPARE(
+            root.attribute("viewBox"),
+            QString("%1 %2 %3 %4").arg(box.x()).arg(box.y()).arg(box.width()).arg(box.height()));
+        // Points at the 72 dots per inch of the generator, given in millimetres.
+        const double millimetres = root.attribute("width").remove("mm").toDouble();
+        QVERIFY(qAbs(millimetres - 210) < 1);
+        QVERIFY(qAbs(root.attribute("height").remove("mm").toDouble() - 297) < 1);
+
+        // Either graph has its half of the page: both count some of their texts from the lower
+        // edge.
+        const double height = expected.graph().height();
+        const QStringList plot = textsUnder(page, expected.resultPlot());
+        const QString method =
+            QString("5 %1: Convergence: Median difference").arg(static_cast<int>(height - 2));
+        QVERIFY2(plot.contains(method), qPrintable(plot.join(", ")));
+        const QStringList graph = textsUnder(page, expected.patientGraph());
+        const QString one = QString("57 %1: 1").arg(static_cast<int>(height - 120 + 21));
+        for (const QString &label : {QString("10 25: mmol/mol"), one}) {
+            QVERIFY2(graph.contains(label), qPrintable(label + " in " + graph.join(", ")));
+        }
+    }
+
+    void exportOfOddNamesIsWellFormed_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("markup") << "a<b>&\"c'</title>";
+        QTest::newRow("no latin") << "Křivka č. 1 \xF0\x9F\x93\x88";
+        QTest::newRow("control characters")
+            << QString(QChar(1)) + "x" + QChar(0x1b) + QChar(0xFFFF);
+        QTest::newRow("half a surrogate pair") << QString(QChar(0xD800)) + "x";
+    }
+
+    void exportOfOddNamesIsWellFormed()
+    {
+        QFETCH(QString, name);
+        GraphTester tester;
+        tester.patientsModel()->patients[0].id = name;
+        tester.patientsModel()->scores[0].id = name;
+        tester.makeGraph({0, 1}, name);
+        tester.answers.expectFile(tester.path("odd.svg"));
+        tester.answers.expectMessage();
+        tester.trigger("Export graph");
+        QXmlStreamReader reader(tester.readFile("odd.svg"));
+        QString title;
+        while (!reader.atEnd()) {
+            if (reader.readNext() == QXmlStreamReader::StartElement && reader.name() == "title") {
+                title = reader.readElementText();
+            }
+        }
+        QVERIFY2(!reader.hasError(), qPrintable(reader.errorString()));
+        QVERIFY(!title.isEmpty());
+    }
+
+    void exportToNowhereStillSaysItSucceeded()
+    {
+        GraphTester tester;
+        tester.makeGraph({0});
+        tester.answers.expectFile(tester.path("nowhere/page.svg"));
+        tester.answers.expectMessage();
+        tester.trigger("Export graph");
+        QCOMPARE(tester.answers.unexpected(), QStringList());
+        QCOMPARE(tester.answers.messages(),
+                 QStringList("Graphs export|Graph successfully exported"));
+        QVERIFY(!QFile::exists(tester.path("nowhere")));
+    }
+
+    void exportPageDoublesTheMarginOfTheLowerGraph()
+    {
+        const ExportPage page{QSize(600, 840), QRectF(10, 20, 580, 800)};
+        QCOMPARE(page.margin(), QPointF(10, 20));
+        QCOMPARE(page.graph(), QSizeF(580, 400));
+        QCOMPARE(page.resultPlot(), QPointF(10, 20));
+        QCOMPARE(page.patientGraph(), QPointF(20, 440));
+    }
+
+    void exportLeavesTheScreenAsItWas()
+    {
+        GraphTester tester;
+        tester.makeGraph({0, 1, 2});
+        auto *tabs = qobject_cast<QTabWidget *>(tester.subWindows().first()->widget());
+        const QImage before = tabs->widget(0)->grab().toImage();
+        const QImage plotBefore = tabs->widget(1)->grab().toImage();
+        tester.answers.expectFile(tester.path("page.svg"));
+        tester.answers.expectMessage();
+        tester.trigger("Export graph");
+        QCOMPARE(tabs->widget(0)->grab().toImage(), before);
+        QCOMPARE(tabs->widget(1)->grab().toImage(), plotBefore);
+        const QByteArray file = tester.readFile("page.svg");
+        QDomDocument page;
+        QVERIFY(page.setContent(file));
+        for (const QString &value : attributeValues(page.documentElement())) {
+            QVERIFY2(!value.contains("nan") && !value.contains("inf"), qPrintable(value));
+        }
+    }
+
+    void exportRepaintsBothGraphs()
+    {
+        GraphTester tester;
+        tester.makeGraph({0, 1, 2});
+        auto *tabs = qobject_cast<QTabWidget *>(tester.subWindows().first()->widget());
+        // Only the tab in front is ever painted.
+        for (int tab = 0; tab < tabs->count(); ++tab) {
+            tabs->setCurrentIndex(tab);
+            PaintCounter counter;
+            tabs->widget(tab)->installEventFilter(&counter);
+            QTRY_VERIFY(counter.count > 0);
+            QCoreApplication::processEvents();
+            counter.count = 0;
+            exportGraphs(*tabs, tester.path("page.svg"));
+            QTRY_COMPARE(counter.count, 1);
+        }
+    }
+};
+
+QTEST_MAIN(TestExportCommand)
+#include "tst_exportcommand.moc"

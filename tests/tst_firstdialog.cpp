@@ -1,0 +1,29 @@
+#include <QFileDialog>
+#include <QTest>
+
+#include "support/mainwindowtester.h"
+
+/// The toolkit remembers where a dialog has been as long as the program runs, so this test is a
+/// program of its own.
+class TestFirstDialog : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void firstDialogStartsInTheWorkingDirectory()
+    {
+        MainWindowTester tester;
+        tester.start();
+        QString directory;
+        tester.answers.expect<QFileDialog>([&directory](QFileDialog &dialog) {
+            directory = dialog.directory().canonicalPath();
+            dialog.reject();
+        });
+        tester.trigger("Open File");
+        QCOMPARE(tester.answers.unexpected(), QStringList());
+        QCOMPARE(directory, QDir(tester.folder.path()).canonicalPath());
+    }
+};
+
+QTEST_MAIN(TestFirstDialog)
+#include "tst_firstdialog.moc"
