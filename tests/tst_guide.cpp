@@ -24,6 +24,7 @@
 #include "support/workingfolder.h"
 #include "variability.h"
 #include "xlsx/workbooklimits.h"
+#include "xlsx/workbookwriter.h"
 
 using Series = QVector<double>;
 using Patients = QVector<PatientRecord>;
@@ -655,6 +656,11 @@ private:
             "#,",
             {double(workbookLimits.fileSize) / mebibyte, double(workbookLimits.partSize) / mebibyte,
              workbookLimits.rows, workbookLimits.columns});
+        // The labels take one column.
+        row("columns", "(the first # patients: a sheet has no more columns;",
+            {workbookLimits.columns - 1});
+        row("series", "(the first # patients; a spreadsheet program rejects more)",
+            {WorkbookWriter::largestSeriesCount});
     }
 };
 
