@@ -139,6 +139,27 @@ private Q_SLOTS:
         }
     }
 
+    // The package brings along docs/ and nothing beside it.
+    void documentsOfThePackageLinkOnlyOneAnother()
+    {
+        for (const QString &document : all()) {
+            if (document.startsWith("docs/")) {
+                QVERIFY2(!read(document).contains("](../"), qPrintable(document));
+            }
+        }
+    }
+
+    // Where the installed program keeps things.
+    void manualPageAndGuideNameTheSameFolders()
+    {
+        const QString manual = contentOf("packaging", {"glymark.1*"});
+        for (const char *folder : {"/usr/share/glymark/samples", "/usr/share/doc/glymark",
+                                   "~/Documents/Glymark", "~/.local/share/glymark"}) {
+            QVERIFY2(manual.contains(folder), folder);
+            QVERIFY2(read("docs/guide.md").contains('`' + QString(folder) + '`'), folder);
+        }
+    }
+
     void everyPictureIsShown()
     {
         QString text;
