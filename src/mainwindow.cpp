@@ -402,7 +402,10 @@ QString MainWindow::askWhereToSave(const QString &caption)
         showInformation(tr("No data"), tr("No data to save"));
         return {};
     }
-    return QFileDialog::getSaveFileName(this, caption, QString(), tr("Xlsx document (*.xlsx)"));
+    const QPointer<CPatientsModel> saved = patientsModel.get();
+    const QString fileName =
+        QFileDialog::getSaveFileName(this, caption, QString(), tr("Xlsx document (*.xlsx)"));
+    return saved ? fileName : QString();
 }
 
 void MainWindow::selectItems()
@@ -416,10 +419,11 @@ void MainWindow::selectItems()
                         tr("Please select rows from table above to display as graph"));
         return;
     }
+    const QPointer<CPatientsModel> selected = patientsModel.get();
     bool accepted = false;
     QString name = QInputDialog::getText(this, tr("Graph name"), tr("Name"), QLineEdit::Normal,
                                          defaultGraphName(), &accepted);
-    if (!accepted) {
+    if (!accepted || !selected) {
         return;
     }
     if (name.isEmpty()) {
@@ -428,8 +432,8 @@ void MainWindow::selectItems()
     QVector<PatientRecord> shownPatients;
     QVector<PatientScoreRecord> shownScores;
     for (const QModelIndex &row : rows) {
-        shownPatients.append(patientsModel->patients.at(row.row()));
-        shownScores.append(patientsModel->scores.at(row.row()));
+        shownPatients.append(selected->patients.at(row.row()));
+        shownScores.append(selected->scores.at(row.row()));
     }
     auto *subWindow = createSubWindow();
     subWindow->setWindowTitle(name);
@@ -506,6 +510,7 @@ void MainWindow::customMenuRequested(QPoint pos)
         return;
     }
     contextRow = index.row();
+    contextModel = patientsModel.get();
     auto *menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
     menu->addAction(tr("Select ideal kvadrant"));
@@ -523,7 +528,7 @@ void MainWindow::customMenuRequested(QPoint pos)
 
 void MainWindow::setIdealKvadrant(int kvadrant)
 {
-    if (contextRow >= 0 && contextRow < patients.size()) {
+    if (contextModel) {
         patients[contextRow].idealKvadrant = kvadrant;
     }
 }
@@ -573,7 +578,7 @@ void MainWindow::editConfig()
 
 void MainWindow::saveSvg()
 {
-    QMdiSubWindow *subWindow = mdiArea->currentSubWindow();
+    const QPointer<QMdiSubWindow> subWindow = mdiArea->currentSubWindow();
     auto *tabs = subWindow ? qobject_cast<QTabWidget *>(subWindow->widget()) : nullptr;
     if (!tabs) {
         showInformation(tr("Svg export"), tr("No graphs selected for export"));
@@ -581,7 +586,8 @@ void MainWindow::saveSvg()
     }
     const QString fileName =
         QFileDialog::getSaveFileName(this, tr("Save SVG"), QString(), tr("SVG files (*.svg)"));
-    if (fileName.isEmpty()) {
+    // A closed sub-window leaves the area at once, and is deleted later.
+    if (fileName.isEmpty() || !mdiArea->subWindowList().contains(subWindow)) {
         return;
     }
     exportGraphs(*tabs, fileName);

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include <QMainWindow>
+#include <QPointer>
 #include <QVector>
 
 #include "patientrecord.h"
@@ -24,6 +25,9 @@ enum class LoadError;
 
 /// The one window: owns the patients of the open workbook and their results, shows them in two
 /// tables and in graph sub-windows, and offers the commands on them.
+///
+/// Every open file has a CPatientsModel of its own. Whoever has to know after a dialog whether the
+/// file is still the same one keeps a QPointer to it.
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
@@ -35,6 +39,9 @@ public:
     Q_DISABLE_COPY_MOVE(MainWindow)
 
 private Q_SLOTS:
+    // While a command waits for a dialog, others may run: a global menu bar, an automation and a
+    // session manager reach the menu all the same. After each dialog a command looks again at what
+    // it is about to touch, and ends without a word where that is gone.
     void open();
     void save();
     void saveSvg();
@@ -74,6 +81,7 @@ private:
                                     const QVector<int> &indices);
     void refuse(const QString &path, const QString &text);
     void computeCenters();
+    /// Empty where there is nothing to save, any more or at all, or the user cancels.
     QString askWhereToSave(const QString &caption);
     QString defaultGraphName() const;
     ResultSubWindow *createResultPlot(const QVector<PatientScoreRecord> &shown) const;
@@ -82,8 +90,9 @@ private:
     bool isFileLoaded() const;
     void setFileLoaded(bool loaded);
 
-    // Row of patientTable under the last right click that hit one.
+    // Row of patientTable under the last right click that hit one, and the list in which it counts.
     int contextRow = -1;
+    QPointer<CPatientsModel> contextModel;
     QVector<PatientRecord> patients;
     QVector<PatientScoreRecord> scores;
     PatientScoreRecord medianCenter;

@@ -51,16 +51,16 @@ QStringList ModalAnswers::unexpected() const
 void ModalAnswers::answerActive()
 {
     QWidget *active = QApplication::activeModalWidget();
-    if (active && active == answered && active->isVisible()) {
+    if (!active || !active->isVisible()) {
+        return;
+    }
+    answered.removeAll(nullptr);
+    if (answered.contains(active)) {
         giveUpOn(*active);
         return;
     }
-    answered = active;
+    answered.append(active);
     patience = longestPatience;
-    if (!active || !active->isVisible()) {
-        answered = nullptr;
-        return;
-    }
     if (answers.empty()) {
         problems << QString("unexpected: %1").arg(active->windowTitle());
         active->close();

@@ -9,6 +9,7 @@
 #include <QPointer>
 #include <QStringList>
 #include <QTimer>
+#include <QVector>
 
 /// Answers modal dialogs while a command that opens them runs.
 ///
@@ -58,7 +59,8 @@ private:
     std::deque<std::function<bool(QWidget &)>> answers;
     QStringList shownMessages;
     QStringList problems;
-    // Forgets a dialog that is gone: the next one may stand at its address.
-    QPointer<QWidget> answered;
+    // Those that are still open, one under the other. Forgets a dialog that is gone: the next one
+    // may stand at its address.
+    QVector<QPointer<QWidget>> answered;
     int patience = longestPatience;
 };
