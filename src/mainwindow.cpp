@@ -33,6 +33,7 @@
 #include "resultsubwindow.h"
 #include "scores.h"
 #include "settingsdialog.h"
+#include "xmltext.h"
 
 namespace
 {
@@ -55,7 +56,12 @@ constexpr int longestNamedId = 60;
 QString shortened(const QString &id)
 {
     const QString line = id.simplified();
-    return line.size() > longestNamedId ? line.left(longestNamedId) + QChar(0x2026) : line;
+    if (line.size() <= longestNamedId) {
+        return line;
+    }
+    const int length =
+        isSurrogatePairAt(line, longestNamedId - 1) ? longestNamedId - 1 : longestNamedId;
+    return line.left(length) + QChar(0x2026);
 }
 
 } // namespace

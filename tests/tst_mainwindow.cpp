@@ -617,6 +617,31 @@ private Q_SLOTS:
         QCOMPARE(tester.answers.unexpected(), QStringList());
     }
 
+    void refusalCutsNoCharacterInTwo_data()
+    {
+        QTest::addColumn<int>("before");
+        QTest::addColumn<int>("kept");
+        // The limit of 60 falls before a pair, into it and behind it.
+        QTest::newRow("before a pair") << 60 << 60;
+        QTest::newRow("into a pair") << 59 << 59;
+        QTest::newRow("behind a pair") << 58 << 60;
+    }
+
+    void refusalCutsNoCharacterInTwo()
+    {
+        QFETCH(const int, before);
+        QFETCH(const int, kept);
+        MainWindowTester tester;
+        tester.start();
+        const QString identifier = QString(before, 'x') + "\U0001F600" + "tail";
+        TestWorkbooks::save(tester.path("bad.xlsx"), {{identifier, 40.0}});
+        tester.answers.expectFile(tester.path("bad.xlsx"));
+        tester.answers.expectMessage();
+        tester.trigger("Open File");
+        const QString row = "Row 2: " + identifier.left(kept) + "\u2026";
+        QCOMPARE(tester.answers.messages(), QStringList(rowsMessage(row, "bad.xlsx")));
+    }
+
     void windowMayCloseWithAFileOpen()
     {
         MainWindowTester tester;

@@ -36,6 +36,17 @@ private Q_SLOTS:
         QFETCH(QString, expected);
         QCOMPARE(xmlText(text), expected);
     }
+
+    void findsPairs()
+    {
+        const QString text = "a\U0001F600z";
+        QVERIFY(!isSurrogatePairAt(text, 0));
+        QVERIFY(isSurrogatePairAt(text, 1));
+        QVERIFY(!isSurrogatePairAt(text, 2));
+        QVERIFY(!isSurrogatePairAt(text, 3));
+        QVERIFY(!isSurrogatePairAt(text.left(2), 1));
+        QVERIFY(!isSurrogatePairAt(text.mid(2), 0));
+    }
 };
 
 QTEST_GUILESS_MAIN(TestXmlText)
