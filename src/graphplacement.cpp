@@ -20,6 +20,14 @@ bool isPlaceable(const QPointF &point)
     return isInRange(point.x()) && isInRange(point.y());
 }
 
+double heldToRange(double position)
+{
+    if (position > farthestPosition) {
+        return farthestPosition;
+    }
+    return position < -farthestPosition ? -farthestPosition : position;
+}
+
 void placeText(QVector<GraphText> &texts, double x, double y, const QString &text)
 {
     if (isPlaceable({x, y})) {

@@ -16,6 +16,9 @@ inline constexpr double farthestPosition = 16777216.0; // 2^24
 /// Whether \p point is finite and within farthestPosition on both axes.
 bool isPlaceable(const QPointF &point);
 
+/// \p position held to farthestPosition, on its side. NaN stays NaN.
+double heldToRange(double position);
+
 /// A text and the left end of its baseline.
 struct GraphText {
     QPoint position;

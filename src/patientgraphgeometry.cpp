@@ -88,8 +88,12 @@ void PatientGraphGeometry::buildPatientPaths(const QVector<PatientRecord> &patie
 QPainterPath PatientGraphGeometry::patientPath(const QVector<double> &values) const
 {
     QPainterPath path;
+    // Without a scale no value has a position, and on a rectangle beyond the range none has either.
+    if (!std::isfinite(yScale) || !isPlaceable({xStep, axisY})) {
+        return path;
+    }
     for (int i = 0; i < values.size(); ++i) {
-        const QPointF point(xAt(i), yAt(values.at(i)));
+        const QPointF point(xAt(i), heldToRange(yAt(values.at(i))));
         if (!isPlaceable(point)) {
             continue;
         }

@@ -47,8 +47,9 @@ struct PatientGraphGeometry {
 
     /// Axes, grid lines and ticks.
     QPainterPath axesPath;
-    /// One polyline a patient, empty for a patient without values. A value that is not placeable
-    /// is passed over: the line goes on to the next one that is.
+    /// One polyline a patient, empty for a patient without values and on a graph without a scale. A
+    /// value beyond the range is held to its edge, so that the lines to it leave the rectangle. NaN
+    /// is left out: the line goes on to the next value.
     QVector<QPainterPath> patientPaths;
     /// Numbers of the measurements, and "x" behind that of the first patient's last.
     QVector<GraphText> horizontalLabels;

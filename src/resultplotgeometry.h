@@ -53,7 +53,8 @@ struct ResultPlotTexts {
 };
 
 /// Where everything of the result plot lies on a rectangle from (0, 0) to (width, height), in
-/// pixels. What is not placeable is in none of the lists.
+/// pixels. What is not placeable is in none of the lists: no line leads to a dot, so that one
+/// beyond the range would not show at its edge either.
 ///
 /// The axes cross in the middle, at the center; the farthest value of an axis lies 30 pixels from
 /// the left or right edge, 40 pixels from the upper or lower one. An axis without spread has no

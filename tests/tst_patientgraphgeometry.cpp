@@ -246,7 +246,7 @@ private Q_SLOTS:
         QCOMPARE(pathPoints(geometry.patientPaths.at(0)), "60,30 372.5,330");
     }
 
-    void unplaceableValueIsPassedOver_data()
+    void nanIsLeftOutAndWhatLiesBeyondIsHeldToTheEdge_data()
     {
         QTest::addColumn<QVector<double>>("values");
         QTest::addColumn<QString>("points");
@@ -255,15 +255,19 @@ private Q_SLOTS:
                                << "185,230 310,180 435,130 560,30";
         QTest::newRow("inner") << QVector<double>{10, 20, qQNaN(), 30, 50}
                                << "60,230 185,180 435,130 560,30";
-        QTest::newRow("last") << QVector<double>{10, 20, 30, 50, -inf}
+        QTest::newRow("last") << QVector<double>{10, 20, 30, 50, qQNaN()}
                               << "60,230 185,180 310,130 435,30";
+        // The edge is 2^24.
+        QTest::newRow("infinite") << QVector<double>{10, 20, 30, 50, -inf}
+                                  << "60,230 185,180 310,130 435,30 560,1.67772e+07";
         QTest::newRow("beyond the range")
-            << QVector<double>{10, -1e8, -1e300, 30, 50} << "60,230 435,130 560,30";
+            << QVector<double>{10, -1e8, -1e300, 30, 50}
+            << "60,230 185,1.67772e+07 310,1.67772e+07 435,130 560,30";
         QTest::newRow("within the range") << QVector<double>{10, -1e6, 20, 30, 50}
                                           << "60,230 185,5.00028e+06 310,180 435,130 560,30";
     }
 
-    void unplaceableValueIsPassedOver()
+    void nanIsLeftOutAndWhatLiesBeyondIsHeldToTheEdge()
     {
         QFETCH(QVector<double>, values);
         const PatientGraphGeometry geometry = geometryOf(group({values}));
@@ -317,8 +321,9 @@ private Q_SLOTS:
     {
         const QVector<PatientRecord> patients = group({{inf, 1e300, 1e10, 20}});
         QCOMPARE(PatientGraphBounds(patients).maxValue, std::numeric_limits<quint64>::max());
-        // 250 pixels for 2^64 units: the two that can be placed lie on the axis.
-        QCOMPARE(pathPoints(geometryOf(patients).patientPaths.at(0)), "372.5,280 528.75,280");
+        // 250 pixels for 2^64 units: the two smaller values lie on the axis.
+        QCOMPARE(pathPoints(geometryOf(patients).patientPaths.at(0)),
+                 "60,-1.67772e+07 216.25,-1.67772e+07 372.5,280 528.75,280");
     }
 
     void legendStartsANewLineAtTheEdge()
