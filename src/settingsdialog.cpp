@@ -24,11 +24,20 @@ Widget *named(Widget *widget, const char *name)
     return widget;
 }
 
+// A screen reader calls the field by its label.
+QLabel *labelFor(QWidget *field, const QString &text)
+{
+    auto *label = new QLabel(text);
+    label->setBuddy(field);
+    field->setAccessibleName(text);
+    return label;
+}
+
 QHBoxLayout *labelledRow(const QString &text, QWidget *widget)
 {
     auto *row = new QHBoxLayout;
     row->setAlignment(Qt::AlignLeft);
-    row->addWidget(new QLabel(text));
+    row->addWidget(labelFor(widget, text));
     row->addWidget(widget);
     return row;
 }
@@ -68,6 +77,7 @@ SettingsDialog::SettingsDialog()
     outer->setSizeConstraint(QLayout::SetFixedSize);
 
     readSettings();
+    settleKeyboard();
 
     connect(okButton, &QPushButton::clicked, this, &SettingsDialog::okButtonClicked);
     connect(cancelButton, &QPushButton::clicked, this, &SettingsDialog::reject);
@@ -116,7 +126,7 @@ QGroupBox *SettingsDialog::offsetGroup()
     offsetSpin->setMinimum(0);
     auto *group = new QGroupBox(tr("Offset"), this);
     auto *row = new QHBoxLayout(group);
-    row->addWidget(new QLabel(tr("Offset count")));
+    row->addWidget(labelFor(offsetSpin, tr("Offset count")));
     row->addWidget(offsetSpin);
     return group;
 }
@@ -130,6 +140,23 @@ void SettingsDialog::readSettings()
     center->setChecked(true);
     offsetSpin->setValue(offsetIn(offsetSpin, config.skip()));
     showInfoCheck->setChecked(config.showInfo() == 1);
+}
+
+// Tab goes from top to bottom, and stops only at the chosen one of the two centers. Return is "Ok"
+// from every field; Escape is "Cancel" in every dialog.
+void SettingsDialog::settleKeyboard()
+{
+    QWidget *previous = convergenceCombo;
+    for (QWidget *next : std::initializer_list<QWidget *>{varianceCombo, averageCheck, medianCheck,
+                                                          offsetSpin, okButton, cancelButton}) {
+        setTabOrder(previous, next);
+        previous = next;
+    }
+    // The arrow keys choose the other one, which then takes the place of the first.
+    QCheckBox *otherCenter = medianCheck->isChecked() ? averageCheck : medianCheck;
+    otherCenter->setFocusPolicy(Qt::ClickFocus);
+    okButton->setDefault(true);
+    convergenceCombo->setFocus();
 }
 
 void SettingsDialog::okButtonClicked()

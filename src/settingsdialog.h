@@ -26,6 +26,7 @@ private:
     QGroupBox *centerGroup();
     QGroupBox *offsetGroup();
     void readSettings();
+    void settleKeyboard();
 
     QPushButton *okButton;
     QPushButton *cancelButton;

@@ -1,5 +1,6 @@
 #include <memory>
 
+#include <QAccessible>
 #include <QButtonGroup>
 #include <QCheckBox>
 #include <QComboBox>
@@ -186,6 +187,96 @@ private Q_SLOTS:
         const auto *spin = find<QSpinBox>(*m_dialog, "offsetSpin");
         QCOMPARE(spin->minimum(), 0);
         QCOMPARE(spin->maximum(), 99);
+    }
+
+    void tabGoesFromTopToBottom_data()
+    {
+        QTest::addColumn<int>("median");
+        QTest::addColumn<QString>("center");
+        QTest::newRow("median") << 1 << "medianCheck";
+        QTest::newRow("average") << 0 << "averageCheck";
+    }
+
+    void tabGoesFromTopToBottom()
+    {
+        QFETCH(const int, median);
+        QFETCH(const QString, center);
+        write(settingsText(0, 0, median, 3, 1));
+        open();
+        QVERIFY(QTest::qWaitForWindowActive(m_dialog.get()));
+        const QStringList order = {"convergenceCombo", "varianceCombo", center,
+                                   "offsetSpin",       "okButton",      "cancelButton"};
+        QStringList visited;
+        for (int i = 0; i < order.size(); ++i) {
+            visited << m_dialog->focusWidget()->objectName();
+            QTest::keyClick(m_dialog->focusWidget(), Qt::Key_Tab);
+        }
+        QCOMPARE(visited, order);
+        QCOMPARE(m_dialog->focusWidget()->objectName(), order.first());
+        QTest::keyClick(m_dialog->focusWidget(), Qt::Key_Backtab);
+        QCOMPARE(m_dialog->focusWidget()->objectName(), order.last());
+    }
+
+    void arrowKeysChooseTheCenter()
+    {
+        write(settingsText(0, 0, 1, 3, 1));
+        open();
+        QVERIFY(QTest::qWaitForWindowActive(m_dialog.get()));
+        auto *median = find<QCheckBox>(*m_dialog, "medianCheck");
+        const auto *average = find<QCheckBox>(*m_dialog, "averageCheck");
+        median->setFocus();
+        QTest::keyClick(median, Qt::Key_Left);
+        QVERIFY(average->isChecked());
+        QVERIFY(average->hasFocus());
+        QTest::keyClick(m_dialog->focusWidget(), Qt::Key_Tab);
+        QTest::keyClick(m_dialog->focusWidget(), Qt::Key_Backtab);
+        QVERIFY(average->hasFocus());
+    }
+
+    void returnIsOkAndEscapeIsCancelInEveryField_data()
+    {
+        QTest::addColumn<QString>("field");
+        for (const char *field :
+             {"convergenceCombo", "varianceCombo", "averageCheck", "medianCheck", "offsetSpin"}) {
+            QTest::newRow(field) << field;
+        }
+    }
+
+    void returnIsOkAndEscapeIsCancelInEveryField()
+    {
+        QFETCH(const QString, field);
+        for (const auto &[key, result] : {std::pair(Qt::Key_Return, QDialog::Accepted),
+                                          std::pair(Qt::Key_Enter, QDialog::Accepted),
+                                          std::pair(Qt::Key_Escape, QDialog::Rejected)}) {
+            write(settingsText(1, 0, 1, 3, 1));
+            open();
+            find<QSpinBox>(*m_dialog, "offsetSpin")->setValue(7);
+            auto *widget = m_dialog->findChild<QWidget *>(field);
+            widget->setFocus();
+            QTest::keyClick(widget, key);
+            QVERIFY(!m_dialog->isVisible());
+            QCOMPARE(m_dialog->result(), int(result));
+            QCOMPARE(content(), settingsText(1, 0, 1, result == QDialog::Accepted ? 7 : 3, 1));
+        }
+    }
+
+    void screenReaderNamesEveryField()
+    {
+        open();
+        const QMap<QString, QString> names = {
+            {"convergenceCombo", "Convergence"}, {"varianceCombo", "Variability"},
+            {"averageCheck", "Average"},         {"medianCheck", "Median"},
+            {"offsetSpin", "Offset count"},      {"okButton", "Ok"},
+            {"cancelButton", "Cancel"},
+        };
+        for (auto name = names.begin(); name != names.end(); ++name) {
+            auto *widget = m_dialog->findChild<QWidget *>(name.key());
+            // On some systems the toolkit calls a combo box by its text, and tells its label apart.
+            const QString own = widget->accessibleName();
+            const QString told =
+                QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name);
+            QCOMPARE(own.isEmpty() ? told : own, name.value());
+        }
     }
 
     void showInformationIsNeverShown()
