@@ -53,6 +53,30 @@ constexpr int rightPanelWidth = 275;
 constexpr int mostNamedPatients = 10;
 constexpr int longestNamedId = 60;
 
+/// A table whose cells the arrow keys reach, and which Tab leaves: by default Tab would go round
+/// inside it for ever.
+class Table : public QTableView
+{
+protected:
+    bool focusNextPrevChild(bool next) override
+    {
+        return QAbstractScrollArea::focusNextPrevChild(
+            next); // NOLINT(bugprone-parent-virtual-call)
+    }
+};
+
+template<typename Widget>
+Widget *named(Widget *widget, const QString &accessibleName)
+{
+    widget->setAccessibleName(accessibleName);
+    return widget;
+}
+
+void addGraph(QTabWidget &tabs, QWidget *graph, const QString &title)
+{
+    tabs.addTab(named(graph, title), title);
+}
+
 QString shortened(const QString &id)
 {
     const QString line = id.simplified();
@@ -135,7 +159,7 @@ void MainWindow::createMenus()
 
 void MainWindow::createWidgets()
 {
-    mdiArea = new QMdiArea;
+    mdiArea = named(new QMdiArea, tr("Graphs"));
     auto *bottomStrip = new QWidget;
     bottomStrip->setMinimumHeight(bottomStripHeight);
     bottomStrip->setLayout(createScoreStrip());
@@ -153,7 +177,7 @@ void MainWindow::createWidgets()
 
 QBoxLayout *MainWindow::createScoreStrip()
 {
-    scoreTable = new QTableView;
+    scoreTable = named(new Table, tr("Results"));
     scoreTable->setObjectName(QStringLiteral("scoreTable"));
     auto *strip = new QHBoxLayout;
     strip->addWidget(scoreTable);
@@ -219,7 +243,7 @@ QBoxLayout *MainWindow::createValueRow(const QString &caption, QLabel *value)
 
 void MainWindow::createPatientTable()
 {
-    patientTable = new QTableView;
+    patientTable = named(new Table, tr("Patients"));
     patientTable->setObjectName(QStringLiteral("patientTable"));
     patientTable->setSelectionBehavior(QAbstractItemView::SelectRows);
     patientTable->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
@@ -443,9 +467,9 @@ void MainWindow::selectItems()
     }
     auto *subWindow = createSubWindow();
     subWindow->setWindowTitle(name);
-    auto *tabs = new QTabWidget;
-    tabs->addTab(new GraphSubWindow(name, shownPatients), tr("Glymark value graph"));
-    tabs->addTab(createResultPlot(shownScores), tr("Patient result graph"));
+    auto *tabs = named(new QTabWidget, name);
+    addGraph(*tabs, new GraphSubWindow(name, shownPatients), tr("Glymark value graph"));
+    addGraph(*tabs, createResultPlot(shownScores), tr("Patient result graph"));
     mdiArea->addSubWindow(subWindow);
     subWindow->setMinimumSize(tabbedGraphSize);
     subWindow->setWidget(tabs);
@@ -492,7 +516,7 @@ void MainWindow::split()
     // The area looks at the size when it gets the sub-window, so the size comes first.
     subWindow->setMinimumSize(groupGraphSize);
     mdiArea->addSubWindow(subWindow);
-    subWindow->setWidget(createResultPlot(scores));
+    subWindow->setWidget(named(createResultPlot(scores), tr("Groups graph")));
     subWindow->show();
 }
 

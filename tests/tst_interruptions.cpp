@@ -13,17 +13,12 @@
 #include <QTest>
 #include <xlsxdocument.h>
 
-#include "mainwindowtester.h"
 #include "settingsdialog.h"
-#include "testworkbooks.h"
+#include "support/mainwindowtester.h"
+#include "support/testworkbooks.h"
 
 namespace
 {
-
-QString text(const char *latin1)
-{
-    return QString::fromLatin1(latin1);
-}
 
 /// A window with the two patients of "two.xlsx" and a graph of both.
 class Tester : public MainWindowTester
@@ -31,16 +26,15 @@ class Tester : public MainWindowTester
 public:
     Tester()
     {
-        TestWorkbooks::save(
-            path(text("two.xlsx")),
-            {{text("a"), 50.0, 60.0, 55.0, 70.0}, {text("b"), 70.0, 68.0, 65.0, 66.0}});
-        TestWorkbooks::save(path(text("other.xlsx")), {{text("c"), 40.0, 45.0}});
-        TestWorkbooks::save(path(text("nobody.xlsx")), {});
+        TestWorkbooks::save(path("two.xlsx"),
+                            {{"a", 50.0, 60.0, 55.0, 70.0}, {"b", 70.0, 68.0, 65.0, 66.0}});
+        TestWorkbooks::save(path("other.xlsx"), {{"c", 40.0, 45.0}});
+        TestWorkbooks::save(path("nobody.xlsx"), {});
         start();
-        open(text("two.xlsx"));
+        open("two.xlsx");
         patientTable()->selectAll();
         answers.expect<QInputDialog>([](QInputDialog &dialog) { dialog.accept(); });
-        button(text("Show graph"))->click();
+        button("Show graph")->click();
     }
 
     QMdiArea *area() const { return window->findChild<QMdiArea *>(); }
@@ -71,7 +65,7 @@ public:
     void expectInterruptedFile(std::function<void()> meanwhile, const QString &fileName)
     {
         expectInterrupted<QFileDialog>(std::move(meanwhile), [fileName](QFileDialog &dialog) {
-            dialog.findChild<QLineEdit *>(text("fileNameEdit"))->setText(fileName);
+            dialog.findChild<QLineEdit *>("fileNameEdit")->setText(fileName);
             QMetaObject::invokeMethod(&dialog, "accept");
         });
     }
@@ -81,28 +75,27 @@ public:
             std::move(meanwhile), [](QMessageBox &box) { box.button(QMessageBox::Ok)->click(); });
     }
 
-    void closeFile() { trigger(text("Close file")); }
-    void openOther() { open(text("other.xlsx")); }
-    void reopen() { open(text("two.xlsx")); }
+    void closeFile() { trigger("Close file"); }
+    void openOther() { open("other.xlsx"); }
+    void reopen() { open("two.xlsx"); }
     void closeAndOpenOther()
     {
         closeFile();
         openOther();
     }
     void closeGraphs() { area()->closeAllSubWindows(); }
-    void showGroups() { trigger(text("Groups graph")); }
-    void resetSelection() { button(text("Reset selection"))->click(); }
+    void showGroups() { trigger("Groups graph"); }
+    void resetSelection() { button("Reset selection")->click(); }
     void acceptSettings()
     {
-        answers.expect<SettingsDialog>([](SettingsDialog &dialog) {
-            dialog.findChild<QPushButton *>(text("okButton"))->click();
-        });
-        trigger(text("Settings"));
+        answers.expect<SettingsDialog>(
+            [](SettingsDialog &dialog) { dialog.findChild<QPushButton *>("okButton")->click(); });
+        trigger("Settings");
     }
     void saveElsewhere()
     {
-        answers.expectFile(path(text("elsewhere.xlsx")));
-        trigger(text("Save file"));
+        answers.expectFile(path("elsewhere.xlsx"));
+        trigger("Save file");
     }
 };
 
@@ -147,7 +140,7 @@ private Q_SLOTS:
         QTest::addColumn<int>("index");
         for (const char *action : {"Save file", "Save data analysis"}) {
             for (size_t i = 0; i < meanwhiles.size(); ++i) {
-                QTest::addRow("%s, %s", action, meanwhiles.at(i).name) << text(action) << int(i);
+                QTest::addRow("%s, %s", action, meanwhiles.at(i).name) << QString(action) << int(i);
             }
         }
     }
@@ -157,14 +150,14 @@ private Q_SLOTS:
         QFETCH(const int, index);
         const Meanwhile &meanwhile = meanwhiles.at(size_t(index));
         Tester tester;
-        const QString saved = tester.path(text("saved.xlsx"));
+        const QString saved = tester.path("saved.xlsx");
         tester.expectInterruptedFile([&] { (tester.*meanwhile.run)(); }, saved);
         tester.trigger(action);
         QCOMPARE(tester.answers.unexpected(), QStringList());
         QCOMPARE(QFile::exists(saved), !meanwhile.losesFile);
         if (!meanwhile.losesFile) {
             const QXlsx::Document book(saved);
-            QCOMPARE(book.read(2, 1).toString() + book.read(3, 1).toString(), text("ab"));
+            QCOMPARE(book.read(2, 1).toString() + book.read(3, 1).toString(), "ab");
         }
     }
 
@@ -181,7 +174,7 @@ private Q_SLOTS:
             before = tester.graphs();
         };
         tester.expectInterrupted<QInputDialog>(run, [](QInputDialog &dialog) { dialog.accept(); });
-        tester.button(text("Show graph"))->click();
+        tester.button("Show graph")->click();
         QCOMPARE(tester.answers.unexpected(), QStringList());
         QCOMPARE(tester.graphs(), meanwhile.losesFile ? before : before + 1);
     }
@@ -195,8 +188,8 @@ private Q_SLOTS:
                                                    dialog.setTextValue(QString());
                                                    dialog.accept();
                                                });
-        tester.button(text("Show graph"))->click();
-        QCOMPARE(tester.area()->subWindowList().last()->windowTitle(), text("Graph 3"));
+        tester.button("Show graph")->click();
+        QCOMPARE(tester.area()->subWindowList().last()->windowTitle(), "Graph 3");
     }
     void showGraphUnderItsOwnNameDialog()
     {
@@ -204,11 +197,11 @@ private Q_SLOTS:
         tester.patientTable()->selectRow(1);
         const auto again = [&] {
             tester.answers.expect<QInputDialog>([](QInputDialog &dialog) { dialog.accept(); });
-            tester.button(text("Show graph"))->click();
+            tester.button("Show graph")->click();
         };
         tester.expectInterrupted<QInputDialog>(again,
                                                [](QInputDialog &dialog) { dialog.accept(); });
-        tester.button(text("Show graph"))->click();
+        tester.button("Show graph")->click();
         QCOMPARE(tester.answers.unexpected(), QStringList());
         QCOMPARE(tester.graphs(), 3);
     }
@@ -219,7 +212,7 @@ private Q_SLOTS:
         QFETCH(const int, index);
         const Meanwhile &meanwhile = meanwhiles.at(size_t(index));
         Tester tester;
-        const QString page = tester.path(text("page.svg"));
+        const QString page = tester.path("page.svg");
         const auto run = [&] {
             (tester.*meanwhile.run)();
             if (!meanwhile.losesGraphs) {
@@ -227,25 +220,24 @@ private Q_SLOTS:
             }
         };
         tester.expectInterruptedFile(run, page);
-        tester.trigger(text("Export graph"));
+        tester.trigger("Export graph");
         QCOMPARE(tester.answers.unexpected(), QStringList());
         QCOMPARE(QFile::exists(page), !meanwhile.losesGraphs);
         QCOMPARE(tester.answers.messages(),
-                 meanwhile.losesGraphs
-                     ? QStringList()
-                     : QStringList(text("Graphs export|Graph successfully exported")));
+                 meanwhile.losesGraphs ? QStringList()
+                                       : QStringList("Graphs export|Graph successfully exported"));
     }
     // The event that deletes a closed sub-window has come before the dialog is answered.
     void exportOfADeletedGraphWritesNothing()
     {
         Tester tester;
-        const QString page = tester.path(text("page.svg"));
+        const QString page = tester.path("page.svg");
         const auto run = [&] {
             tester.closeGraphs();
             QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         };
         tester.expectInterruptedFile(run, page);
-        tester.trigger(text("Export graph"));
+        tester.trigger("Export graph");
         QCOMPARE(tester.answers.unexpected(), QStringList());
         QVERIFY(!QFile::exists(page));
     }
@@ -254,11 +246,11 @@ private Q_SLOTS:
     {
         QFETCH(const int, index);
         Tester tester;
-        tester.answers.expectFile(tester.path(text("page.svg")));
+        tester.answers.expectFile(tester.path("page.svg"));
         tester.expectInterruptedMessage([&] { (tester.*meanwhiles.at(size_t(index)).run)(); });
-        tester.trigger(text("Export graph"));
+        tester.trigger("Export graph");
         QCOMPARE(tester.answers.unexpected(), QStringList());
-        QVERIFY(QFile::exists(tester.path(text("page.svg"))));
+        QVERIFY(QFile::exists(tester.path("page.svg")));
     }
 
     void openGoesOnWithTheFileThatWasChosen_data() { meanwhileColumns(); }
@@ -267,20 +259,20 @@ private Q_SLOTS:
         QFETCH(const int, index);
         Tester tester;
         tester.expectInterruptedFile([&] { (tester.*meanwhiles.at(size_t(index)).run)(); },
-                                     tester.path(text("two.xlsx")));
-        tester.trigger(text("Open File"));
+                                     tester.path("two.xlsx"));
+        tester.trigger("Open File");
         QCOMPARE(tester.answers.unexpected(), QStringList());
-        QCOMPARE(tester.patients(), QStringList({text("a"), text("b")}));
-        QVERIFY(tester.action(text("Close file"))->isEnabled());
+        QCOMPARE(tester.patients(), QStringList({"a", "b"}));
+        QVERIFY(tester.action("Close file")->isEnabled());
     }
     void refusalLeavesWhatWasOpenedUnderIt()
     {
         Tester tester;
-        tester.answers.expectFile(tester.path(text("nobody.xlsx")));
+        tester.answers.expectFile(tester.path("nobody.xlsx"));
         tester.expectInterruptedMessage([&] { tester.openOther(); });
-        tester.trigger(text("Open File"));
+        tester.trigger("Open File");
         QCOMPARE(tester.answers.unexpected(), QStringList());
-        QCOMPARE(tester.patients(), QStringList(text("c")));
+        QCOMPARE(tester.patients(), QStringList("c"));
     }
 
     void settingsBringUpToDateWhatIsOpenAfterThem_data() { meanwhileColumns(); }
@@ -295,15 +287,15 @@ private Q_SLOTS:
             after = tester.patients();
         };
         tester.expectInterrupted<SettingsDialog>(run, [](SettingsDialog &dialog) {
-            dialog.findChild<QSpinBox *>(text("offsetSpin"))->setValue(2);
-            dialog.findChild<QPushButton *>(text("okButton"))->click();
+            dialog.findChild<QSpinBox *>("offsetSpin")->setValue(2);
+            dialog.findChild<QPushButton *>("okButton")->click();
         });
-        tester.trigger(text("Settings"));
+        tester.trigger("Settings");
         QCOMPARE(tester.answers.unexpected(), QStringList());
         QCOMPARE(tester.patients(), after);
-        QVERIFY(tester.labelTexts().contains(text("2")));
+        QVERIFY(tester.labelTexts().contains("2"));
         // The steps behind the first two values of "a" are the one step from 55 to 70.
-        if (after.contains(text("a"))) {
+        if (after.contains("a")) {
             QCOMPARE(tester.patientsModel()->scores.first().variability.at(1), 0.0);
         }
     }
@@ -313,7 +305,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("action");
         for (const char *action :
              {"Save file", "Save data analysis", "Groups graph", "Export graph"}) {
-            QTest::newRow(action) << text(action);
+            QTest::newRow(action) << QString(action);
         }
     }
     void messagesWithoutAFileStandOpeningOne()
@@ -324,16 +316,16 @@ private Q_SLOTS:
         tester.expectInterruptedMessage([&] { tester.openOther(); });
         tester.trigger(action);
         QCOMPARE(tester.answers.unexpected(), QStringList());
-        QCOMPARE(tester.patients(), QStringList(text("c")));
+        QCOMPARE(tester.patients(), QStringList("c"));
         QCOMPARE(tester.graphs(), 0);
     }
     void nothingSelectedStandsClosing()
     {
         Tester tester;
         tester.expectInterruptedMessage([&] { tester.closeFile(); });
-        tester.button(text("Show graph"))->click();
+        tester.button("Show graph")->click();
         QCOMPARE(tester.answers.unexpected(), QStringList());
-        QVERIFY(!tester.action(text("Close file"))->isEnabled());
+        QVERIFY(!tester.action("Close file")->isEnabled());
     }
 
     // The menu does not wait: it may be chosen from when its file is gone.
@@ -366,7 +358,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("action");
         for (const char *action :
              {"Open File", "Save file", "Save data analysis", "Export graph", "Settings"}) {
-            QTest::newRow(action) << text(action);
+            QTest::newRow(action) << QString(action);
         }
     }
     void exitEndsEveryDialog()
@@ -376,13 +368,13 @@ private Q_SLOTS:
         bool came = false;
         tester.answers.expect<QDialog>([&](QDialog &) {
             came = true;
-            tester.trigger(text("Exit"));
+            tester.trigger("Exit");
         });
         QTimer::singleShot(0, tester.window.get(), [&] { tester.trigger(action); });
         QCOMPARE(QApplication::exec(), 0);
         QVERIFY(came);
         QCOMPARE(tester.answers.unexpected(), QStringList());
-        QCOMPARE(tester.patients(), QStringList({text("a"), text("b")}));
+        QCOMPARE(tester.patients(), QStringList({"a", "b"}));
     }
 };
 

@@ -472,6 +472,10 @@ private Q_SLOTS:
         QCOMPARE(MainWindowTester::tableTexts(*tester.patientTable()),
                  texts({"falling L/H", "level H/L", "rising H/H"}));
 
+        QCOMPARE(tester.patientTable()->accessibleName(), "Pacienti");
+        QCOMPARE(tester.scoreTable()->accessibleName(), "Výsledky");
+        QCOMPARE(tester.window->findChild<QMdiArea *>()->accessibleName(), "Grafy");
+
         QStringList methods;
         for (int row = 0; row < tester.scoreModel()->rowCount(); ++row) {
             methods << header(tester.scoreModel(), row, Qt::Vertical);

@@ -349,6 +349,18 @@
         <source>This workbook is too large. Nothing was opened.</source>
         <translation>Tento sešit je příliš velký. Nic nebylo otevřeno.</translation>
     </message>
+    <message>
+        <source>Graphs</source>
+        <translation>Grafy</translation>
+    </message>
+    <message>
+        <source>Results</source>
+        <translation>Výsledky</translation>
+    </message>
+    <message>
+        <source>Patients</source>
+        <translation>Pacienti</translation>
+    </message>
 </context>
 <context>
     <name>ResultSubWindow</name>

@@ -1,0 +1,173 @@
+// The window by keyboard alone and with a screen reader.
+
+#include <QAccessible>
+#include <QApplication>
+#include <QContextMenuEvent>
+#include <QInputDialog>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QMenu>
+#include <QPushButton>
+#include <QTabBar>
+#include <QTest>
+#include <QWindow>
+
+#include "graphsubwindow.h"
+#include "resultsubwindow.h"
+#include "support/mainwindowtester.h"
+#include "support/testworkbooks.h"
+
+namespace
+{
+
+class Tester : public MainWindowTester
+{
+public:
+    Tester()
+    {
+        TestWorkbooks::save(path("two.xlsx"),
+                            {{"a", 50.0, 60.0, 55.0, 70.0}, {"b", 70.0, 68.0, 65.0, 66.0}});
+        start();
+        open("two.xlsx");
+    }
+
+    void showBothGraphs()
+    {
+        patientTable()->selectAll();
+        answers.expect<QInputDialog>([](QInputDialog &dialog) { dialog.accept(); });
+        button("Show graph")->click();
+        trigger("Groups graph");
+    }
+
+    /// Focuses \p widget in the active window.
+    bool focus(QWidget *widget) const
+    {
+        window->activateWindow();
+        if (!QTest::qWaitForWindowActive(window.get())) {
+            return false;
+        }
+        widget->setFocus();
+        return widget->hasFocus();
+    }
+};
+
+QString accessibleName(QWidget *widget)
+{
+    return QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name);
+}
+
+/// What a user of a screen reader comes to: what takes the focus, and the graphs.
+bool isReached(const QWidget *widget)
+{
+    // A sub-window is called by its title, and the one of a groups graph has none. A tab bar has
+    // buttons that the toolkit names.
+    return !qobject_cast<const QMdiSubWindow *>(widget)
+        && !qobject_cast<const QTabBar *>(widget->parentWidget())
+        && (widget->focusPolicy() != Qt::NoFocus || qobject_cast<const QMdiArea *>(widget)
+            || qobject_cast<const GraphSubWindow *>(widget)
+            || qobject_cast<const ResultSubWindow *>(widget));
+}
+
+} // namespace
+
+class TestAccessibility : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void everythingThatIsReachedHasAName()
+    {
+        Tester tester;
+        tester.showBothGraphs();
+        QCOMPARE(tester.answers.unexpected(), QStringList());
+        QStringList named;
+        for (QWidget *widget : tester.window->findChildren<QWidget *>()) {
+            if (isReached(widget)) {
+                const QString name = accessibleName(widget);
+                QVERIFY2(!name.isEmpty(), widget->metaObject()->className());
+                named << QString("%1: %2").arg(widget->metaObject()->className(), name);
+            }
+        }
+        named.sort();
+        QCOMPARE(named,
+                 QStringList({"GraphSubWindow: Glymark value graph", "QMdiArea: Graphs",
+                              "QPushButton: Reset selection", "QPushButton: Show graph",
+                              "QTabBar: Glymark value graph", "QTabWidget: Graph 1",
+                              "QTableView: Patients", "QTableView: Results",
+                              "ResultSubWindow: Groups graph",
+                              "ResultSubWindow: Patient result graph"}));
+    }
+
+    void tabLeavesTheTables()
+    {
+        Tester tester;
+        QVERIFY(tester.focus(tester.scoreTable()));
+        QList<QWidget *> visited;
+        for (int i = 0; i < 4; ++i) {
+            visited << QApplication::focusWidget();
+            QTest::keyClick(visited.last(), Qt::Key_Tab);
+        }
+        QCOMPARE(visited,
+                 QList<QWidget *>({tester.scoreTable(), tester.patientTable(),
+                                   tester.button("Show graph"), tester.button("Reset selection")}));
+        QCOMPARE(QApplication::focusWidget(), tester.scoreTable());
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Backtab);
+        QCOMPARE(QApplication::focusWidget(), tester.button("Reset selection"));
+    }
+
+    void arrowKeysWalkThroughTheCells()
+    {
+        Tester tester;
+        QVERIFY(tester.focus(tester.scoreTable()));
+        tester.scoreTable()->setCurrentIndex(tester.scoreModel()->index(0, 0));
+        QTest::keyClick(tester.scoreTable(), Qt::Key_Down);
+        QTest::keyClick(tester.scoreTable(), Qt::Key_Right);
+        QCOMPARE(tester.scoreTable()->currentIndex(), tester.scoreModel()->index(1, 1));
+    }
+
+    void graphIsMadeByKeyboard()
+    {
+        Tester tester;
+        QVERIFY(tester.focus(tester.patientTable()));
+        tester.patientTable()->setCurrentIndex(tester.patientsModel()->index(0, 0));
+        QTest::keyClick(tester.patientTable(), Qt::Key_Down, Qt::ShiftModifier);
+        QCOMPARE(tester.patientTable()->selectionModel()->selectedRows().size(), 2);
+        QTest::keyClick(tester.patientTable(), Qt::Key_Tab);
+        tester.answers.expect<QInputDialog>(
+            [](QInputDialog &dialog) { QTest::keyClick(&dialog, Qt::Key_Return); });
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
+        QCOMPARE(tester.answers.unexpected(), QStringList());
+        QCOMPARE(tester.window->findChild<QMdiArea *>()->subWindowList().size(), 1);
+    }
+
+    void idealKvadrantIsChosenByKeyboard()
+    {
+        Tester tester;
+        QVERIFY(tester.focus(tester.patientTable()));
+        tester.patientTable()->setCurrentIndex(tester.patientsModel()->index(1, 0));
+        QContextMenuEvent menuKey(QContextMenuEvent::Keyboard, QPoint());
+        QCoreApplication::sendEvent(tester.window->windowHandle(), &menuKey);
+        auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+        QVERIFY(menu);
+        // Past the heading to the third kvadrant.
+        for (int i = 0; i < 4; ++i) {
+            QTest::keyClick(menu, Qt::Key_Down);
+        }
+        QTest::keyClick(menu, Qt::Key_Return);
+        QCOMPARE(tester.patientsModel()->patients.at(0).idealKvadrant,
+                 PatientRecord::noIdealKvadrant);
+        QCOMPARE(tester.patientsModel()->patients.at(1).idealKvadrant, 3);
+    }
+
+    void everyCommandHasAShortcut()
+    {
+        Tester tester;
+        for (const char *command : {"Open File", "Save file", "Export graph", "Settings",
+                                    "Groups graph", "Save data analysis", "Close file", "Exit"}) {
+            QVERIFY2(!tester.action(command)->shortcut().isEmpty(), command);
+        }
+    }
+};
+
+QTEST_MAIN(TestAccessibility)
+#include "tst_accessibility.moc"
