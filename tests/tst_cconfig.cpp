@@ -1,3 +1,5 @@
+#include <clocale>
+#include <cstdlib>
 #include <memory>
 
 #include <QDir>
@@ -5,6 +7,7 @@
 #include <QtTest>
 
 #include "cconfig.h"
+#include "support/commalocale.h"
 #include "support/numbers.h"
 #include "support/ordinaryuser.h"
 #include "support/workingfolder.h"
@@ -271,6 +274,19 @@ private Q_SLOTS:
         row("Variable", "Skip", 3, "1e300", largest);
         row("Variable", "Skip", 3, "nan", largest);
         row("Variable", "Skip", 3, "inf", largest);
+        row("Variable", "Skip", 3, "-Infinity", largest);
+        row("Variable", "Skip", 3, "-1e999", largest);
+        row("Variable", "Skip", 3, "1e-999", 0);
+        row("Variable", "Skip", 3, "\v7", 7);
+        row("Variable", "Skip", 3, "+7", 7);
+        row("Variable", "Skip", 3, "+-7", 0);
+        row("Variable", "Skip", 3, "--7", 0);
+        row("Variable", "Skip", 3, "0x1F", 31);
+        row("Variable", "Skip", 3, "-0X1p0", largest);
+        row("Variable", "Skip", 3, "0x1.8p1", 3);
+        row("Variable", "Skip", 3, "0x", 0);
+        row("Variable", "Skip", 3, "0x-7", 0);
+        row("Variable", "Skip", 3, "0xinf", 0);
     }
 
     void aTextBecomesASetting()
@@ -289,6 +305,23 @@ private Q_SLOTS:
         all[position] = expected;
         QCOMPARE(settings(config), all);
         QCOMPARE(fileContent(), start + (corrected.isNull() ? text : corrected) + '\n');
+    }
+
+    void numbersReadAlikeUnderACommaLocale()
+    {
+        const QString locales = QDir::current().absoluteFilePath("locales");
+        if (!makeCommaLocale(locales)) {
+            QSKIP("this system cannot make a Czech locale");
+        }
+        qputenv("LOCPATH", QFile::encodeName(locales));
+        QVERIFY(std::setlocale(LC_NUMERIC, commaLocale));
+        const auto back = qScopeGuard([] {
+            std::setlocale(LC_NUMERIC, "C");
+            qunsetenv("LOCPATH");
+        });
+        QCOMPARE(std::strtod("2,9", nullptr), 2.9);
+        writeConfig("[Method]\nConvergence = 1,5\nVariance = 1.5\n[Variable]\nSkip = 2.9\n");
+        QCOMPARE(settings(CConfig()), Settings({0, 1, 0, 2, 0}));
     }
 
     void aBadValueIsRepairedOnItsOwn()

@@ -1,0 +1,10 @@
+#pragma once
+
+#include <QString>
+
+/// The name of a locale in which a comma stands before the decimals.
+extern const char *const commaLocale;
+
+/// Makes that locale in \p folder, which LOCPATH must name for it to be found. False where the
+/// system has no description of it.
+bool makeCommaLocale(const QString &folder);
