@@ -1,7 +1,11 @@
 # Everything that the program is built upon, found once.
 
 find_package(Qt5 5.15 REQUIRED COMPONENTS Core Gui Widgets Svg PrintSupport)
-find_package(Eigen3 3.3 REQUIRED NO_MODULE)
+# Its version 5 calls itself compatible with no older one, so the version is compared here.
+find_package(Eigen3 REQUIRED NO_MODULE)
+if(Eigen3_VERSION VERSION_LESS 3.3)
+    message(FATAL_ERROR "Eigen 3.3 or newer is needed; this is ${Eigen3_VERSION}")
+endif()
 find_package(SimpleIni REQUIRED)
 find_package(EXPAT 2.4 REQUIRED)
 
@@ -12,5 +16,9 @@ pkg_check_modules(libzip REQUIRED IMPORTED_TARGET libzip>=1.7)
 # From version 1.5 on the package carries the Qt version in its name; the target is the same.
 find_package(QXlsx CONFIG QUIET)
 if(NOT QXlsx_FOUND)
-    find_package(QXlsxQt5 CONFIG REQUIRED)
+    find_package(QXlsxQt5 CONFIG QUIET)
+endif()
+if(NOT TARGET QXlsx::QXlsx)
+    message(FATAL_ERROR "QXlsx for Qt 5 is not here. Run script/setup, which installs or builds it, "
+        "and use a preset or -DCMAKE_PREFIX_PATH=${PROJECT_SOURCE_DIR}/build/deps")
 endif()

@@ -375,13 +375,21 @@ private Q_SLOTS:
                                          << "Glymark, version ([0-9.]+), ";
         QTest::newRow("citation file") << "CITATION.cff"
                                        << "^version: ([0-9.]+)$";
+        QTest::newRow("changes") << "CHANGELOG.md"
+                                 << R"(^## \[([0-9.]+)\])";
+        QTest::newRow("changes of the package") << "packaging/changelog.in"
+                                                << R"(^glymark \(([0-9.]+))";
+        QTest::newRow("releases in the software catalogue")
+            << "packaging/local.glymark.glymark.metainfo.xml"
+            << "<release version=\"([0-9.]+)\"";
     }
 
     void versionIsTheSameEverywhere()
     {
         QFETCH(const QString, file);
         QFETCH(const QString, pattern);
-        QCOMPARE(matches(read(file), qPrintable(pattern)), QStringList(PROJECT_VERSION));
+        // What tells of several begins with the newest.
+        QCOMPARE(matches(read(file), qPrintable(pattern)).value(0), QString(PROJECT_VERSION));
     }
 
     void dateIsTheSameEverywhere()

@@ -2,6 +2,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
+#include <QStandardPaths>
 #include <QTest>
 
 #include "support/workingfolder.h"
@@ -296,6 +297,55 @@ private Q_SLOTS:
         QCOMPARE(installation.exitCode, 1);
         QVERIFY2(installation.errors.contains("glymark: cannot make the folder"),
                  qPrintable(installation.errors));
+    }
+
+    void aProgramThatIsGoneIsReported()
+    {
+        Installation installation;
+        QVERIFY(QFile::remove(installation.path("libexec/glymark/glymark")));
+        QCOMPARE(installation.start(), QStringList());
+        QCOMPARE(installation.exitCode, 1);
+        QVERIFY2(installation.errors.contains("glymark: the program is not at"),
+                 qPrintable(installation.errors));
+    }
+
+    void failuresAreShownInAWindowOfTheDesktop_data()
+    {
+        QTest::addColumn<QString>("means");
+        QTest::addColumn<QString>("display");
+        QTest::addColumn<bool>("shown");
+        for (const char *means : {"zenity", "kdialog", "xmessage", "notify-send"}) {
+            QTest::newRow(means) << QString(means) << "DISPLAY" << true;
+        }
+        QTest::newRow("Wayland") << "zenity"
+                                 << "WAYLAND_DISPLAY" << true;
+        QTest::newRow("no display") << "zenity" << QString() << false;
+        QTest::newRow("no means") << "unknown"
+                                  << "DISPLAY" << false;
+    }
+
+    void failuresAreShownInAWindowOfTheDesktop()
+    {
+        QFETCH(const QString, means);
+        QFETCH(const QString, display);
+        QFETCH(const bool, shown);
+        Installation installation;
+        QVERIFY(QFile::remove(installation.path("libexec/glymark/glymark")));
+        const QString tools = installation.path("tools");
+        writeFile(tools + '/' + means, "#!/bin/sh\nprintf '%s\\n' \"$@\" >\"$HOME/shown\"\n", true);
+        // Nothing of this system's desktop is found.
+        for (const char *tool : {"sh", "dirname", "readlink", "mkdir"}) {
+            QVERIFY(QFile::link(QStandardPaths::findExecutable(tool), tools + '/' + tool));
+        }
+        installation.environment.insert("PATH", tools);
+        if (!display.isNull()) {
+            installation.environment.insert(display, ":7");
+        }
+        installation.start();
+        QCOMPARE(installation.exitCode, 1);
+        QCOMPARE(contentOf(installation.path("my home/shown"))
+                     .contains("Glymark cannot start: the program is not at"),
+                 shown);
     }
 };
 
