@@ -5,7 +5,6 @@
 
 #include <QApplication>
 #include <QInputDialog>
-#include <QLineEdit>
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QPushButton>
@@ -50,28 +49,9 @@ public:
         return ids;
     }
 
-    /// The next dialog is a \p Dialog: \p meanwhile runs under it, then \p answer closes it.
-    template<typename Dialog>
-    void expectInterrupted(std::function<void()> meanwhile, std::function<void(Dialog &)> answer)
-    {
-        answers.expect<Dialog>([meanwhile, answer](Dialog &dialog) {
-            // From the event loop, so that the dialogs of the other command get their answers.
-            QTimer::singleShot(0, &dialog, [meanwhile, answer, &dialog] {
-                meanwhile();
-                answer(dialog);
-            });
-        });
-    }
-    void expectInterruptedFile(std::function<void()> meanwhile, const QString &fileName)
-    {
-        expectInterrupted<QFileDialog>(std::move(meanwhile), [fileName](QFileDialog &dialog) {
-            dialog.findChild<QLineEdit *>("fileNameEdit")->setText(fileName);
-            QMetaObject::invokeMethod(&dialog, "accept");
-        });
-    }
     void expectInterruptedMessage(std::function<void()> meanwhile)
     {
-        expectInterrupted<QMessageBox>(
+        answers.expectInterrupted<QMessageBox>(
             std::move(meanwhile), [](QMessageBox &box) { box.button(QMessageBox::Ok)->click(); });
     }
 
@@ -151,7 +131,7 @@ private Q_SLOTS:
         const Meanwhile &meanwhile = meanwhiles.at(size_t(index));
         Tester tester;
         const QString saved = tester.path("saved.xlsx");
-        tester.expectInterruptedFile([&] { (tester.*meanwhile.run)(); }, saved);
+        tester.answers.expectInterruptedFile([&] { (tester.*meanwhile.run)(); }, saved);
         tester.trigger(action);
         QCOMPARE(tester.answers.unexpected(), QStringList());
         QCOMPARE(QFile::exists(saved), !meanwhile.losesFile);
@@ -173,7 +153,8 @@ private Q_SLOTS:
             (tester.*meanwhile.run)();
             before = tester.graphs();
         };
-        tester.expectInterrupted<QInputDialog>(run, [](QInputDialog &dialog) { dialog.accept(); });
+        tester.answers.expectInterrupted<QInputDialog>(
+            run, [](QInputDialog &dialog) { dialog.accept(); });
         tester.button("Show graph")->click();
         QCOMPARE(tester.answers.unexpected(), QStringList());
         QCOMPARE(tester.graphs(), meanwhile.losesFile ? before : before + 1);
@@ -183,11 +164,11 @@ private Q_SLOTS:
     {
         Tester tester;
         tester.patientTable()->selectRow(1);
-        tester.expectInterrupted<QInputDialog>([&] { tester.showGroups(); },
-                                               [](QInputDialog &dialog) {
-                                                   dialog.setTextValue(QString());
-                                                   dialog.accept();
-                                               });
+        tester.answers.expectInterrupted<QInputDialog>([&] { tester.showGroups(); },
+                                                       [](QInputDialog &dialog) {
+                                                           dialog.setTextValue(QString());
+                                                           dialog.accept();
+                                                       });
         tester.button("Show graph")->click();
         QCOMPARE(tester.area()->subWindowList().last()->windowTitle(), "Graph 3");
     }
@@ -199,8 +180,8 @@ private Q_SLOTS:
             tester.answers.expect<QInputDialog>([](QInputDialog &dialog) { dialog.accept(); });
             tester.button("Show graph")->click();
         };
-        tester.expectInterrupted<QInputDialog>(again,
-                                               [](QInputDialog &dialog) { dialog.accept(); });
+        tester.answers.expectInterrupted<QInputDialog>(
+            again, [](QInputDialog &dialog) { dialog.accept(); });
         tester.button("Show graph")->click();
         QCOMPARE(tester.answers.unexpected(), QStringList());
         QCOMPARE(tester.graphs(), 3);
@@ -219,7 +200,7 @@ private Q_SLOTS:
                 tester.answers.expectMessage();
             }
         };
-        tester.expectInterruptedFile(run, page);
+        tester.answers.expectInterruptedFile(run, page);
         tester.trigger("Export graph");
         QCOMPARE(tester.answers.unexpected(), QStringList());
         QCOMPARE(QFile::exists(page), !meanwhile.losesGraphs);
@@ -236,7 +217,7 @@ private Q_SLOTS:
             tester.closeGraphs();
             QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         };
-        tester.expectInterruptedFile(run, page);
+        tester.answers.expectInterruptedFile(run, page);
         tester.trigger("Export graph");
         QCOMPARE(tester.answers.unexpected(), QStringList());
         QVERIFY(!QFile::exists(page));
@@ -258,8 +239,8 @@ private Q_SLOTS:
     {
         QFETCH(const int, index);
         Tester tester;
-        tester.expectInterruptedFile([&] { (tester.*meanwhiles.at(size_t(index)).run)(); },
-                                     tester.path("two.xlsx"));
+        tester.answers.expectInterruptedFile([&] { (tester.*meanwhiles.at(size_t(index)).run)(); },
+                                             tester.path("two.xlsx"));
         tester.trigger("Open File");
         QCOMPARE(tester.answers.unexpected(), QStringList());
         QCOMPARE(tester.patients(), QStringList({"a", "b"}));
@@ -286,7 +267,7 @@ private Q_SLOTS:
             (tester.*meanwhile.run)();
             after = tester.patients();
         };
-        tester.expectInterrupted<SettingsDialog>(run, [](SettingsDialog &dialog) {
+        tester.answers.expectInterrupted<SettingsDialog>(run, [](SettingsDialog &dialog) {
             dialog.findChild<QSpinBox *>("offsetSpin")->setValue(2);
             dialog.findChild<QPushButton *>("okButton")->click();
         });

@@ -152,7 +152,7 @@ public:
             const char *name;
             void (Monkey::*act)();
         };
-        static const std::array<Action, 18> actions = {{
+        static const std::array<Action, 20> actions = {{
             {"open", &Monkey::openGood},
             {"open", &Monkey::openGood},
             {"open a bad file", &Monkey::openBad},
@@ -171,6 +171,8 @@ public:
             {"save", &Monkey::save},
             {"export", &Monkey::exportGraph},
             {"close file", &Monkey::closeFile},
+            {"interrupt a command", &Monkey::interrupt},
+            {"interrupt a command", &Monkey::interrupt},
         }};
         const Action &action = actions.at(size_t(below(int(actions.size()))));
         (this->*action.act)();
@@ -413,6 +415,79 @@ private:
             tester.trigger("Close file");
             expected.clear();
         }
+    }
+
+    /// Runs a command, and another one under its dialog.
+    void interrupt()
+    {
+        static const std::array<void (Monkey::*)(), 5> commands = {
+            &Monkey::interruptOpen, &Monkey::interruptShowGraph, &Monkey::interruptSettings,
+            &Monkey::interruptSave, &Monkey::interruptExport};
+        (this->*commands.at(size_t(below(5))))();
+    }
+
+    std::function<void()> anotherCommand()
+    {
+        static const std::array<void (Monkey::*)(), 5> commands = {
+            &Monkey::openGood, &Monkey::closeFile, &Monkey::groupGraph, &Monkey::handleSubWindow,
+            &Monkey::changeSettings};
+        const auto command = commands.at(size_t(below(5)));
+        return [this, command] { (this->*command)(); };
+    }
+
+    void interruptOpen()
+    {
+        const int which = below(good.size());
+        tester.answers.expectInterruptedFile(anotherCommand(),
+                                             tester.path(QString("good%1.xlsx").arg(which)));
+        tester.trigger("Open File");
+        expected = good.at(which);
+    }
+
+    void interruptShowGraph()
+    {
+        if (expected.isEmpty()
+            || tester.patientTable()->selectionModel()->selectedRows().isEmpty()) {
+            return;
+        }
+        tester.answers.expectInterrupted<QInputDialog>(
+            anotherCommand(), [](QInputDialog &dialog) { dialog.accept(); });
+        QTest::mouseClick(tester.button("Show graph"), Qt::LeftButton);
+    }
+
+    void interruptSettings()
+    {
+        tester.answers.expectInterrupted<SettingsDialog>(
+            anotherCommand(), [](SettingsDialog &dialog) { dialog.reject(); });
+        tester.trigger("Settings");
+    }
+
+    void interruptSave()
+    {
+        if (expected.isEmpty()) {
+            return;
+        }
+        tester.answers.expectInterruptedFile(anotherCommand(), tester.path("interrupted.xlsx"));
+        tester.trigger(maybe(2) ? "Save file" : "Save data analysis");
+        QFile::remove(tester.path("interrupted.xlsx"));
+    }
+
+    void interruptExport()
+    {
+        auto *area = tester.window->findChild<QMdiArea *>();
+        const QPointer<QMdiSubWindow> current = area->currentSubWindow();
+        if (!current || !qobject_cast<QTabWidget *>(current->widget())) {
+            return;
+        }
+        const auto meanwhile = [this, area, current, command = anotherCommand()] {
+            command();
+            if (area->subWindowList().contains(current)) {
+                tester.answers.expectMessage();
+            }
+        };
+        tester.answers.expectInterruptedFile(meanwhile, tester.path("interrupted.svg"));
+        tester.trigger("Export graph");
+        QFile::remove(tester.path("interrupted.svg"));
     }
 
     QString listsComplaint() const

@@ -34,6 +34,14 @@ void ModalAnswers::expectFile(const QString &path)
     });
 }
 
+void ModalAnswers::expectInterruptedFile(std::function<void()> meanwhile, const QString &path)
+{
+    expectInterrupted<QFileDialog>(std::move(meanwhile), [path](QFileDialog &dialog) {
+        dialog.findChild<QLineEdit *>("fileNameEdit")->setText(path);
+        QMetaObject::invokeMethod(&dialog, "accept");
+    });
+}
+
 void ModalAnswers::expectAndCancel()
 {
     expect<QDialog>([](QDialog &dialog) { dialog.reject(); });

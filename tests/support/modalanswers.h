@@ -36,6 +36,23 @@ public:
         });
     }
 
+    /// The next dialog is a \p Dialog: \p meanwhile runs under it, and may bring dialogs of its
+    /// own, for which it queues the answers. Then \p answer closes it.
+    template<typename Dialog>
+    void expectInterrupted(std::function<void()> meanwhile, std::function<void(Dialog &)> answer)
+    {
+        expect<Dialog>(
+            [meanwhile = std::move(meanwhile), answer = std::move(answer)](Dialog &dialog) {
+                // From the event loop: no other dialog is answered as long as this one is.
+                QTimer::singleShot(0, &dialog, [meanwhile, answer, &dialog] {
+                    meanwhile();
+                    answer(dialog);
+                });
+            });
+    }
+    /// The same for a dialog that asks for a file, and gets \p path typed in.
+    void expectInterruptedFile(std::function<void()> meanwhile, const QString &path);
+
     /// The next dialog is a message box; its title and text are noted in messages().
     void expectMessage();
     /// The next dialog asks for a file, and gets \p path typed in.
