@@ -1,11 +1,14 @@
 #include <QApplication>
 #include <QTranslator>
 
+#include "appearance.h"
 #include "mainwindow.h"
 
 int main(int argc, char *argv[])
 {
+    Appearance::prepare();
     QApplication application(argc, argv);
+    Appearance::settle();
 
     QTranslator translator;
     // Null strings ask for the defaults. An empty string that is not null would be taken literally.
