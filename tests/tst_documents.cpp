@@ -392,11 +392,27 @@ private Q_SLOTS:
         QCOMPARE(matches(read(file), qPrintable(pattern)).value(0), QString(PROJECT_VERSION));
     }
 
+    void dateIsTheSameEverywhere_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QString>("pattern");
+        QTest::newRow("guide") << "docs/guide.md"
+                               << R"(Glymark, version [0-9.]+, ([0-9-]+)\.)";
+        QTest::newRow("changes") << "CHANGELOG.md"
+                                 << R"(^## \[[0-9.]+\] - ([0-9-]+)$)";
+        QTest::newRow("software catalogue") << "packaging/local.glymark.glymark.metainfo.xml"
+                                            << R"(<release version="[0-9.]+" date="([0-9-]+)")";
+        QTest::newRow("manual page") << "packaging/glymark.1.in"
+                                     << R"(^\.TH GLYMARK 1 ([0-9-]+) )";
+    }
+
     void dateIsTheSameEverywhere()
     {
+        QFETCH(const QString, file);
+        QFETCH(const QString, pattern);
         const QStringList date = matches(read("CITATION.cff"), "^date-released: ([0-9-]+)$");
         QCOMPARE(date.size(), 1);
-        QCOMPARE(matches(read("docs/guide.md"), "Glymark, version [0-9.]+, ([0-9-]+)\\."), date);
+        QCOMPARE(matches(read(file), qPrintable(pattern)).value(0), date.first());
     }
 };
 
