@@ -401,7 +401,7 @@ private Q_SLOTS:
         QTest::newRow("changes") << "CHANGELOG.md"
                                  << R"(^## \[[0-9.]+\] - ([0-9-]+)$)";
         QTest::newRow("software catalogue") << "packaging/local.glymark.glymark.metainfo.xml"
-                                            << R"(<release version="[0-9.]+" date="([0-9-]+)")";
+                                            << R"x(<release version="[0-9.]+" date="([0-9-]+)")x";
         QTest::newRow("manual page") << "packaging/glymark.1.in"
                                      << R"(^\.TH GLYMARK 1 ([0-9-]+) )";
     }
