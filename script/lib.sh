@@ -10,6 +10,8 @@ caller=$PWD
 unset CDPATH DESTDIR
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.." || exit
 # A package made under a stricter one could be used by nobody else.
+# shellcheck disable=SC2034
+caller_umask=$(umask)
 umask 022
 # Folders may have any letter in their names, which the toolkit's tools read as the locale says.
 if [ "$(locale charmap 2>/dev/null)" != UTF-8 ]; then
