@@ -18,6 +18,7 @@
 #include "dataworkbook.h"
 #include "support/testgroups.h"
 #include "support/workingfolder.h"
+#include "support/writelimit.h"
 
 namespace
 {
@@ -78,6 +79,37 @@ QByteArray longContent()
     return content;
 }
 
+bool writeLongContent(QIODevice &device)
+{
+    const QByteArray content = longContent();
+    return writeAll(device, content.constData(), content.size());
+}
+
+// Refuses one piece, once it has taken enough.
+class FailingOnce : public QFile
+{
+public:
+    using QFile::QFile;
+
+    qint64 room = 0;
+
+protected:
+    qint64 writeData(const char *data, qint64 length) override
+    {
+        constexpr qint64 atATime = 1000;
+        if (!m_failed && room < atATime) {
+            m_failed = true;
+            return -1;
+        }
+        const qint64 taken = QFile::writeData(data, qMin(length, atATime));
+        room -= taken;
+        return taken;
+    }
+
+private:
+    bool m_failed = false;
+};
+
 /// One of the ways to save, so that each failing target is tried with all of them.
 using Writer = std::function<void(const QString &)>;
 
@@ -119,6 +151,32 @@ int inChild(const std::function<int()> &run)
 
 enum ChildResult { Done = 0, NoUser = 90, NoNamespace = 91 };
 
+// Where the tests run as root, becomes somebody whom the permissions of files hold for.
+bool becomeOrdinaryUser()
+{
+    constexpr uid_t nobody = 65534;
+    return geteuid() != 0
+        || (setgroups(0, nullptr) == 0 && setgid(nobody) == 0 && setuid(nobody) == 0);
+}
+
+// Runs as an ordinary user in a process of its own.
+int asOrdinaryUser(const std::function<int()> &run)
+{
+    return inChild([&run] { return becomeOrdinaryUser() ? run() : int(NoUser); });
+}
+
+// A file in a folder that takes no other one.
+void makeLockedFile(const QByteArray &content, mode_t mode)
+{
+    if (!QDir().mkdir("locked")) {
+        qFatal("cannot make the folder");
+    }
+    writeFile("locked/file", content);
+    if (chmod("locked/file", mode) != 0 || chmod("locked", 0555) != 0) {
+        qFatal("cannot lock the folder");
+    }
+}
+
 } // namespace
 
 Q_DECLARE_METATYPE(Writer)
@@ -131,6 +189,8 @@ private Q_SLOTS:
     void init()
     {
         m_folder = std::make_unique<WorkingFolder>();
+        // An ordinary user has to get here.
+        QCOMPARE(chmod(qPrintable(m_folder->path()), 0755), 0);
         useSkip("3");
         QVERIFY(QDir().mkdir("saves"));
         QVERIFY(QDir::setCurrent("saves"));
@@ -192,7 +252,7 @@ private Q_SLOTS:
         writeFile(name, earlier);
         ReluctantFile file(name);
         file.atATime = 1000;
-        QVERIFY(commitContent(file, longContent()));
+        QVERIFY(commitContent(file, writeLongContent));
         QCOMPARE(contentOf(name), longContent());
     }
 
@@ -225,7 +285,7 @@ private Q_SLOTS:
             file.room = room;
             file.atATime = atATime;
             file.failure = static_cast<ReluctantFile::Failure>(failure);
-            QVERIFY(!commitContent(file, longContent()));
+            QVERIFY(!commitContent(file, writeLongContent));
         }
         QCOMPARE(contentOf(name), earlier);
         QCOMPARE(namesIn("."), QStringList(name));
@@ -299,23 +359,53 @@ private Q_SLOTS:
         QCOMPARE(namesIn("."), QStringList());
     }
 
-    void readOnlyFolderKeepsItsFile_data() { writers(); }
-    void readOnlyFolderKeepsItsFile()
+    void fileInAReadOnlyFolderIsOverwritten_data()
+    {
+        QTest::addColumn<Writer>("write");
+        QTest::addColumn<QByteArray>("before");
+        const Writer content = [](const QString &name) {
+            if (!saveAtomically(name, longContent())) {
+                qFatal("%s was not written", qPrintable(name));
+            }
+        };
+        const QByteArray longer = longContent() + longContent();
+        QTest::newRow("shorter file") << content << earlier;
+        QTest::newRow("longer file") << content << longer;
+        QTest::newRow("empty file") << content << QByteArray();
+        QTest::newRow("data workbook") << Writer(writeData) << earlier;
+        QTest::newRow("analysis workbook") << Writer(writeAnalysis) << longer;
+    }
+
+    void fileInAReadOnlyFolderIsOverwritten()
     {
         QFETCH(Writer, write);
-        // An ordinary user has to get here.
-        QVERIFY(chmod(qPrintable(m_folder->path()), 0755) == 0);
-        QVERIFY(QDir().mkdir("locked"));
-        writeFile("locked/file", earlier);
-        QVERIFY(chmod("locked/file", 0666) == 0);
-        QVERIFY(chmod("locked", 0555) == 0);
-        const int result = inChild([&write] {
-            constexpr uid_t nobody = 65534;
-            const bool root = geteuid() == 0;
-            if (root
-                && (setgroups(0, nullptr) != 0 || setgid(nobody) != 0 || setuid(nobody) != 0)) {
-                return int(NoUser);
+        QFETCH(QByteArray, before);
+        makeLockedFile(before, 0666);
+        QVERIFY(QFile::link("locked/file", "link"));
+        write("free");
+        for (const char *name : {"locked/file", "link"}) {
+            const int result = asOrdinaryUser([&write, name] {
+                write(name);
+                return int(Done);
+            });
+            if (result == NoUser) {
+                QSKIP("this machine does not let root become an ordinary user");
             }
+            QCOMPARE(result, int(Done));
+            QCOMPARE(contentOf("locked/file"), contentOf("free"));
+            QCOMPARE(namesIn("locked"), QStringList("file"));
+            writeFile("locked/file", before);
+        }
+        QVERIFY(QFileInfo("link").isSymLink());
+        QCOMPARE(chmod("locked", 0755), 0);
+    }
+
+    void readOnlyFolderTakesNothingElse_data() { writers(); }
+    void readOnlyFolderTakesNothingElse()
+    {
+        QFETCH(Writer, write);
+        makeLockedFile(earlier, 0444);
+        const int result = asOrdinaryUser([&write] {
             write("locked/file");
             write("locked/other");
             return int(Done);
@@ -326,7 +416,76 @@ private Q_SLOTS:
         QCOMPARE(result, int(Done));
         QCOMPARE(contentOf("locked/file"), earlier);
         QCOMPARE(namesIn("locked"), QStringList("file"));
-        QVERIFY(chmod("locked", 0755) == 0);
+        QCOMPARE(chmod("locked", 0755), 0);
+    }
+
+    // There, a file can be made, but it cannot take the place of one that belongs to others.
+    void fileOfOthersInASharedFolderIsOverwritten()
+    {
+        if (geteuid() != 0) {
+            QSKIP("only root can make a file of another user");
+        }
+        QVERIFY(QDir().mkdir("shared"));
+        writeFile("shared/file", earlier);
+        QCOMPARE(chmod("shared/file", 0666), 0);
+        QCOMPARE(chmod("shared", 01777), 0);
+        const int result = asOrdinaryUser(
+            [] { return saveAtomically("shared/file", longContent()) ? int(Done) : 1; });
+        QCOMPARE(result, int(Done));
+        QCOMPARE(contentOf("shared/file"), longContent());
+        QCOMPARE(namesIn("shared"), QStringList("file"));
+    }
+
+    void failureInPlacePutsTheOldContentBack_data()
+    {
+        QTest::addColumn<QByteArray>("before");
+        QTest::addColumn<int>("room");
+        const QByteArray longer = longContent() + longContent();
+        for (const int room : {0, 1000, 100000, 200000}) {
+            QTest::addRow("shorter file, %d bytes", room) << longContent().mid(150000) << room;
+            QTest::addRow("longer file, %d bytes", room) << longer << room;
+        }
+    }
+
+    void failureInPlacePutsTheOldContentBack()
+    {
+        QFETCH(QByteArray, before);
+        QFETCH(int, room);
+        writeFile("file", before);
+        FailingOnce file("file");
+        file.room = room;
+        QVERIFY(file.open(QIODevice::ReadWrite | QIODevice::Unbuffered));
+        QVERIFY(!replaceContent(file, longContent()));
+        QCOMPARE(contentOf("file"), before);
+    }
+
+    void writeLimitKeepsTheEarlierFile_data()
+    {
+        QTest::addColumn<QByteArray>("before");
+        QTest::newRow("shorter file") << earlier;
+        QTest::newRow("longer file") << longContent() + longContent();
+    }
+
+    void writeLimitKeepsTheEarlierFile()
+    {
+        QFETCH(QByteArray, before);
+        writeFile("file", before);
+        makeLockedFile(before, 0666);
+        QVERIFY(chmod(".", 0777) == 0 && chmod("file", 0666) == 0);
+        const int result = asOrdinaryUser([] {
+            const WriteLimit limit(100000);
+            const bool saved = saveAtomically("locked/file", longContent())
+                || saveAtomically("file", longContent()) || saveAtomically("new", longContent());
+            return saved ? 1 : int(Done);
+        });
+        if (result == NoUser) {
+            QSKIP("this machine does not let root become an ordinary user");
+        }
+        QCOMPARE(result, int(Done));
+        QCOMPARE(contentOf("locked/file"), before);
+        QCOMPARE(contentOf("file"), before);
+        QCOMPARE(chmod("locked", 0755), 0);
+        QCOMPARE(namesIn("."), QStringList({"file", "locked"}));
     }
 
     void fullDiskKeepsTheEarlierFile_data() { writers(); }
@@ -342,6 +501,7 @@ private Q_SLOTS:
                 return int(NoNamespace);
             }
             writeFile("disk/file", earlier);
+            writeFile("disk/locked file", earlier);
             QFile filler("disk/filler");
             if (!filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
                 return 1;
@@ -352,7 +512,14 @@ private Q_SLOTS:
             const QStringList before = namesIn("disk");
             write("disk/file");
             write("disk/other");
-            const bool untouched = contentOf("disk/file") == earlier && namesIn("disk") == before;
+            // In a folder that takes no file, what is there has to grow.
+            if (chmod("disk/locked file", 0666) != 0 || chmod("disk", 0555) != 0
+                || !becomeOrdinaryUser()) {
+                return int(NoNamespace);
+            }
+            write("disk/locked file");
+            const bool untouched = contentOf("disk/file") == earlier
+                && contentOf("disk/locked file") == earlier && namesIn("disk") == before;
             return untouched ? int(Done) : 2;
         });
         if (result == NoNamespace) {

@@ -1,6 +1,3 @@
-#include <csignal>
-
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -16,31 +13,10 @@
 #include "support/ordinaryuser.h"
 #include "support/testworkbooks.h"
 #include "support/workingfolder.h"
+#include "support/writelimit.h"
 
 namespace
 {
-
-/// No file can grow as long as it lives, as on a full disk.
-class FullDisk
-{
-public:
-    FullDisk() : previousHandler(std::signal(SIGXFSZ, SIG_IGN))
-    {
-        getrlimit(RLIMIT_FSIZE, &previous);
-        const rlimit none = {0, previous.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &none);
-    }
-    ~FullDisk()
-    {
-        setrlimit(RLIMIT_FSIZE, &previous);
-        std::signal(SIGXFSZ, previousHandler);
-    }
-    Q_DISABLE_COPY_MOVE(FullDisk)
-
-private:
-    void (*previousHandler)(int);
-    rlimit previous = {};
-};
 
 void expectOffset(MainWindowTester &tester, int offset)
 {
@@ -125,7 +101,7 @@ private Q_SLOTS:
     void settingsFileOnAFullDisk()
     {
         MainWindowTester tester{QByteArray()};
-        const FullDisk disk;
+        const WriteLimit fullDisk(0);
         startsWithDefaults(tester);
         QCOMPARE(QFileInfo(tester.path("config.ini")).size(), qint64(0));
     }
@@ -231,7 +207,7 @@ private Q_SLOTS:
         const QByteArray old = tester.readFile("first.xlsx");
         const QStringList files = QDir(tester.folder.path()).entryList(QDir::Files | QDir::Hidden);
         for (const char *command : {"Save file", "Save data analysis"}) {
-            const FullDisk disk;
+            const WriteLimit fullDisk(0);
             tester.answers.expectFile(tester.path("first.xlsx"));
             // The dialog asks whether to replace the file.
             tester.answers.expect<QMessageBox>(
