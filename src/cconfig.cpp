@@ -10,6 +10,7 @@
 
 #include <QFileInfo>
 
+#include "atomicsave.h"
 #include "wholenumber.h"
 
 struct CConfig::Setting {
@@ -28,13 +29,13 @@ constexpr quint64 unlimited = std::numeric_limits<quint64>::max();
 using File = std::unique_ptr<std::FILE, int (*)(std::FILE *)>;
 
 // A directory opens for reading and a pipe waits for its other end: only a plain file will do.
-File openFile(const char *mode)
+File openForReading()
 {
     const QFileInfo info(QString::fromLatin1(fileName));
     if (info.exists() && !info.isFile()) {
         return {nullptr, &std::fclose};
     }
-    return {std::fopen(fileName, mode), &std::fclose};
+    return {std::fopen(fileName, "rb"), &std::fclose};
 }
 
 // The number that a text holds, by the rules of the library's GetDoubleValue: up to 63 characters,
@@ -105,7 +106,7 @@ CConfig::CConfig() : settings(false, false, false), loadStatus(load()) { }
 
 int CConfig::load()
 {
-    const File file = openFile("rb");
+    const File file = openForReading();
     if (!file || settings.LoadFile(file.get()) < 0) {
         return LoadFailed;
     }
@@ -186,11 +187,9 @@ int CConfig::createDefaultConfig()
 
 int CConfig::writeFile()
 {
-    const File file = openFile("wb");
-    if (!file) {
-        return WriteFailed;
-    }
-    CSimpleIniA::FileWriter writer(file.get());
+    std::string content;
+    CSimpleIniA::StringWriter writer(content);
     settings.Save(writer, false);
-    return Ok;
+    const QByteArray bytes(content.data(), int(content.size()));
+    return saveAtomically(QString::fromLatin1(fileName), bytes) ? Ok : WriteFailed;
 }

@@ -45,7 +45,7 @@ public:
     /// Stores the five defaults and writes the file. Returns Ok or WriteFailed.
     int createDefaultConfig();
 
-    /// Writes the store to the file. Returns Ok, or WriteFailed when it cannot be opened.
+    /// Writes the store to the file, whole or not at all. Returns Ok or WriteFailed.
     int writeFile();
 
 private:

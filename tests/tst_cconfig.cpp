@@ -11,6 +11,7 @@
 #include "support/numbers.h"
 #include "support/ordinaryuser.h"
 #include "support/workingfolder.h"
+#include "support/writelimit.h"
 
 namespace
 {
@@ -435,6 +436,63 @@ private Q_SLOTS:
         CConfig config;
         config.saveConfig(1, 2, 0, 7, 1);
         QCOMPARE(settings(config), Settings({1, 2, 0, 7, 1}));
+    }
+
+    void aFileThatFindsNoRoomStaysWhole_data()
+    {
+        QTest::addColumn<int>("room");
+        QTest::newRow("full disk") << 0;
+        QTest::newRow("room for the first block") << 4096;
+    }
+
+    void aFileThatFindsNoRoomStaysWhole()
+    {
+        QFETCH(int, room);
+        const QByteArray content =
+            "; " + QByteArray(5000, 'x') + "\n[Result]\nMedian = 1\n\n\n[Variable]\nSkip = 3\n";
+        writeConfig(content);
+        CConfig config;
+        {
+            const WriteLimit limit{rlim_t(room)};
+            config.saveConfig(1, 2, 0, 7, 1);
+            QCOMPARE(config.writeFile(), -3);
+        }
+        QCOMPARE(settings(config), Settings({1, 2, 0, 7, 1}));
+        QCOMPARE(fileContent(), content);
+        QCOMPARE(QDir().entryList(QDir::Files | QDir::Hidden), QStringList(configFile()));
+        QCOMPARE(config.writeFile(), 0);
+        const CConfig next;
+        QCOMPARE(settings(next), Settings({1, 2, 0, 7, 1}));
+    }
+
+    void aLinkStaysALink()
+    {
+        QVERIFY(QDir().mkdir("elsewhere"));
+        QVERIFY(QFile::link("elsewhere/settings.ini", configFile()));
+        CConfig config;
+        QCOMPARE(config.createDefaultConfig(), 0);
+        QVERIFY(QFileInfo(configFile()).isSymLink());
+        QFile target("elsewhere/settings.ini");
+        QVERIFY(target.open(QIODevice::ReadOnly));
+        QCOMPARE(target.readAll(), defaults);
+    }
+
+    void aFileInAReadOnlyFolderIsWritten()
+    {
+        writeConfig("[Method]\nConvergence = 2\n; " + QByteArray(1000, 'x') + '\n');
+        constexpr auto all = QFile::WriteOwner | QFile::WriteGroup | QFile::WriteOther;
+        QVERIFY(QFile::setPermissions(configFile(), readOnlyFile | all));
+        QVERIFY(QFile::setPermissions(m_folder->path(), readOnlyFolder));
+        CConfig config;
+        config.saveConfig(0, 0, 1, 3, 1);
+        const OrdinaryUser user;
+        if (user.failed) {
+            QSKIP("cannot become an ordinary user here");
+        }
+        config.saveConfig(1, 1, 1, 4, 1);
+        const CConfig next;
+        QCOMPARE(settings(next), Settings({1, 1, 1, 4, 1}));
+        QCOMPARE(QDir().entryList(QDir::Files | QDir::Hidden), QStringList(configFile()));
     }
 
     void laterChangesOfTheFileAreNotNoticedAndOverwritten()
