@@ -43,7 +43,7 @@ QVector<QPair<QString, Values>> twelvePatients()
         {"  P 003 ", {55, 56.5}},
         {"Žofie Nováková 😀", {51.5, 52}},
         {"A<B&C>\"D\"", {50, 60.5}},
-        {"Two lines", {44, 45}},
+        {"Two\nlines", {44, 45}},
         {"Bold and not", {1, 47}},
         {"P008", {-3.5, 4}},
         {"P009", {50, 51}},
@@ -261,10 +261,19 @@ private Q_SLOTS:
             const char *xml;
             const char *expected;
         };
-        constexpr std::array<Row, 15> rows = {{
-            {"end of line", "a\nb", "a b"},
-            {"tab", "a\tb", "a b"},
-            {"escaped end of line", "a_x000D_b", "a b"},
+        constexpr std::array<Row, 21> rows = {{
+            {"line feed", "a\nb", "a\nb"},
+            {"tab", "a\tb", "a\tb"},
+            {"carriage return", "a\rb", "a\nb"},
+            {"carriage return and line feed", "a&#13;\nb", "a\nb"},
+            {"escaped carriage return", "a_x000D_b", "a\nb"},
+            {"escaped carriage return before a line feed", "a_x000D_\nb", "a\nb"},
+            {"escaped tab", "a_x0009_b", "a\tb"},
+            {"escaped page end", "a_x000C_b", "a b"},
+            {"next line",
+             "a\xC2\x85"
+             "b",
+             "a b"},
             {"escape of small letters", "_x004a_", "J"},
             {"escaped escape", "_x005F_x000D_", "_x000D_"},
             {"no escape", "_x00G0_ _x00_", "_x00G0_ _x00_"},

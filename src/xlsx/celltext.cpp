@@ -62,6 +62,29 @@ void decodeEscapes(QString *text)
     *text = decoded;
 }
 
+// A text that looks like an escape is written as one of its first character.
+void escapeEscapes(QString *text)
+{
+    static const QString escapedUnderscore = QStringLiteral("_x005F_");
+    int from = text->indexOf(QLatin1String("_x"));
+    while (from >= 0) {
+        const bool escape = escapedUnit(*text, from) >= 0;
+        if (escape) {
+            text->replace(from, 1, escapedUnderscore);
+        }
+        from = text->indexOf(QLatin1String("_x"), from + (escape ? escapeLength : 1));
+    }
+}
+
+void unifyLineEnds(QString *text)
+{
+    if (!text->contains(QLatin1Char('\r'))) {
+        return;
+    }
+    text->replace(QLatin1String("\r\n"), QLatin1String("\n"));
+    text->replace(QLatin1Char('\r'), QLatin1Char('\n'));
+}
+
 // Whether the code unit may be a control character, half of a pair or no character at all. Nearly
 // all texts have no such unit and need no second look.
 bool isSuspect(ushort unit)
@@ -73,7 +96,10 @@ QChar printable(QChar character)
 {
     constexpr ushort nextLine = 0x85;
     const ushort unit = character.unicode();
-    if ((unit >= '\t' && unit <= '\r') || unit == nextLine) {
+    if (unit == '\t' || unit == '\n') {
+        return character;
+    }
+    if (unit == '\v' || unit == '\f' || unit == nextLine) {
         return QLatin1Char(' ');
     }
     const bool control = unit < 0x20 || (unit >= 0x7f && unit < 0xa0);
@@ -175,9 +201,19 @@ QString decode(const QByteArray &utf8)
 {
     QString text = QString::fromUtf8(utf8);
     decodeEscapes(&text);
+    unifyLineEnds(&text);
     replaceControls(&text);
     cut(&text);
     return text;
+}
+
+QByteArray encode(const QString &text)
+{
+    QString content = text;
+    unifyLineEnds(&content);
+    content = xmlText(content.left(workbookLimits.textLength));
+    escapeEscapes(&content);
+    return content.toHtmlEscaped().toUtf8();
 }
 
 bool toNumber(const QByteArray &text, double *value)

@@ -7,11 +7,17 @@
 namespace CellText
 {
 
-/// The text of \p utf8, with escapes such as _x000D_ decoded, and free of control characters: a
-/// blank stands for tabs and ends of lines, U+FFFD for other control characters, for halves of
-/// surrogate pairs and for code points that are no characters. A text longer than the format allows
-/// is cut and ends with an ellipsis, so that what is left of it never reads as a number.
+/// The text of \p utf8, with escapes such as _x000D_ decoded. Tabs and line feeds stay, and CR and
+/// CR LF become line feeds; a blank stands for what else moves to another line, U+FFFD for other
+/// control characters, for halves of surrogate pairs and for code points that are no characters. A
+/// text longer than the format allows is cut and ends with an ellipsis, so that what is left of it
+/// never reads as a number.
 QString decode(const QByteArray &utf8);
+
+/// \p text as the content of an XML element, in UTF-8. CR and CR LF become line feeds, characters
+/// that a workbook cannot hold U+FFFD, and it ends after as many UTF-16 units as the format allows.
+/// What looks like an escape is escaped, so that decode() gives it back as it is.
+QByteArray encode(const QString &text);
 
 /// Sets \p value to the finite number that \p text is, blanks around it allowed, and returns true;
 /// false if it is none. The notation is that of XML Schema, without its names for infinity and NaN.
