@@ -1,6 +1,11 @@
 #include "analysisworkbook.h"
 
+#include <algorithm>
 #include <array>
+#include <functional>
+#include <iterator>
+
+#include <QMap>
 
 #include "cconfig.h"
 #include "convergence.h"
@@ -12,10 +17,27 @@
 namespace
 {
 
-using Patients = QVector<PatientRecord>;
 using Scores = QVector<PatientScoreRecord>;
+
 /// One row a patient, and in it one whole number a method or a pair of methods.
-using Marks = QVector<QVector<int>>;
+class Marks
+{
+public:
+    explicit Marks(int columns) : m_columns(columns) { }
+
+    template<size_t count>
+    void append(const std::array<int, count> &row)
+    {
+        std::copy(row.begin(), row.end(), std::back_inserter(m_numbers));
+    }
+
+    int columns() const { return m_columns; }
+    int at(int patient, int column) const { return m_numbers.at(patient * m_columns + column); }
+
+private:
+    int m_columns;
+    QVector<int> m_numbers;
+};
 
 constexpr int firstPatientRow = 2;
 
@@ -117,12 +139,18 @@ constexpr std::array<Note, 6> methodComparisonNotes = {{
 const QString patientHeading = QStringLiteral("Patient ID");
 const QString shareHeading = QStringLiteral("% same as reference");
 
-/// The patients, and the workbook that grows sheet by sheet.
+/// The patients, and the sheets as far as they are described.
 struct Analysis {
-    const Patients &patients;
-    WorkbookWriter cells;
+    const QVector<PatientRecord> &patients;
     QString skipText;
+    std::vector<CellSheet> sheets;
 };
+
+/// What stands on a sheet whoever the patients are, by row and from left to right.
+using FixedTexts = QMap<int, QVector<QPair<int, QString>>>;
+
+/// Gives the cells of the patient with this index.
+using PatientCells = std::function<void(int patient, RowCells &cells)>;
 
 /// One of the labels of \p method, with the offset behind it where it belongs there.
 QString labelOf(const Analysis &analysis, const Method &method, const char *Method::*place)
@@ -155,29 +183,49 @@ QStringList pairLabels(const Analysis &analysis)
     return labels;
 }
 
-template<size_t count>
-void writeNotes(WorkbookWriter &cells, const std::array<Note, count> &notes)
+void putTexts(FixedTexts &texts, int row, int firstColumn, const QStringList &added)
 {
-    for (const Note &note : notes) {
-        cells.writeText(note.row, note.column, QLatin1String(note.text));
+    for (int i = 0; i < added.size(); ++i) {
+        texts[row].append({firstColumn + i, added.at(i)});
     }
 }
 
-void writeRowOfTexts(WorkbookWriter &cells, int row, int firstColumn, const QStringList &texts)
+template<size_t count>
+void putNotes(FixedTexts &texts, const std::array<Note, count> &notes)
 {
-    for (int i = 0; i < texts.size(); ++i) {
-        cells.writeText(row, firstColumn + i, texts.at(i));
+    for (const Note &note : notes) {
+        putTexts(texts, note.row, note.column, {QString::fromLatin1(note.text)});
     }
+}
+
+/// Adds a sheet with one row a patient from \p firstRow on. The fixed texts of a patient's row
+/// stand to the right of the patient's cells.
+void addSheet(Analysis &analysis, const QString &name, const FixedTexts &texts,
+              const PatientCells &cellsOf, int firstRow = firstPatientRow)
+{
+    const int patients = analysis.patients.size();
+    const int rows = std::max(firstRow + patients - 1, texts.lastKey());
+    const auto fill = [texts, cellsOf, firstRow, patients](int row, RowCells &cells) {
+        const int patient = row - firstRow;
+        if (patient >= 0 && patient < patients) {
+            cellsOf(patient, cells);
+        }
+        const auto found = texts.constFind(row);
+        if (found != texts.constEnd()) {
+            for (const auto &[column, text] : *found) {
+                cells.text(column, text);
+            }
+        }
+    };
+    analysis.sheets.push_back({name, {rows, fill}});
 }
 
 /// The kvadrant of each patient under each pair of methods.
 Marks kvadrantTable(const Scores &scores, const PatientScoreRecord &medianCenter)
 {
-    Marks table;
-    table.reserve(scores.size());
+    Marks table(pairCount);
     for (const PatientScoreRecord &score : scores) {
-        const auto kvadrants = pairKvadrants(score, medianCenter);
-        table.append(QVector<int>(kvadrants.begin(), kvadrants.end()));
+        table.append(pairKvadrants(score, medianCenter));
     }
     return table;
 }
@@ -185,32 +233,29 @@ Marks kvadrantTable(const Scores &scores, const PatientScoreRecord &medianCenter
 /// The flags of each patient for the methods of \p list.
 Marks worseTable(const Scores &scores, const PatientScoreRecord &medianCenter, ScoreList list)
 {
-    Marks table;
-    table.reserve(scores.size());
+    Marks table(methodCount);
     for (const PatientScoreRecord &score : scores) {
-        const auto flags = worseFlags(score, medianCenter, list);
-        table.append(QVector<int>(flags.begin(), flags.end()));
+        table.append(worseFlags(score, medianCenter, list));
     }
     return table;
 }
 
-void writeMedianSheet(Analysis &analysis, const Marks &kvadrants)
+void addMedianSheet(Analysis &analysis, const Marks &kvadrants)
 {
-    WorkbookWriter &cells = analysis.cells;
-    cells.addSheet(QLatin1String(medianSheet));
-    cells.writeText(1, 1, patientHeading);
-    writeRowOfTexts(cells, 1, 2, pairLabels(analysis));
-    for (int k = 0; k < kvadrants.size(); ++k) {
-        const int row = firstPatientRow + k;
-        cells.writeText(row, 1, analysis.patients.at(k).id);
+    FixedTexts texts;
+    putTexts(texts, 1, 1, {patientHeading});
+    putTexts(texts, 1, 2, pairLabels(analysis));
+    putNotes(texts, medianNotes);
+    const auto cellsOf = [&patients = analysis.patients, kvadrants](int k, RowCells &cells) {
+        cells.text(1, patients.at(k).id);
         for (int pair = 0; pair < pairCount; ++pair) {
-            const int kvadrant = kvadrants.at(k).at(pair);
+            const int kvadrant = kvadrants.at(k, pair);
             if (kvadrant != noKvadrant) {
-                cells.writeNumber(row, pair + 2, kvadrant);
+                cells.number(pair + 2, kvadrant);
             }
         }
-    }
-    writeNotes(cells, medianNotes);
+    };
+    addSheet(analysis, QLatin1String(medianSheet), texts, cellsOf);
 }
 
 /// A sheet that compares one column of marks with all others of its table.
@@ -222,37 +267,40 @@ struct Comparison {
 };
 
 // The marks of one patient: the reference, 1 for each of the others that equals it, their share.
-void writeAgreement(WorkbookWriter &cells, int row, const QVector<int> &marks, int reference)
+void putAgreement(RowCells &cells, const Marks &marks, int patient, int reference)
 {
     int column = 2;
     int same = 0;
-    cells.writeNumber(row, column++, marks.at(reference));
-    for (int compared = 0; compared < marks.size(); ++compared) {
+    const int mark = marks.at(patient, reference);
+    cells.number(column++, mark);
+    for (int compared = 0; compared < marks.columns(); ++compared) {
         if (compared != reference) {
-            const int agrees = marks.at(compared) == marks.at(reference) ? 1 : 0;
-            cells.writeNumber(row, column++, agrees);
+            const int agrees = marks.at(patient, compared) == mark ? 1 : 0;
+            cells.number(column++, agrees);
             same += agrees;
         }
     }
-    cells.writeNumber(row, column, double(same) / (marks.size() - 1));
+    cells.number(column, double(same) / (marks.columns() - 1));
 }
 
-void writeComparison(Analysis &analysis, const Comparison &comparison, const Marks &marks,
-                     int reference)
+template<size_t count>
+void addComparison(Analysis &analysis, const Comparison &comparison, const Marks &marks,
+                   int reference, const std::array<Note, count> &notes)
 {
-    WorkbookWriter &cells = analysis.cells;
-    cells.addSheet(comparison.sheet);
-    cells.writeText(1, 1, comparison.corner);
-    cells.writeText(1, 2, QLatin1String("Reference: ") + comparison.referenceLabel);
-    writeRowOfTexts(cells, 1, 3, comparison.headings);
-    cells.writeText(1, 3 + comparison.headings.size(), shareHeading);
-    for (int k = 0; k < marks.size(); ++k) {
-        cells.writeText(firstPatientRow + k, 1, analysis.patients.at(k).id);
-        writeAgreement(cells, firstPatientRow + k, marks.at(k), reference);
-    }
+    FixedTexts texts;
+    putTexts(texts, 1, 1,
+             {comparison.corner, QLatin1String("Reference: ") + comparison.referenceLabel});
+    putTexts(texts, 1, 3, comparison.headings);
+    putTexts(texts, 1, 3 + comparison.headings.size(), {shareHeading});
+    putNotes(texts, notes);
+    const auto cellsOf = [&patients = analysis.patients, marks, reference](int k, RowCells &cells) {
+        cells.text(1, patients.at(k).id);
+        putAgreement(cells, marks, k, reference);
+    };
+    addSheet(analysis, comparison.sheet, texts, cellsOf);
 }
 
-void writePairComparisons(Analysis &analysis, const Marks &kvadrants)
+void addPairComparisons(Analysis &analysis, const Marks &kvadrants)
 {
     const QStringList labels = pairLabels(analysis);
     QStringList headings = labels;
@@ -260,24 +308,22 @@ void writePairComparisons(Analysis &analysis, const Marks &kvadrants)
     for (int reference = 0; reference < pairCount; ++reference) {
         QStringList others = headings;
         others.removeAt(reference);
-        writeComparison(analysis,
-                        {QString::fromLatin1(pairCompareSheets).arg(reference + 1),
-                         QStringLiteral("Patient ID/Methods"), labels.at(reference), others},
-                        kvadrants, reference);
-        writeNotes(analysis.cells, pairComparisonNotes);
+        addComparison(analysis,
+                      {QString::fromLatin1(pairCompareSheets).arg(reference + 1),
+                       QStringLiteral("Patient ID/Methods"), labels.at(reference), others},
+                      kvadrants, reference, pairComparisonNotes);
     }
 }
 
-void writeMethodComparisons(Analysis &analysis, const Family &family, const Marks &flags)
+void addMethodComparisons(Analysis &analysis, const Family &family, const Marks &flags)
 {
     const QStringList labels = labelsOf(analysis, family.methods);
     for (int reference = 0; reference < methodCount; ++reference) {
-        writeComparison(analysis,
-                        {QString::fromLatin1(family.compareSheets).arg(reference + 1),
-                         patientHeading, labels.at(reference),
-                         labelsOf(analysis, family.headings.at(size_t(reference)))},
-                        flags, reference);
-        writeNotes(analysis.cells, methodComparisonNotes);
+        addComparison(analysis,
+                      {QString::fromLatin1(family.compareSheets).arg(reference + 1), patientHeading,
+                       labels.at(reference),
+                       labelsOf(analysis, family.headings.at(size_t(reference)))},
+                      flags, reference, methodComparisonNotes);
     }
 }
 
@@ -296,90 +342,94 @@ QVector<QPair<int, int>> orderedPairs(int count)
 }
 
 /// Every ordered pair of two different columns of marks, side by side with a gap behind each pair.
-void writeColumnPairs(WorkbookWriter &cells, const QString &sheet, int firstColumn,
-                      const QStringList &labels, const Marks &marks)
+void addColumnPairs(Analysis &analysis, const QString &sheet, int firstColumn,
+                    const QStringList &labels, const Marks &marks)
 {
     constexpr int step = 3;
-    cells.addSheet(sheet);
     const QVector<QPair<int, int>> pairs = orderedPairs(labels.size());
+    FixedTexts texts;
     int column = firstColumn;
     for (const auto &[left, right] : pairs) {
-        writeRowOfTexts(cells, 1, column, {labels.at(left), labels.at(right)});
+        putTexts(texts, 1, column, {labels.at(left), labels.at(right)});
         column += step;
     }
-    // Row by row, as the library keeps its cells: far quicker than one column after the other.
-    for (int k = 0; k < marks.size(); ++k) {
-        column = firstColumn;
+    const auto cellsOf = [pairs, marks, firstColumn](int k, RowCells &cells) {
+        int leftColumn = firstColumn;
         for (const auto &[left, right] : pairs) {
-            cells.writeNumber(firstPatientRow + k, column, marks.at(k).at(left));
-            cells.writeNumber(firstPatientRow + k, column + 1, marks.at(k).at(right));
-            column += step;
+            cells.number(leftColumn, marks.at(k, left));
+            cells.number(leftColumn + 1, marks.at(k, right));
+            leftColumn += step;
         }
-    }
+    };
+    addSheet(analysis, sheet, texts, cellsOf);
 }
 
-void writeFlagColumns(Analysis &analysis, int column, const Family &family, const Marks &flags)
+// On the sheet of flags the two families stand side by side.
+constexpr std::array<int, 2> flagColumns = {1, 6};
+
+void putFlagHeadings(FixedTexts &texts, const Analysis &analysis, int column, const Family &family)
 {
-    WorkbookWriter &cells = analysis.cells;
+    putTexts(texts, 1, column, {QString::fromLatin1(family.title)});
+    putTexts(texts, 2, column, {patientHeading});
+    putTexts(texts, 2, column + 1, labelsOf(analysis, family.methods));
+}
+
+void addFlagSheet(Analysis &analysis, const Marks &convergenceFlags, const Marks &variabilityFlags)
+{
     constexpr int firstRow = 3;
-    cells.writeText(1, column, QLatin1String(family.title));
-    cells.writeText(2, column, patientHeading);
-    writeRowOfTexts(cells, 2, column + 1, labelsOf(analysis, family.methods));
-    for (int k = 0; k < flags.size(); ++k) {
-        cells.writeText(firstRow + k, column, analysis.patients.at(k).id);
-        for (int method = 0; method < methodCount; ++method) {
-            cells.writeNumber(firstRow + k, column + 1 + method, flags.at(k).at(method));
+    FixedTexts texts;
+    putFlagHeadings(texts, analysis, flagColumns[0], convergenceFamily);
+    putFlagHeadings(texts, analysis, flagColumns[1], variabilityFamily);
+    putNotes(texts, flagNotes);
+    const std::array<Marks, 2> flags = {convergenceFlags, variabilityFlags};
+    const auto cellsOf = [&patients = analysis.patients, flags](int k, RowCells &cells) {
+        for (size_t family = 0; family < flags.size(); ++family) {
+            cells.text(flagColumns.at(family), patients.at(k).id);
+            for (int method = 0; method < methodCount; ++method) {
+                cells.number(flagColumns.at(family) + 1 + method, flags.at(family).at(k, method));
+            }
         }
-    }
+    };
+    addSheet(analysis, QLatin1String(flagSheet), texts, cellsOf, firstRow);
 }
 
-void writeFlagSheet(Analysis &analysis, const Marks &convergenceFlags,
-                    const Marks &variabilityFlags)
+void addAnovaSheet(Analysis &analysis, const Family &family, const Marks &flags)
 {
-    analysis.cells.addSheet(QLatin1String(flagSheet));
-    writeFlagColumns(analysis, 1, convergenceFamily, convergenceFlags);
-    writeFlagColumns(analysis, 6, variabilityFamily, variabilityFlags);
-    writeNotes(analysis.cells, flagNotes);
+    addColumnPairs(analysis, QLatin1String(family.anovaSheet), 1,
+                   labelsOf(analysis, family.methods), flags);
 }
 
-void writeAnovaSheet(Analysis &analysis, const Family &family, const Marks &flags)
+void addIdealSheet(Analysis &analysis, const Marks &kvadrants)
 {
-    writeColumnPairs(analysis.cells, QLatin1String(family.anovaSheet), 1,
-                     labelsOf(analysis, family.methods), flags);
-}
-
-void writeIdealSheet(Analysis &analysis, const Marks &kvadrants)
-{
-    WorkbookWriter &cells = analysis.cells;
-    cells.addSheet(QLatin1String(idealSheet));
-    writeRowOfTexts(cells, 1, 1, {patientHeading, QStringLiteral("Ideal kvadrant")});
-    // The share stands in the column of the last pair, and counts it all the same.
+    // The share stands in the place of the last pair, and counts it all the same.
     constexpr int firstColumn = 3;
-    constexpr int shareColumn = firstColumn + pairCount - 1;
-    writeRowOfTexts(cells, 1, firstColumn, pairLabels(analysis));
-    cells.writeText(1, shareColumn, shareHeading);
-    for (int k = 0; k < kvadrants.size(); ++k) {
-        const int ideal = analysis.patients.at(k).idealKvadrant;
-        const int row = firstPatientRow + k;
-        int hits = 0;
-        cells.writeText(row, 1, analysis.patients.at(k).id);
-        cells.writeNumber(row, 2, ideal);
-        for (int pair = 0; pair < pairCount; ++pair) {
-            // The mark of a patient without an ideal equals no kvadrant.
-            const bool hit = ideal == kvadrants.at(k).at(pair);
-            hits += hit ? 1 : 0;
-            cells.writeNumber(row, firstColumn + pair, hit ? 1 : 0);
+    constexpr int lastPair = pairCount - 1;
+    QStringList headings = pairLabels(analysis);
+    headings[lastPair] = shareHeading;
+    FixedTexts texts;
+    putTexts(texts, 1, 1, {patientHeading, QStringLiteral("Ideal kvadrant")});
+    putTexts(texts, 1, firstColumn, headings);
+    const auto cellsOf = [&patients = analysis.patients, kvadrants](int k, RowCells &cells) {
+        const int ideal = patients.at(k).idealKvadrant;
+        // The mark of a patient without an ideal equals no kvadrant.
+        const auto hits = [&](int pair) { return ideal == kvadrants.at(k, pair) ? 1 : 0; };
+        int sum = hits(lastPair);
+        cells.text(1, patients.at(k).id);
+        cells.number(2, ideal);
+        for (int pair = 0; pair < lastPair; ++pair) {
+            cells.number(firstColumn + pair, hits(pair));
+            sum += hits(pair);
         }
-        cells.writeNumber(row, shareColumn, double(hits) / pairCount);
-    }
+        cells.number(firstColumn + lastPair, double(sum) / pairCount);
+    };
+    addSheet(analysis, QLatin1String(idealSheet), texts, cellsOf);
 }
 
 } // namespace
 
-void writeAnalysisWorkbook(const QString &fileName, const QVector<PatientRecord> &patients,
-                           const QVector<PatientScoreRecord> &scores,
-                           const PatientScoreRecord & /*averageCenter*/,
-                           const PatientScoreRecord &medianCenter)
+std::vector<CellSheet> analysisSheets(const QVector<PatientRecord> &patients,
+                                      const QVector<PatientScoreRecord> &scores,
+                                      const PatientScoreRecord &medianCenter)
 {
     const Marks kvadrants = kvadrantTable(scores, medianCenter);
     const Marks convergenceFlags =
@@ -387,16 +437,27 @@ void writeAnalysisWorkbook(const QString &fileName, const QVector<PatientRecord>
     const Marks variabilityFlags =
         worseTable(scores, medianCenter, &PatientScoreRecord::variability);
 
-    Analysis analysis{patients, {}, QString::number(CConfig::instance().skip())};
-    writeMedianSheet(analysis, kvadrants);
-    writePairComparisons(analysis, kvadrants);
-    writeColumnPairs(analysis.cells, QLatin1String(pairAnovaSheet), 2, pairLabels(analysis),
-                     kvadrants);
-    writeFlagSheet(analysis, convergenceFlags, variabilityFlags);
-    writeMethodComparisons(analysis, convergenceFamily, convergenceFlags);
-    writeAnovaSheet(analysis, convergenceFamily, convergenceFlags);
-    writeMethodComparisons(analysis, variabilityFamily, variabilityFlags);
-    writeAnovaSheet(analysis, variabilityFamily, variabilityFlags);
-    writeIdealSheet(analysis, kvadrants);
-    analysis.cells.save(fileName);
+    Analysis analysis{patients, QString::number(CConfig::instance().skip()), {}};
+    addMedianSheet(analysis, kvadrants);
+    addPairComparisons(analysis, kvadrants);
+    addColumnPairs(analysis, QLatin1String(pairAnovaSheet), 2, pairLabels(analysis), kvadrants);
+    addFlagSheet(analysis, convergenceFlags, variabilityFlags);
+    addMethodComparisons(analysis, convergenceFamily, convergenceFlags);
+    addAnovaSheet(analysis, convergenceFamily, convergenceFlags);
+    addMethodComparisons(analysis, variabilityFamily, variabilityFlags);
+    addAnovaSheet(analysis, variabilityFamily, variabilityFlags);
+    addIdealSheet(analysis, kvadrants);
+    return analysis.sheets;
+}
+
+void writeAnalysisWorkbook(const QString &fileName, const QVector<PatientRecord> &patients,
+                           const QVector<PatientScoreRecord> &scores,
+                           const PatientScoreRecord & /*averageCenter*/,
+                           const PatientScoreRecord &medianCenter)
+{
+    WorkbookWriter workbook;
+    for (const CellSheet &sheet : analysisSheets(patients, scores, medianCenter)) {
+        workbook.addSheet(sheet);
+    }
+    workbook.save(fileName);
 }

@@ -1,10 +1,13 @@
 #pragma once
 
+#include <vector>
+
 #include <QString>
 #include <QVector>
 
 #include "patientrecord.h"
 #include "patientscorerecord.h"
+#include "xlsx/sheetwriter.h"
 
 /// Writes the analysis workbook of 21 sheets to the file \p fileName: the kvadrant of each patient
 /// under all nine pairs of a convergence and a variability method, how far pairs and methods agree
@@ -18,3 +21,8 @@ void writeAnalysisWorkbook(const QString &fileName, const QVector<PatientRecord>
                            const QVector<PatientScoreRecord> &scores,
                            const PatientScoreRecord &averageCenter,
                            const PatientScoreRecord &medianCenter);
+
+/// The sheets of that workbook; they refer to \p patients.
+std::vector<CellSheet> analysisSheets(const QVector<PatientRecord> &patients,
+                                      const QVector<PatientScoreRecord> &scores,
+                                      const PatientScoreRecord &medianCenter);

@@ -39,49 +39,69 @@ int largestValueCount(const Patients &patients)
     return count;
 }
 
-void writeData(WorkbookWriter &cells, const Patients &patients)
+/// One row a patient, below the numbers of the values.
+SheetRows dataRows(const Patients &patients)
 {
-    cells.addSheet(dataSheet);
-    const int count = largestValueCount(patients);
-    for (int i = 0; i < count; ++i) {
-        cells.writeNumber(1, firstValueColumn + i, i + 1);
-    }
-    for (int k = 0; k < patients.size(); ++k) {
-        const PatientRecord &patient = patients.at(k);
-        cells.writeText(firstPatient + k, 1, patient.id);
+    const auto fill = [&patients, count = largestValueCount(patients)](int row, RowCells &cells) {
+        if (row < firstPatient) {
+            for (int i = 0; i < count; ++i) {
+                cells.number(firstValueColumn + i, i + 1);
+            }
+            return;
+        }
+        const PatientRecord &patient = patients.at(row - firstPatient);
+        cells.text(1, patient.id);
         for (int i = 0; i < patient.values.size(); ++i) {
-            cells.writeNumber(firstPatient + k, firstValueColumn + i, patient.values.at(i));
+            cells.number(firstValueColumn + i, patient.values.at(i));
         }
-    }
+    };
+    return {firstPatient - 1 + patients.size(), fill};
 }
 
-/// One row a method, from \p row on.
-void writeMethodRows(WorkbookWriter &cells, int row, const Methods &methods, const Scores &scores,
-                     ScoreList values)
+/// A row of "Method result": a method, and where its results stand.
+struct ResultRow {
+    const Method *method;
+    ScoreList values;
+    int index;
+};
+
+QVector<ResultRow> resultRowList()
 {
-    for (int method = 0; method < methodCount; ++method) {
-        cells.writeText(row + method, 1, labelOf(methods.at(size_t(method))));
+    QVector<ResultRow> rows;
+    for (int i = 0; i < methodCount; ++i) {
+        rows.append({&convergenceMethods.at(size_t(i)), &PatientScoreRecord::convergence, i});
+    }
+    for (int i = 0; i < methodCount; ++i) {
+        rows.append({&variabilityMethods.at(size_t(i)), &PatientScoreRecord::variability, i});
+    }
+    return rows;
+}
+
+/// One row a method, below the identifiers.
+SheetRows resultRows(const Patients &patients, const Scores &scores)
+{
+    constexpr int firstMethodRow = 2;
+    const QVector<ResultRow> rows = resultRowList();
+    const auto fill = [&patients, &scores, rows](int row, RowCells &cells) {
+        if (row < firstMethodRow) {
+            for (int k = 0; k < patients.size(); ++k) {
+                cells.text(firstPatient + k, patients.at(k).id);
+            }
+            return;
+        }
+        const ResultRow &result = rows.at(row - firstMethodRow);
+        cells.text(1, labelOf(*result.method));
         for (int k = 0; k < scores.size(); ++k) {
-            cells.writeNumber(row + method, firstPatient + k, (scores.at(k).*values).at(method));
+            cells.number(firstPatient + k, (scores.at(k).*result.values).at(result.index));
         }
-    }
+    };
+    return {firstMethodRow - 1 + rows.size(), fill};
 }
 
-void writeResults(WorkbookWriter &cells, const Patients &patients, const Scores &scores)
+void addGraph(WorkbookWriter &workbook, const Patients &patients)
 {
-    cells.addSheet(resultSheet);
-    for (int k = 0; k < patients.size(); ++k) {
-        cells.writeText(1, firstPatient + k, patients.at(k).id);
-    }
-    writeMethodRows(cells, 2, convergenceMethods, scores, &PatientScoreRecord::convergence);
-    writeMethodRows(cells, 2 + methodCount, variabilityMethods, scores,
-                    &PatientScoreRecord::variability);
-}
-
-void writeGraph(WorkbookWriter &cells, const Patients &patients)
-{
-    cells.addSheet(graphSheet);
-    QXlsx::Chart *chart = cells.insertChart(2, 2, {1400, 500});
+    workbook.addChartSheet(graphSheet);
+    QXlsx::Chart *chart = workbook.insertChart(2, 2, {1400, 500});
     chart->setChartType(QXlsx::Chart::CT_ScatterChart);
     // Spreadsheet programs call a workbook with a larger chart damaged.
     const int count = std::min(patients.size(), WorkbookWriter::largestSeriesCount);
@@ -89,20 +109,27 @@ void writeGraph(WorkbookWriter &cells, const Patients &patients)
         const int row = firstPatient + k;
         const int lastColumn = firstValueColumn - 1 + patients.at(k).values.size();
         chart->addSeries(
-            {row, firstValueColumn, row, std::min(lastColumn, WorkbookWriter::largestColumn)},
-            cells.sheet(dataSheet));
+            {row, firstValueColumn, row, std::min(lastColumn, RowCells::largestColumn)},
+            workbook.sheet(dataSheet));
     }
 }
 
 } // namespace
 
+std::vector<CellSheet> dataSheets(const QVector<PatientRecord> &patients,
+                                  const QVector<PatientScoreRecord> &scores)
+{
+    return {{dataSheet, dataRows(patients)}, {resultSheet, resultRows(patients, scores)}};
+}
+
 bool writeDataWorkbook(const QString &fileName, const QVector<PatientRecord> &patients,
                        const QVector<PatientScoreRecord> &scores)
 {
-    WorkbookWriter cells;
-    writeData(cells, patients);
-    writeResults(cells, patients, scores);
-    writeGraph(cells, patients);
-    cells.save(fileName);
+    WorkbookWriter workbook;
+    for (const CellSheet &sheet : dataSheets(patients, scores)) {
+        workbook.addSheet(sheet);
+    }
+    addGraph(workbook, patients);
+    workbook.save(fileName);
     return true;
 }

@@ -1,10 +1,13 @@
 #pragma once
 
+#include <vector>
+
 #include <QString>
 #include <QVector>
 
 #include "patientrecord.h"
 #include "patientscorerecord.h"
+#include "xlsx/sheetwriter.h"
 
 /// Writes the data workbook to the file \p fileName: the sheet "Data" with all measured values, one
 /// row a patient, the sheet "Method result" with the six results, one column a patient, and the
@@ -15,3 +18,7 @@
 /// true.
 bool writeDataWorkbook(const QString &fileName, const QVector<PatientRecord> &patients,
                        const QVector<PatientScoreRecord> &scores);
+
+/// The sheets of that workbook that have cells; they refer to both lists.
+std::vector<CellSheet> dataSheets(const QVector<PatientRecord> &patients,
+                                  const QVector<PatientScoreRecord> &scores);

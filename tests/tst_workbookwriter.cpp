@@ -1,10 +1,14 @@
 #include "xlsx/workbookwriter.h"
 
+#include <ctime>
+#include <limits>
+
 #include <QtTest>
 
 #include "support/expectedsheets.h"
 #include "support/numbers.h"
 #include "support/workingfolder.h"
+#include "xlsx/workbookloader.h"
 #include "xlsx/zippackage.h"
 
 using ExpectedSheets::Book;
@@ -13,7 +17,6 @@ using ExpectedSheets::put;
 namespace
 {
 
-const QString sheetName = "Sheet";
 const QString path = "cells.xlsx";
 constexpr double third = 1.0 / 3.0;
 
@@ -32,6 +35,38 @@ QByteArray partOf(const QString &workbook, const QByteArray &name)
     return read ? content : QByteArray();
 }
 
+// A sheet of the cells that are expected of it.
+CellSheet sheetOf(const QString &name, const ExpectedSheets::Cells &cells)
+{
+    const int rows = cells.isEmpty() ? 0 : cells.lastKey().first;
+    return {name, {rows, [cells](int row, RowCells &out) {
+                       for (auto it = cells.lowerBound({row, 0}); it != cells.end(); ++it) {
+                           const auto [cellRow, column] = it.key();
+                           if (cellRow != row) {
+                               break;
+                           }
+                           if (it->type() == QVariant::String) {
+                               out.text(column, it->toString());
+                           } else {
+                               out.number(column, it->toDouble());
+                           }
+                       }
+                   }}};
+}
+
+CellSheet sheetOfText(const QString &text)
+{
+    ExpectedSheets::Cells cells;
+    put(cells, 1, 1, text);
+    return sheetOf("Sheet", cells);
+}
+
+bool save(const CellSheet &sheet)
+{
+    WorkbookWriter workbook;
+    return workbook.addSheet(sheet) && workbook.save(path);
+}
+
 } // namespace
 
 class TestWorkbookWriter : public QObject
@@ -39,64 +74,124 @@ class TestWorkbookWriter : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void laterContentOfACellStands()
+    void numbersKeepTheirSheetAndTheirPlace()
     {
-        WorkbookWriter cells;
-        cells.addSheet(sheetName);
-        ExpectedSheets::Cells expected;
-        const auto write = [&cells](int row, double number) { cells.writeNumber(row, 1, number); };
-        write(1, third);
-        write(1, 2);
-        put(expected, 1, 1, 2.0);
-        write(2, third);
-        cells.writeText(2, 1, "text");
-        put(expected, 2, 1, "text");
-        write(3, third);
-        write(3, Numbers::notANumber);
-        put(expected, 3, 1, "nan");
-        write(4, 2);
-        write(4, third);
-        put(expected, 4, 1, third);
-        QVERIFY(cells.save(path));
-        const Book book = {{sheetName, expected, {}}};
+        WorkbookWriter workbook;
+        Book book;
+        for (int i = 0; i < 12; ++i) {
+            const QString name = QString("Sheet %1").arg(i);
+            ExpectedSheets::Cells cells;
+            for (const int column : {1, 26, 27, 702, 703}) {
+                put(cells, 20 - i, column, i % 3 == 0 ? double(i) : i + third * column);
+            }
+            QVERIFY(workbook.addSheet(sheetOf(name, cells)));
+            book.append({name, cells, {}});
+        }
+        QVERIFY(workbook.save(path));
         QCOMPARE(ExpectedSheets::differences(path, book), QString());
         QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
     }
 
-    void longNumbersOfAllSheetsStayApart()
+    void numberIsItsShortestDigits_data()
     {
-        WorkbookWriter cells;
-        Book book;
-        for (int i = 0; i < 12; ++i) {
-            const QString name = QString("Sheet %1").arg(i);
-            cells.addSheet(name);
-            ExpectedSheets::Cells expected;
-            for (int column : {27, 3, 1}) {
-                // Every third sheet holds short numbers only.
-                const double number = i % 3 == 0 ? i : i + third * column;
-                cells.writeNumber(20 - i, column, number);
-                put(expected, 20 - i, column, number);
-            }
-            book.append({name, expected, {}});
-        }
-        QVERIFY(cells.save(path));
+        QTest::addColumn<double>("number");
+        QTest::addColumn<QByteArray>("digits");
+        QTest::newRow("whole") << 48.0 << QByteArray("48");
+        QTest::newRow("negative") << -1.0 << QByteArray("-1");
+        QTest::newRow("tenth") << 0.1 << QByteArray("0.1");
+        QTest::newRow("third") << third << QByteArray("0.3333333333333333");
+        QTest::newRow("whole with zeros") << 100000.0 << QByteArray("100000");
+        QTest::newRow("largest whole") << 999999999999999.0 << QByteArray("999999999999999");
+        QTest::newRow("beyond") << 1e15 << QByteArray("1e+15");
+        QTest::newRow("largest") << std::numeric_limits<double>::max()
+                                 << QByteArray("1.7976931348623157e+308");
+        QTest::newRow("least") << std::numeric_limits<double>::denorm_min() << QByteArray("5e-324");
+    }
+
+    void numberIsItsShortestDigits()
+    {
+        QFETCH(double, number);
+        QFETCH(QByteArray, digits);
+        ExpectedSheets::Cells cells;
+        put(cells, 1, 1, number);
+        QVERIFY(save(sheetOf("Sheet", cells)));
+        QVERIFY(partOf(path, "xl/worksheets/sheet1.xml").contains("<v>" + digits + "</v>"));
+        const Book book = {{"Sheet", cells, {}}};
+        QCOMPARE(ExpectedSheets::differences(path, book), QString());
+        QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
+    }
+
+    void whatIsNotFiniteIsAText()
+    {
+        const auto fill = [](int /*row*/, RowCells &cells) {
+            cells.number(1, Numbers::notANumber);
+            cells.number(2, Numbers::infinity);
+            cells.number(3, -Numbers::infinity);
+        };
+        QVERIFY(save({"Sheet", {1, fill}}));
+        ExpectedSheets::Cells expected;
+        put(expected, 1, 1, QString("nan"));
+        put(expected, 1, 2, QString("inf"));
+        put(expected, 1, 3, QString("-inf"));
+        const Book book = {{"Sheet", expected, {}}};
+        QCOMPARE(ExpectedSheets::differences(path, book), QString());
+        QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
+    }
+
+    void sheetTellsItsExtentAndItsRows()
+    {
+        ExpectedSheets::Cells cells;
+        put(cells, 2, 3, 1.5);
+        put(cells, 2, 28, QString("a"));
+        put(cells, 5, 2, 7.0);
+        QVERIFY(save(sheetOf("Sheet", cells)));
+        const QByteArray xml = partOf(path, "xl/worksheets/sheet1.xml");
+        QVERIFY(xml.contains(R"(<dimension ref="B2:AB5"/>)"));
+        QVERIFY(xml.contains(R"(<sheetData><row r="2"><c r="C2" t="n"><v>1.5</v></c>)"
+                             R"(<c r="AB2" t="s"><v>0</v></c></row>)"
+                             R"(<row r="5"><c r="B5" t="n"><v>7</v></c></row></sheetData>)"));
+    }
+
+    void sheetOfOneCellAndOfNone()
+    {
+        ExpectedSheets::Cells cells;
+        put(cells, 3, 2, 1.0);
+        QVERIFY(save(sheetOf("Sheet", cells)));
+        QVERIFY(partOf(path, "xl/worksheets/sheet1.xml").contains(R"(<dimension ref="B3"/>)"));
+        QVERIFY(save(sheetOf("Sheet", {})));
+        QVERIFY(partOf(path, "xl/worksheets/sheet1.xml").contains(R"(<dimension ref="A1"/>)"));
+        const Book book = {{"Sheet", {}, {}}};
         QCOMPARE(ExpectedSheets::differences(path, book), QString());
         QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
     }
 
     void cellsBeyondTheLastColumnAreLeftOut()
     {
-        WorkbookWriter cells;
-        cells.addSheet(sheetName);
-        cells.writeNumber(1, 16384, third);
-        cells.writeNumber(1, 16385, third);
-        cells.writeText(1, 16386, "text");
+        const auto fill = [](int /*row*/, RowCells &cells) {
+            cells.number(16384, third);
+            cells.number(16385, third);
+            cells.text(16386, "text");
+        };
+        QVERIFY(save({"Sheet", {1, fill}}));
         ExpectedSheets::Cells expected;
         put(expected, 1, 16384, third);
-        QVERIFY(cells.save(path));
-        const Book book = {{sheetName, expected, {}}};
+        const Book book = {{"Sheet", expected, {}}};
         QCOMPARE(ExpectedSheets::differences(path, book), QString());
         QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
+    }
+
+    void rowsBeyondTheLastAreLeftOut()
+    {
+        constexpr int lastRow = 1048576;
+        const auto fill = [](int row, RowCells &cells) {
+            if (row >= lastRow) {
+                cells.number(1, row);
+            }
+        };
+        QVERIFY(save({"Sheet", {lastRow + 5, fill}}));
+        const QByteArray xml = partOf(path, "xl/worksheets/sheet1.xml");
+        QVERIFY(xml.contains(R"(<dimension ref="A1048576"/>)"));
+        QCOMPARE(xml.count("<row "), 1);
     }
 
     void carriageReturnsBecomeLineFeeds_data()
@@ -120,13 +215,10 @@ private Q_SLOTS:
     {
         QFETCH(QString, text);
         QFETCH(QString, expected);
-        WorkbookWriter cells;
-        cells.addSheet(sheetName);
-        cells.writeText(1, 1, text);
+        QVERIFY(save(sheetOfText(text)));
         ExpectedSheets::Cells content;
         put(content, 1, 1, expected);
-        QVERIFY(cells.save(path));
-        const Book book = {{sheetName, content, {}}};
+        const Book book = {{"Sheet", content, {}}};
         QCOMPARE(ExpectedSheets::differences(path, book), QString());
         QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
         // Readers of XML turn a carriage return into a line feed before anybody sees it.
@@ -135,23 +227,79 @@ private Q_SLOTS:
         QVERIFY(!strings.contains('\r'));
     }
 
+    void textThatLooksLikeAnEscapeIsEscaped_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QByteArray>("written");
+        QTest::newRow("letter") << "_x0041_" << QByteArray("_x005F_x0041_");
+        QTest::newRow("carriage return") << "a_x000D_b" << QByteArray("a_x005F_x000D_b");
+        QTest::newRow("small digits") << "_x00e9_" << QByteArray("_x005F_x00e9_");
+        QTest::newRow("escape of an escape")
+            << "_x005F_x0041_" << QByteArray("_x005F_x005F_x005F_x0041_");
+        QTest::newRow("two with a common line")
+            << "_x0041_x0042_" << QByteArray("_x005F_x0041_x005F_x0042_");
+        QTest::newRow("three digits") << "_x041_" << QByteArray("_x041_");
+        QTest::newRow("no hexadecimal digit") << "_x00G1_" << QByteArray("_x00G1_");
+        QTest::newRow("large x") << "_X0041_" << QByteArray("_X0041_");
+        QTest::newRow("no end") << "_x0041" << QByteArray("_x0041");
+    }
+
+    void textThatLooksLikeAnEscapeIsEscaped()
+    {
+        QFETCH(QString, text);
+        QFETCH(QByteArray, written);
+        QVERIFY(save(sheetOfText(text)));
+        QVERIFY(partOf(path, "xl/sharedStrings.xml").contains("<t>" + written + "</t>"));
+        const LoadedWorkbook loaded = loadWorkbook(path);
+        QVERIFY(loaded.document);
+        QCOMPARE(loaded.document->read(1, 1).toString(), text);
+    }
+
     void nameOfAnEarlierSheetIsRefused()
     {
-        const QString second = "Second";
-        WorkbookWriter cells;
-        QVERIFY(cells.addSheet(sheetName));
-        QVERIFY(!cells.addSheet(sheetName));
-        cells.writeNumber(1, 1, third);
-        QVERIFY(cells.addSheet(second));
-        cells.writeNumber(1, 1, 2 * third);
         ExpectedSheets::Cells inFirst;
         put(inFirst, 1, 1, third);
         ExpectedSheets::Cells inSecond;
         put(inSecond, 1, 1, 2 * third);
-        QVERIFY(cells.save(path));
-        const Book book = {{sheetName, inFirst, {}}, {second, inSecond, {}}};
+        WorkbookWriter workbook;
+        QVERIFY(workbook.addSheet(sheetOf("First", inFirst)));
+        QVERIFY(!workbook.addSheet(sheetOf("First", inSecond)));
+        QVERIFY(!workbook.addChartSheet("First"));
+        QVERIFY(workbook.addSheet(sheetOf("Second", inSecond)));
+        QVERIFY(workbook.save(path));
+        const Book book = {{"First", inFirst, {}}, {"Second", inSecond, {}}};
         QCOMPARE(ExpectedSheets::differences(path, book), QString());
         QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
+    }
+
+    void workbookWithoutCellsCanBeRead()
+    {
+        WorkbookWriter workbook;
+        QVERIFY(workbook.addChartSheet("Empty"));
+        QVERIFY(workbook.save(path));
+        const Book book = {{"Empty", {}, {}}};
+        QCOMPARE(ExpectedSheets::differences(path, book), QString());
+        QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
+    }
+
+    // Neither the time nor the zone of the saving shows.
+    void sameCellsGiveTheSameBytes()
+    {
+        const CellSheet sheet = sheetOfText("text");
+        const QByteArray zone = qgetenv("TZ");
+        QVector<QByteArray> files;
+        for (const char *name : {"UTC", "Pacific/Kiritimati", "America/New_York"}) {
+            qputenv("TZ", name);
+            tzset();
+            QVERIFY(save(sheet));
+            files.append(m_folder.readFile(path));
+            QTest::qWait(files.size() == 1 ? 2100 : 0);
+        }
+        zone.isNull() ? qunsetenv("TZ") : qputenv("TZ", zone);
+        tzset();
+        QVERIFY(!files.at(0).isEmpty());
+        QCOMPARE(files.at(1), files.at(0));
+        QCOMPARE(files.at(2), files.at(0));
     }
 
 private:

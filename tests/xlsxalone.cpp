@@ -14,9 +14,14 @@ int main()
     const QString path = folder.filePath("book.xlsx");
     constexpr double number = 1.0 / 3.0;
     WorkbookWriter writer;
-    writer.addSheet("One");
-    writer.writeText(1, 1, "text");
-    writer.writeNumber(2, 2, number);
+    const auto fill = [](int row, RowCells &cells) {
+        if (row == 1) {
+            cells.text(1, "text");
+        } else {
+            cells.number(2, number);
+        }
+    };
+    writer.addSheet({"One", {2, fill}});
     if (!writer.save(path)) {
         std::fputs("not saved\n", stderr);
         return 1;

@@ -1,87 +1,52 @@
 #include "xlsx/workbookwriter.h"
 
-#include <cmath>
-
-#include <private/qzipreader_p.h>
-#include <private/qzipwriter_p.h>
 #include <QBuffer>
-#include <QLocale>
-#include <xlsxcellreference.h>
 #include <xlsxrichstring.h>
 
 #include "atomicsave.h"
-#include "xmltext.h"
+#include "xlsx/sharedstringswriter.h"
+#include "xlsx/zipwriter.h"
 
 namespace
 {
 
-// How many digits the library writes of a number.
-constexpr int libraryDigits = 15;
+// Parts that the library makes as well.
+constexpr const char *stringsPart = "xl/sharedStrings.xml";
+constexpr const char *propertiesPart = "docProps/core.xml";
 
-// A numeric cell with such content makes other programs reject the whole file.
-QString nonFiniteText(double number)
-{
-    if (std::isnan(number)) {
-        return QStringLiteral("nan");
-    }
-    return number > 0 ? QStringLiteral("inf") : QStringLiteral("-inf");
-}
+// The library puts the time of day there.
+constexpr const char *noProperties =
+    R"(<?xml version="1.0" encoding="UTF-8" standalone="yes"?><cp:coreProperties)"
+    R"( xmlns:cp="http://schemas.openxmlformats.org/package/2006/metadata/core-properties"/>)";
 
-bool isLongerThanLibraryWrites(double number)
+QByteArray sheetPart(int number)
 {
-    constexpr double wholeNumbersEnd = 1e15;
-    if (std::abs(number) < wholeNumbersEnd && std::trunc(number) == number) {
-        return false;
-    }
-    return QByteArray::number(number, 'g', libraryDigits).toDouble() != number;
-}
-
-// What readers of XML make of a text with carriage returns.
-QString withLineFeeds(QString text)
-{
-    text.replace(QLatin1String("\r\n"), QLatin1String("\n"));
-    return text.replace(QLatin1Char('\r'), QLatin1Char('\n'));
-}
-
-// The fewest digits that read back as the same number.
-QByteArray exactText(double number)
-{
-    return QString::number(number, 'g', QLocale::FloatingPointShortest).toLatin1();
+    return "xl/worksheets/sheet" + QByteArray::number(number) + ".xml";
 }
 
 } // namespace
 
-bool WorkbookWriter::addSheet(const QString &name)
+bool WorkbookWriter::addWorksheet(const QString &name)
 {
-    const bool added = document.addSheet(name, QXlsx::AbstractSheet::ST_WorkSheet);
-    if (added) {
-        longNumbers.append(Numbers());
-    }
-    return added;
+    return document.addSheet(name, QXlsx::AbstractSheet::ST_WorkSheet);
 }
 
-void WorkbookWriter::writeText(int row, int column, const QString &text)
+bool WorkbookWriter::addSheet(const CellSheet &sheet)
 {
-    Q_ASSERT(!longNumbers.isEmpty());
-    const QString content = xmlText(withLineFeeds(text).left(largestTextLength));
-    // A plain string would be searched for formulas and addresses.
-    document.write(row, column, QXlsx::RichString(content));
-    longNumbers.last().remove({row, column});
+    if (!addWorksheet(sheet.name)) {
+        return false;
+    }
+    if (cellSheets.empty()) {
+        // Without any text the library leaves out the part with the texts.
+        document.write(1, 1, QXlsx::RichString(sheet.name));
+    }
+    cellSheets.push_back({document.sheetNames().size(), sheet.rows});
+    return true;
 }
 
-void WorkbookWriter::writeNumber(int row, int column, double number)
+bool WorkbookWriter::addChartSheet(const QString &name)
 {
-    if (!std::isfinite(number)) {
-        writeText(row, column, nonFiniteText(number));
-        return;
-    }
-    Q_ASSERT(!longNumbers.isEmpty());
-    const bool written = document.write(row, column, number);
-    if (written && isLongerThanLibraryWrites(number)) {
-        longNumbers.last().insert({row, column}, number);
-    } else {
-        longNumbers.last().remove({row, column});
-    }
+    return addWorksheet(name);
 }
 
 QXlsx::Chart *WorkbookWriter::insertChart(int row, int column, const QSize &size)
@@ -94,69 +59,41 @@ QXlsx::AbstractSheet *WorkbookWriter::sheet(const QString &name) const
     return document.sheet(name);
 }
 
-QByteArray WorkbookWriter::package() const
+bool WorkbookWriter::save(const QString &fileName) const
+{
+    const QByteArray package = packageWithoutCells();
+    return !package.isEmpty()
+        && saveAtomically(fileName, [&](QIODevice &device) { return write(package, device); });
+}
+
+QByteArray WorkbookWriter::packageWithoutCells() const
 {
     QBuffer buffer;
     buffer.open(QIODevice::WriteOnly);
-    if (!document.saveAs(&buffer)) {
-        return {};
-    }
-    return withLongNumbers(buffer.data());
+    return document.saveAs(&buffer) ? buffer.data() : QByteArray();
 }
 
-bool WorkbookWriter::save(const QString &fileName) const
+bool WorkbookWriter::write(const QByteArray &packageWithoutCells, QIODevice &target) const
 {
-    const QByteArray content = package();
-    return !content.isEmpty() && saveAtomically(fileName, content);
-}
-
-// Puts the digits that the library left out into the finished worksheets.
-QByteArray WorkbookWriter::withLongNumbers(QByteArray package) const
-{
-    QMap<QString, Numbers> numbersByPart;
-    for (int i = 0; i < longNumbers.size(); ++i) {
-        if (!longNumbers.at(i).isEmpty()) {
-            numbersByPart.insert(QStringLiteral("xl/worksheets/sheet%1.xml").arg(i + 1),
-                                 longNumbers.at(i));
-        }
+    QSet<QByteArray> own = {stringsPart, propertiesPart};
+    for (const Cells &sheet : cellSheets) {
+        own.insert(sheetPart(sheet.number));
     }
-    if (numbersByPart.isEmpty()) {
-        return package;
+    ZipWriter zip;
+    if (!zip.addPartsOf(packageWithoutCells, own)) {
+        return false;
     }
-    QBuffer source(&package);
-    source.open(QIODevice::ReadOnly);
-    const QZipReader reader(&source);
-    QBuffer target;
-    target.open(QIODevice::WriteOnly);
-    QZipWriter writer(&target);
-    const QVector<QZipReader::FileInfo> parts = reader.fileInfoList();
-    for (const QZipReader::FileInfo &part : parts) {
-        const QByteArray content = reader.fileData(part.filePath);
-        writer.addFile(part.filePath, withNumbers(content, numbersByPart.value(part.filePath)));
+    zip.add(propertiesPart, QByteArray(noProperties));
+    SharedStringsWriter strings;
+    std::vector<SheetWriter> writers;
+    writers.reserve(cellSheets.size());
+    for (const Cells &sheet : cellSheets) {
+        SheetWriter &writer = writers.emplace_back(sheet.rows, strings);
+        zip.add(sheetPart(sheet.number), [&writer](QByteArray *xml) { return writer.next(xml); });
     }
-    writer.close();
-    return target.data();
-}
-
-// Both the worksheet and the numbers run row by row, so that one pass over the text is enough.
-QByteArray WorkbookWriter::withNumbers(const QByteArray &sheetXml, const Numbers &numbers)
-{
-    static const QByteArray valueStart = "<v>";
-    QByteArray result;
-    result.reserve(sheetXml.size() + 8 * numbers.size());
-    int copied = 0;
-    for (auto it = numbers.cbegin(); it != numbers.cend(); ++it) {
-        const QXlsx::CellReference position(it.key().first, it.key().second);
-        const int cell = sheetXml.indexOf("<c r=\"" + position.toString().toLatin1() + '"', copied);
-        const int value = cell < 0 ? -1 : sheetXml.indexOf(valueStart, cell);
-        if (value < 0) {
-            continue;
-        }
-        const int text = value + valueStart.size();
-        result.append(sheetXml.constData() + copied, text - copied);
-        result.append(exactText(it.value()));
-        copied = sheetXml.indexOf("</v>", text);
+    if (!cellSheets.empty()) {
+        // Behind the sheets, which enter their texts.
+        zip.add(stringsPart, [&strings](QByteArray *xml) { return strings.next(xml); });
     }
-    result.append(sheetXml.constData() + copied, sheetXml.size() - copied);
-    return result;
+    return zip.write(target);
 }

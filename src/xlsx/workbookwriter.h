@@ -1,42 +1,41 @@
 #pragma once
 
+#include <vector>
+
 #include <QByteArray>
-#include <QMap>
-#include <QPair>
+#include <QIODevice>
 #include <QSize>
 #include <QString>
-#include <QVector>
 #include <xlsxchart.h>
 #include <xlsxdocument.h>
 
+#include "xlsx/sheetwriter.h"
 #include "xlsx/workbooklimits.h"
 
-/// A workbook in the making, filled sheet by sheet. Rows and columns count from 1.
+/// A workbook in the making. The library makes what stands around the cells; the cells themselves
+/// are asked for row by row when the file is written, and none is kept.
 ///
 /// Whatever the cells are given, the saved workbook opens in every reader, with every digit of a
-/// finite number and every character of a text that a cell can hold. What lies beyond the last row
-/// or column of a worksheet is left out.
+/// finite number and every character of a text that a cell can hold. In texts, line ends of CR LF
+/// and of CR become LF, characters that a workbook cannot hold U+FFFD, and they end after
+/// largestTextLength UTF-16 units.
 class WorkbookWriter
 {
 public:
-    /// What a worksheet and a chart may hold at most.
-    static constexpr int largestColumn = workbookLimits.columns;
+    /// What a cell and a chart may hold at most.
     static constexpr int largestTextLength = workbookLimits.textLength;
     static constexpr int largestSeriesCount = 255;
 
-    /// Adds an empty worksheet at the end; all that follows goes to it. A name that another sheet
-    /// has adds none, and the result is false. Cells and charts need a sheet to stand on.
-    bool addSheet(const QString &name);
+    /// Adds a worksheet with cells at the end; whatever they refer to has to last until the
+    /// workbook is saved. A name that another sheet has adds none, and the result is false.
+    bool addSheet(const CellSheet &sheet);
 
-    /// Writes \p text as text, whatever it looks like (a formula, an address, a number), with the
-    /// blanks at its ends. Line ends of CR LF and of CR become LF, characters that a workbook
-    /// cannot hold U+FFFD, and it ends after largestTextLength UTF-16 units.
-    void writeText(int row, int column, const QString &text);
+    /// Adds a worksheet without cells, to which the charts that follow go. The same holds for its
+    /// name.
+    bool addChartSheet(const QString &name);
 
-    /// Writes \p number to its last digit; what is not finite becomes "nan", "inf" or "-inf".
-    void writeNumber(int row, int column, double number);
-
-    /// A chart with its upper left corner in a cell; it belongs to the workbook. \p size in pixels.
+    /// A chart with its upper left corner in a cell of the sheet for charts that was added last; it
+    /// belongs to the workbook. \p size in pixels.
     QXlsx::Chart *insertChart(int row, int column, const QSize &size);
 
     /// The worksheet with this name, as the source of a chart's series; null if there is none.
@@ -46,14 +45,16 @@ public:
     bool save(const QString &fileName) const;
 
 private:
-    /// Numbers of one worksheet by row and column, in the order of the cells in the file.
-    using Numbers = QMap<QPair<int, int>, double>;
+    /// The cells of a worksheet, and where it stands among all of them, from 1.
+    struct Cells {
+        int number;
+        SheetRows rows;
+    };
 
-    /// The whole workbook as the content of a file; empty if it cannot be built.
-    QByteArray package() const;
-    static QByteArray withNumbers(const QByteArray &sheetXml, const Numbers &numbers);
-    QByteArray withLongNumbers(QByteArray package) const;
+    bool addWorksheet(const QString &name);
+    QByteArray packageWithoutCells() const;
+    bool write(const QByteArray &packageWithoutCells, QIODevice &target) const;
 
     QXlsx::Document document;
-    QVector<Numbers> longNumbers;
+    std::vector<Cells> cellSheets;
 };

@@ -1,0 +1,65 @@
+#include "xlsx/sharedstringswriter.h"
+
+#include "xlsx/celltext.h"
+
+namespace
+{
+
+constexpr int pieceSize = 64 * 1024;
+
+bool isBlank(char character)
+{
+    return character == ' ' || character == '\t' || character == '\n';
+}
+
+// Without being told so, some readers drop the blanks at the ends and make lines one.
+bool needsItsBlanks(const QByteArray &text)
+{
+    return !text.isEmpty()
+        && (isBlank(text.front()) || isBlank(text.back()) || text.contains('\n')
+            || text.contains('\t'));
+}
+
+} // namespace
+
+int SharedStringsWriter::indexOf(const QString &text)
+{
+    ++m_uses;
+    const auto found = m_indexes.constFind(text);
+    if (found != m_indexes.constEnd()) {
+        return *found;
+    }
+    const int index = m_texts.size();
+    m_indexes.insert(text, index);
+    m_texts.append(text);
+    return index;
+}
+
+bool SharedStringsWriter::next(QByteArray *xml)
+{
+    if (m_written == m_texts.size()) {
+        return false;
+    }
+    xml->resize(0);
+    if (m_written < 0) {
+        m_written = 0;
+        xml->append(R"(<?xml version="1.0" encoding="UTF-8" standalone="yes"?>)"
+                    R"(<sst xmlns="http://schemas.openxmlformats.org/spreadsheetml/2006/main")"
+                    R"( count=")")
+            .append(QByteArray::number(m_uses))
+            .append(R"(" uniqueCount=")")
+            .append(QByteArray::number(m_texts.size()))
+            .append("\">");
+    }
+    while (m_written < m_texts.size() && xml->size() < pieceSize) {
+        const QByteArray text = CellText::encode(m_texts.at(m_written));
+        xml->append(needsItsBlanks(text) ? R"(<si><t xml:space="preserve">)" : "<si><t>")
+            .append(text)
+            .append("</t></si>");
+        ++m_written;
+    }
+    if (m_written == m_texts.size()) {
+        xml->append("</sst>");
+    }
+    return true;
+}

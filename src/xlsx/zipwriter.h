@@ -1,0 +1,40 @@
+#pragma once
+
+#include <functional>
+#include <vector>
+
+#include <QByteArray>
+#include <QIODevice>
+#include <QSet>
+
+/// Packs parts into a ZIP archive. The same parts give the same bytes: every part carries the same
+/// date, none the time of day.
+class ZipWriter
+{
+public:
+    /// Puts the next piece of a part in place of what \p piece holds; false, and no piece, behind
+    /// the last one. The pieces of a part have less than 4 GiB together.
+    using Pieces = std::function<bool(QByteArray *piece)>;
+
+    /// Adds the part \p name, whose content is asked for while the archive is written.
+    void add(const QByteArray &name, const Pieces &pieces);
+    void add(const QByteArray &name, const QByteArray &content);
+
+    /// Adds the parts of the ZIP archive \p archive but those named in \p without. False if it
+    /// cannot be unpacked.
+    bool addPartsOf(const QByteArray &archive, const QSet<QByteArray> &without);
+
+    /// Writes the archive to \p target, which is open for writing and can be sought in. The parts
+    /// are asked for in the order in which they were added, one to its end before the next, and no
+    /// more than a piece of each is held. False if one step fails; what the target holds then is
+    /// of no use.
+    bool write(QIODevice &target);
+
+private:
+    struct Part {
+        QByteArray name;
+        Pieces pieces;
+    };
+
+    std::vector<Part> m_parts;
+};
