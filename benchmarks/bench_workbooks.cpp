@@ -1,104 +1,144 @@
-// Time and peak memory of reading a workbook and of writing both kinds, by number of patients.
+// Saving both workbooks: processor time, memory beyond the group and size of the file, beside
+// libxlsxwriter in its constant-memory mode, which writes the same cells in the same run. Each
+// measurement has a process of its own. Fails when 10,000 patients cost more than they may.
 //
 // usage: bench_workbooks [PATIENTS...]
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
 
-#include <QElapsedTimer>
+#include <QFile>
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#ifdef HAVE_XLSXWRITER
+#include <xlsxwriter.h>
+#endif
 
 #include "analysisworkbook.h"
 #include "centers.h"
-#include "convergence.h"
 #include "dataworkbook.h"
-#include "patientreader.h"
-#include "variability.h"
-#include "xlsx/workbookloader.h"
+#include "scores.h"
 
 namespace
 {
 
 constexpr int valuesPerPatient = 20;
+constexpr int valuesOfAWidePatient = 16'000;
+constexpr int decisiveCount = 10'000;
+constexpr double megabyte = 1024.0 * 1024.0;
 
 struct Group {
     QVector<PatientRecord> patients;
     QVector<PatientScoreRecord> scores;
-    PatientScoreRecord averageCenter;
-    PatientScoreRecord medianCenter;
+    Centers centers;
 };
 
-PatientRecord patient(int k)
+/// What saving costs, in processor time; a size of 0 is no file.
+struct Cost {
+    double seconds = 0.0;
+    double megabytes = 0.0;
+    double fileMegabytes = 0.0;
+
+    bool known() const { return fileMegabytes > 0.0; }
+};
+
+/// What a workbook may cost, as a multiple of what libxlsxwriter takes and in megabytes.
+struct Limits {
+    double time;
+    double megabytes;
+    double fileSize;
+};
+constexpr Limits dataLimits = {1.0, 40.0, 1.3};
+constexpr Limits analysisLimits = {0.6, 40.0, 1.3};
+
+PatientRecord patient(int k, int values)
 {
     PatientRecord record;
     record.id = QStringLiteral("Patient %1").arg(k + 1);
     record.idealKvadrant = 1 + k % 4;
-    for (int i = 0; i < valuesPerPatient; ++i) {
+    for (int i = 0; i < values; ++i) {
         record.values.append(40 + (k * 31 + i * 17 + i * i * (k % 100)) % 971 / 10.0);
     }
     return record;
-}
-
-void analyse(Group &group)
-{
-    for (const PatientRecord &record : qAsConst(group.patients)) {
-        group.scores.append({record.id, convergenceValues(record), variabilityValues(record)});
-    }
-    group.averageCenter = {
-        {}, convergenceAverages(group.scores), variabilityAverages(group.scores)};
-    group.medianCenter = {{}, convergenceMedians(group.scores), variabilityMedians(group.scores)};
 }
 
 Group groupOf(int patients)
 {
     Group group;
     for (int k = 0; k < patients; ++k) {
-        group.patients.append(patient(k));
+        group.patients.append(patient(k, valuesPerPatient));
     }
-    analyse(group);
+    group.scores = scoresOf(group.patients);
+    group.centers = centersOf(group.scores);
     return group;
 }
 
-// What opening a file does: reading it all, the six results and both centers.
-void load(const QString &path)
+#ifdef HAVE_XLSXWRITER
+
+class LibraryRow : public RowCells
 {
-    const LoadedWorkbook workbook = loadWorkbook(path);
-    if (!workbook.document) {
-        std::exit(1);
+public:
+    explicit LibraryRow(lxw_worksheet *sheet) : m_sheet(sheet) { }
+
+    void startRow(int row) { m_row = static_cast<lxw_row_t>(row - 1); }
+
+    void text(int column, const QString &text) override
+    {
+        worksheet_write_string(m_sheet, m_row, static_cast<lxw_col_t>(column - 1),
+                               text.toUtf8().constData(), nullptr);
     }
-    Group group;
-    const int count = readPatientCount(*workbook.document);
-    for (int k = 0; k < count; ++k) {
-        PatientRecord record;
-        record.values = readPatientValues(*workbook.document, k);
-        record.id = readPatientId(*workbook.document, k + 2);
-        group.patients.append(record);
+
+    void number(int column, double number) override
+    {
+        worksheet_write_number(m_sheet, m_row, static_cast<lxw_col_t>(column - 1), number, nullptr);
     }
-    analyse(group);
-}
 
-void writeData(const Group &group, const QString &path)
+private:
+    lxw_worksheet *m_sheet;
+    lxw_row_t m_row = 0;
+};
+
+void writeWithLibrary(const std::vector<CellSheet> &sheets, const QString &path)
 {
-    writeDataWorkbook(path, group.patients, group.scores);
+    const QByteArray name = QFile::encodeName(path);
+    lxw_workbook_options options = {};
+    options.constant_memory = LXW_TRUE;
+    lxw_workbook *const workbook = workbook_new_opt(name.constData(), &options);
+    for (const CellSheet &sheet : sheets) {
+        LibraryRow cells(workbook_add_worksheet(workbook, sheet.name.toUtf8().constData()));
+        for (int row = 1; row <= sheet.rows.count; ++row) {
+            cells.startRow(row);
+            sheet.rows.fill(row, cells);
+        }
+    }
+    workbook_close(workbook);
 }
 
-void writeAnalysis(const Group &group, const QString &path)
+constexpr bool haveLibrary = true;
+
+#else
+
+void writeWithLibrary(const std::vector<CellSheet> & /*sheets*/, const QString & /*path*/) { }
+
+constexpr bool haveLibrary = false;
+
+#endif
+
+double seconds(const timeval &time)
 {
-    writeAnalysisWorkbook(path, group.patients, group.scores, group.averageCenter,
-                          group.medianCenter);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) * 1e-6;
 }
 
-// Each measurement has a process of its own, whose largest size the system keeps.
-void measure(const char *name, int patients, const QString &path, const std::function<void()> &run)
+// Runs in a process of its own, whose largest size the system keeps; the file is \p path.
+Cost measureOnce(const QString &path, const std::function<void()> &run)
 {
     std::fflush(stdout);
-    QElapsedTimer timer;
-    timer.start();
+    QFile::remove(path);
     const pid_t child = fork();
     if (child == 0) {
         run();
@@ -107,46 +147,127 @@ void measure(const char *name, int patients, const QString &path, const std::fun
     int status = 0;
     rusage usage = {};
     if (child < 0 || wait4(child, &status, 0, &usage) != child || status != 0) {
-        std::printf("%-18s %9d  failed\n", name, patients);
-        return;
+        return {};
     }
-    const double megabyte = 1024.0 * 1024.0;
-    const auto seconds = [](const timeval &time) {
-        return double(time.tv_sec) + double(time.tv_usec) * 1e-6;
-    };
-    std::printf("%-18s %9d %9.2f %9.2f %9.1f %9.2f\n", name, patients,
-                double(timer.elapsed()) / 1000.0, seconds(usage.ru_utime) + seconds(usage.ru_stime),
-                double(usage.ru_maxrss) * 1024.0 / megabyte,
-                double(QFileInfo(path).size()) / megabyte);
+    return {seconds(usage.ru_utime) + seconds(usage.ru_stime),
+            static_cast<double>(usage.ru_maxrss) * 1024.0 / megabyte,
+            static_cast<double>(QFileInfo(path).size()) / megabyte};
 }
 
-void measureAll(int patients, const QTemporaryDir &folder)
+// The least of several runs, since other work only ever adds. The memory is what the run takes
+// beyond \p start.
+Cost measure(const QString &path, double start, const std::function<void()> &run)
 {
-    const Group group = groupOf(patients);
-    const QString data = folder.filePath(QStringLiteral("data.xlsx"));
-    const QString analysis = folder.filePath(QStringLiteral("analysis.xlsx"));
-    measure("data workbook", patients, data, [&] { writeData(group, data); });
-    measure("analysis workbook", patients, analysis, [&] { writeAnalysis(group, analysis); });
-    // The data workbook has the layout of an input.
-    measure("loading", patients, data, [&] { load(data); });
+    constexpr int repetitions = 3;
+    Cost least = measureOnce(path, run);
+    for (int i = 1; i < repetitions; ++i) {
+        const Cost cost = measureOnce(path, run);
+        least.seconds = std::min(least.seconds, cost.seconds);
+        least.megabytes = std::min(least.megabytes, cost.megabytes);
+    }
+    least.megabytes -= start;
+    return least;
 }
+
+void print(const char *what, int patients, const Cost &ours, const Cost &theirs)
+{
+    std::printf("%-18s %8d %8.2f %8.1f %8.2f %9.1f", what, patients, ours.seconds, ours.megabytes,
+                ours.fileMegabytes, 1e6 * ours.seconds / patients);
+    if (theirs.known()) {
+        std::printf(" | %8.2f %8.1f %8.2f | %6.2f %6.2f", theirs.seconds, theirs.megabytes,
+                    theirs.fileMegabytes, ours.seconds / theirs.seconds,
+                    ours.fileMegabytes / theirs.fileMegabytes);
+    }
+    std::printf("\n");
+}
+
+bool isWithin(const Limits &limits, const Cost &ours, const Cost &theirs)
+{
+    return ours.known() && ours.megabytes <= limits.megabytes
+        && (!theirs.known()
+            || (ours.seconds <= limits.time * theirs.seconds
+                && ours.fileMegabytes <= limits.fileSize * theirs.fileMegabytes));
+}
+
+/// Measures the workbooks of groups in a folder.
+class Measurement
+{
+public:
+    /// Both workbooks of a group; false if they cost more than they may.
+    bool run(int patients)
+    {
+        const Group group = groupOf(patients);
+        const bool good = data("data workbook", group);
+        return analysis(group) && good;
+    }
+
+    /// The data workbook of a group in which one patient has very many values.
+    bool runWide(int patients)
+    {
+        Group group = groupOf(patients);
+        group.patients[patients / 2] = patient(patients / 2, valuesOfAWidePatient);
+        return data("wide data workbook", group);
+    }
+
+private:
+    bool data(const char *what, const Group &group)
+    {
+        const auto ours = [&] { writeDataWorkbook(m_path, group.patients, group.scores); };
+        const auto theirs = [&] {
+            writeWithLibrary(dataSheets(group.patients, group.scores), m_path);
+        };
+        return compare(what, group, dataLimits, ours, theirs);
+    }
+
+    bool analysis(const Group &group)
+    {
+        const auto ours = [&] {
+            writeAnalysisWorkbook(m_path, group.patients, group.scores, group.centers.average,
+                                  group.centers.median);
+        };
+        const auto theirs = [&] {
+            writeWithLibrary(analysisSheets(group.patients, group.scores, group.centers.median),
+                             m_path);
+        };
+        return compare("analysis workbook", group, analysisLimits, ours, theirs);
+    }
+
+    bool compare(const char *what, const Group &group, const Limits &limits,
+                 const std::function<void()> &ours, const std::function<void()> &theirs) const
+    {
+        const int patients = group.patients.size();
+        const double start = measureOnce(m_path, [] {}).megabytes;
+        const Cost ourCost = measure(m_path, start, ours);
+        const Cost theirCost = haveLibrary ? measure(m_path, start, theirs) : Cost();
+        print(what, patients, ourCost, theirCost);
+        return patients != decisiveCount || isWithin(limits, ourCost, theirCost);
+    }
+
+    const QTemporaryDir m_folder;
+    const QString m_path = m_folder.filePath(QStringLiteral("book.xlsx"));
+};
 
 } // namespace
 
 int main(int argc, char **argv)
 {
-    QVector<int> sizes = {100, 1000, 10000};
+    QVector<int> sizes = {1'000, decisiveCount, 50'000};
     if (argc > 1) {
         sizes.clear();
         for (int i = 1; i < argc; ++i) {
             sizes.append(std::atoi(argv[i]));
         }
     }
-    const QTemporaryDir folder;
-    std::printf("%-18s %9s %9s %9s %9s %9s\n", "what", "patients", "seconds", "CPU s", "peak MB",
-                "file MB");
+    std::printf("%-18s %8s %8s %8s %8s %9s | %26s | %13s\n", "", "", "ours", "", "", "",
+                haveLibrary ? "libxlsxwriter" : "", haveLibrary ? "ratio" : "");
+    std::printf("%-18s %8s %8s %8s %8s %9s | %8s %8s %8s | %6s %6s\n", "what", "patients",
+                "seconds", "beyond", "file MB", "us each", "seconds", "beyond", "file MB", "time",
+                "file");
+    Measurement measurement;
+    bool good = true;
     for (const int patients : qAsConst(sizes)) {
-        measureAll(patients, folder);
+        good = measurement.run(patients) && good;
+        good = measurement.runWide(patients) && good;
     }
-    return 0;
+    return good ? 0 : 1;
 }
