@@ -33,7 +33,7 @@ begin() {
     for argument in "$@"; do
         case $argument in
             -h | --help)
-                sed -n '2,/^[^#]/{/^#/!d; s/^# \{0,1\}//; p}' "$self"
+                sed -n '2,/^[^#]/{/^#/!d; /SPDX/d; s/^# \{0,1\}//; p}' "$self"
                 exit 0
                 ;;
             -*) fail "there is no option $argument; see --help" ;;
