@@ -16,8 +16,9 @@ using std::filesystem::file_type;
 file_type typeOf(const QString &fileName)
 {
     std::error_code error;
-    const QByteArray name = QFile::encodeName(fileName);
-    return std::filesystem::status(name.constData(), error).type();
+    // Systems differ in how they read narrow names; and half a letter would throw in UTF-16.
+    const std::filesystem::path path = std::filesystem::u8path(fileName.toUtf8().toStdString());
+    return std::filesystem::status(path, error).type();
 }
 
 // The bytes behind the old content go first: room for them is what can be missing.

@@ -1,0 +1,161 @@
+#include <cstdio>
+#include <memory>
+
+#include <QDir>
+#include <QFile>
+#include <QtTest>
+#ifdef Q_OS_WIN
+#include <share.h>
+#endif
+
+#include "atomicsave.h"
+#include "cconfig.h"
+#include "dataworkbook.h"
+#include "patientreader.h"
+#include "support/testgroups.h"
+#include "support/testworkbooks.h"
+#include "support/workingfolder.h"
+
+/// Folders and files with any letters in their names, on every system.
+class TestAnyLetters : public QObject
+{
+    Q_OBJECT
+
+    QStringList contentOfFolder() const
+    {
+        return QDir().entryList(QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name);
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        QFETCH(const QString, name);
+        if (QFile::decodeName(QFile::encodeName(name)) != name) {
+            QSKIP("this locale has no such names");
+        }
+        m_folder = std::make_unique<WorkingFolder>();
+        QVERIFY(QDir().mkdir(name));
+        QVERIFY(QDir::setCurrent(name));
+        CConfig::resetInstance();
+    }
+
+    void cleanup() { m_folder.reset(); }
+
+    void survivesHalfALetter_data() { names(); }
+    void survivesHalfALetter()
+    {
+        QFETCH(const QString, name);
+        const QString path = QDir::current().filePath(name + QChar(0xd800));
+        const bool saved = saveAtomically(path, "text");
+        QCOMPARE(contentOfFolder().size(), saved ? 1 : 0);
+    }
+
+    void opensAWorkbook_data() { names(); }
+    void opensAWorkbook()
+    {
+        QFETCH(const QString, name);
+        const QString path = QDir::current().filePath(name + ".xlsx");
+        TestWorkbooks::save(path, {{name, 51, 48}});
+        const LoadedPatients loaded = loadPatients(path);
+        QCOMPARE(loaded.error, LoadError::None);
+        QCOMPARE(loaded.patients.size(), 1);
+        QCOMPARE(loaded.patients.constFirst().id, name);
+    }
+
+    void savesAWorkbook_data() { names(); }
+    void savesAWorkbook()
+    {
+        QFETCH(const QString, name);
+        const TestGroup group = TestGroup::ofValues({{51, 48, 50}});
+        const QString path = QDir::current().filePath(name + ".xlsx");
+        writeDataWorkbook(path, group.patients, group.scores);
+        QCOMPARE(contentOfFolder(), QStringList(name + ".xlsx"));
+        QVERIFY(QFileInfo(path).size() > 0);
+    }
+
+    void keepsTheSettings_data() { names(); }
+    void keepsTheSettings()
+    {
+        CConfig::instance().saveConfig(2, 1, 0, 5, 0);
+        QCOMPARE(contentOfFolder(), QStringList("config.ini"));
+        CConfig::resetInstance();
+        QCOMPARE(CConfig::instance().status(), int(CConfig::Ok));
+        QCOMPARE(CConfig::instance().skip(), quint64(5));
+    }
+
+    void leavesAFolderOfThatNameAlone_data() { names(); }
+    void leavesAFolderOfThatNameAlone()
+    {
+        QFETCH(const QString, name);
+        QVERIFY(QDir().mkdir(name));
+        QVERIFY(!saveAtomically(QDir::current().filePath(name), "text"));
+        QCOMPARE(contentOfFolder(), QStringList(name));
+        QVERIFY(QFileInfo(name).isDir());
+    }
+
+#ifdef Q_OS_WIN
+    // As a spreadsheet program has it.
+    void leavesAFileAloneThatIsLocked_data()
+    {
+        names();
+    }
+    void leavesAFileAloneThatIsLocked()
+    {
+        QFETCH(const QString, name);
+        m_folder->writeFile(name + '/' + name, "old");
+        std::FILE *const holder = _wfsopen(name.toStdWString().c_str(), L"rb", _SH_DENYWR);
+        QVERIFY(holder);
+        const bool saved = saveAtomically(QDir::current().filePath(name), "new");
+        std::fclose(holder);
+        QVERIFY(!saved);
+        QCOMPARE(m_folder->readFile(name + '/' + name), QByteArray("old"));
+        QCOMPARE(contentOfFolder(), QStringList(name));
+    }
+
+    void leavesAReadOnlyFileAlone_data()
+    {
+        names();
+    }
+    void leavesAReadOnlyFileAlone()
+    {
+        QFETCH(const QString, name);
+        m_folder->writeFile(name + '/' + name, "old");
+        QVERIFY(QFile::setPermissions(name, QFile::ReadOwner));
+        QVERIFY(!saveAtomically(QDir::current().filePath(name), "new"));
+        QCOMPARE(m_folder->readFile(name + '/' + name), QByteArray("old"));
+        QCOMPARE(contentOfFolder(), QStringList(name));
+        QVERIFY(QFile::setPermissions(name, QFile::ReadOwner | QFile::WriteOwner));
+    }
+#else
+    // Whoever has the file open goes on reading what was there.
+    void savesOverAFileThatIsOpenElsewhere_data()
+    {
+        names();
+    }
+    void savesOverAFileThatIsOpenElsewhere()
+    {
+        QFETCH(const QString, name);
+        m_folder->writeFile(name + '/' + name, "old");
+        QFile holder(name);
+        QVERIFY(holder.open(QFile::ReadOnly));
+        QVERIFY(saveAtomically(QDir::current().filePath(name), "new"));
+        QCOMPARE(holder.readAll(), QByteArray("old"));
+        QCOMPARE(m_folder->readFile(name + '/' + name), QByteArray("new"));
+        QCOMPARE(contentOfFolder(), QStringList(name));
+    }
+#endif
+
+private:
+    void names() const
+    {
+        QTest::addColumn<QString>("name");
+        for (const char *name : {"plain", "two words", "Žluťoučký kůň", "患者", "Ω≠ß"}) {
+            QTest::newRow(name) << QString::fromUtf8(name);
+        }
+    }
+
+    std::unique_ptr<WorkingFolder> m_folder;
+};
+
+QTEST_MAIN(TestAnyLetters)
+#include "tst_anyletters.moc"
