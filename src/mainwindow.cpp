@@ -7,6 +7,7 @@
 #include <QCoreApplication>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QGuiApplication>
 #include <QHeaderView>
 #include <QInputDialog>
 #include <QLabel>
@@ -37,6 +38,15 @@
 
 namespace
 {
+
+/// Shows the waiting cursor as long as it lives.
+class WaitingCursor
+{
+public:
+    WaitingCursor() { QGuiApplication::setOverrideCursor(Qt::WaitCursor); }
+    ~WaitingCursor() { QGuiApplication::restoreOverrideCursor(); }
+    Q_DISABLE_COPY_MOVE(WaitingCursor)
+};
 
 // A number beyond the last method counts as the last one.
 const char *methodName(const Methods &methods, quint64 index)
@@ -290,7 +300,10 @@ void MainWindow::open()
     if (path.isEmpty()) {
         return;
     }
-    const auto [read, error] = loadPatients(path);
+    const auto [read, error] = [&path] {
+        const WaitingCursor cursor;
+        return loadPatients(path);
+    }();
     if (error != LoadError::None) {
         refuse(path, refusalText(error));
         return;
@@ -307,6 +320,7 @@ void MainWindow::open()
         return;
     }
 
+    const WaitingCursor cursor;
     patients = read;
     scores = scoresOf(patients);
     computeCenters();
@@ -414,6 +428,7 @@ void MainWindow::save()
 {
     const QString fileName = askWhereToSave(tr("Save file"));
     if (!fileName.isEmpty()) {
+        const WaitingCursor cursor;
         writeDataWorkbook(fileName, patients, scores);
     }
 }
@@ -422,6 +437,7 @@ void MainWindow::savePrepareAnova()
 {
     const QString fileName = askWhereToSave(tr("Save analysis"));
     if (!fileName.isEmpty()) {
+        const WaitingCursor cursor;
         writeAnalysisWorkbook(fileName, patients, scores, averageCenter, medianCenter);
     }
 }
