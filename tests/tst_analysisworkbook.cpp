@@ -212,6 +212,24 @@ private Q_SLOTS:
         QCOMPARE(document.read(4, 2).toInt(), 1);
     }
 
+    void onTheMedianOfConvergenceAloneIsKvadrantFour()
+    {
+        // Medians 2 and 2: the second patient is on the one and below the other.
+        QXlsx::Document document(written(TestGroup::ofScores({{1, 1, 1}, {2, 2, 2}, {9, 9, 9}},
+                                                             {{2, 2, 2}, {1, 1, 1}, {9, 9, 9}})));
+        QVERIFY(document.selectSheet("Median"));
+        QCOMPARE(rowOf(document, 3, 2, 10), words("4 4 4 4 4 4 4 4 4"));
+    }
+
+    void twoEqualPatientsAreInKvadrantOne()
+    {
+        QXlsx::Document document(
+            written(TestGroup::ofScores({{3, 3, 3}, {3, 3, 3}}, {{4, 4, 4}, {4, 4, 4}})));
+        QVERIFY(document.selectSheet("Median"));
+        QCOMPARE(rowOf(document, 2, 2, 10), words("1 1 1 1 1 1 1 1 1"));
+        QCOMPARE(rowOf(document, 3, 2, 10), words("1 1 1 1 1 1 1 1 1"));
+    }
+
     void allPairsAreHeldAgainstTheMediansOfTheFirstMethods()
     {
         const TestGroup group =

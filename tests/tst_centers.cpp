@@ -1,3 +1,5 @@
+#include <cmath>
+
 #include <memory>
 
 #include <QDir>
@@ -94,6 +96,15 @@ private Q_SLOTS:
         QCOMPARE(differences(variabilityMedians(scores), Series(3, median)), QString());
         QCOMPARE(differences(convergenceAverages(scores), Series(3, mean)), QString());
         QCOMPARE(differences(variabilityAverages(scores), Series(3, mean)), QString());
+    }
+
+    void evenMedianIsHalfTheRoundedSum()
+    {
+        // 1 and 3 * 2^-54 have the sum 1 + 2^-52.
+        const Scores scores = everywhere({std::ldexp(3.0, -54), 1});
+        const Series half(3, 0.5 + std::ldexp(1.0, -53));
+        QCOMPARE(differences(convergenceMedians(scores), half), QString());
+        QCOMPARE(differences(variabilityMedians(scores), half), QString());
     }
 
     void eachColumnHasItsOwnCenter()

@@ -153,6 +153,15 @@ private Q_SLOTS:
         QCOMPARE(medianDifference({40, 41, 52}), 6.0);
     }
 
+    void evenMedianIsHalfTheRoundedSum()
+    {
+        // Steps of 1 and of 3 * 2^-54, whose sum is 1 + 2^-52 in a double. The smaller step and
+        // half the way from it to the other would be 0.5.
+        const double tiny = std::ldexp(3.0, -54);
+        QCOMPARE(difference(medianDifference({-1, 0, tiny}), 0.5 + std::ldexp(1.0, -53), 0.0),
+                 QString());
+    }
+
     void constantSeriesAreFlat_data()
     {
         QTest::addColumn<Series>("values");

@@ -343,7 +343,7 @@ private Q_SLOTS:
                                              fixture.median);
         const QAbstractItemModelTester tester(
             &model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-        fixture.model.update(fixture.scores, fixture.median, fixture.average);
+        model.update(fixture.scores, fixture.median, fixture.average);
         Q_EMIT model.layoutAboutToBeChanged();
         Q_EMIT model.layoutChanged();
     }

@@ -139,10 +139,11 @@ private Q_SLOTS:
         const TestGroup group = TestGroup::ofSize(4);
         QXlsx::Document document(written(group));
         for (int k = 0; k < 4; ++k) {
+            const QString id = QString("Patient %1").arg(k + 1);
             QVERIFY(document.selectSheet("Data"));
-            const QString inData = document.read(k + 2, 1).toString();
+            QCOMPARE(document.read(k + 2, 1).toString(), id);
             QVERIFY(document.selectSheet("Method result"));
-            QCOMPARE(document.read(1, k + 2).toString(), inData);
+            QCOMPARE(document.read(1, k + 2).toString(), id);
         }
     }
 

@@ -98,6 +98,48 @@ private Q_SLOTS:
         QCOMPARE(tester.readFile("config.ini"), QByteArray("[Variable]\nSkip = 5\n"));
     }
 
+    void readOnlyLocationBringsTheMessageAtEveryStart()
+    {
+        MainWindowTester tester{QByteArray()};
+        QVERIFY(QFile::setPermissions(tester.folder.path(),
+                                      QFile::ReadOwner | QFile::ExeOwner | QFile::ReadGroup
+                                          | QFile::ExeGroup | QFile::ReadOther | QFile::ExeOther));
+        const OrdinaryUser user;
+        if (user.failed) {
+            QSKIP("cannot become an ordinary user here");
+        }
+        for (int start = 1; start <= 2; ++start) {
+            tester.answers.expectMessage();
+            tester.start();
+            QCOMPARE(tester.answers.unexpected(), QStringList());
+            QCOMPARE(tester.answers.messages().size(), start);
+            QVERIFY(tester.answers.messages().constLast().startsWith("Wrong Config|"));
+            QVERIFY(tester.labelTexts().contains("Median difference"));
+            QVERIFY(!QFile::exists(tester.path("config.ini")));
+            tester.window.reset();
+            CConfig::resetInstance();
+        }
+    }
+
+    void settingsFileIsALinkToADevice_data()
+    {
+        QTest::addColumn<QString>("device");
+        for (const char *device : {"/dev/zero", "/dev/null", "/dev/full"}) {
+            QTest::newRow(device) << device;
+        }
+    }
+
+    void settingsFileIsALinkToADevice()
+    {
+        QFETCH(QString, device);
+        MainWindowTester tester{QByteArray()};
+        QVERIFY(QFile::link(device, tester.path("config.ini")));
+        QCOMPARE(CConfig::instance().status(), int(CConfig::LoadFailed));
+        CConfig::resetInstance();
+        startsWithDefaults(tester);
+        QCOMPARE(QFile::symLinkTarget(tester.path("config.ini")), device);
+    }
+
     void settingsFileOnAFullDisk()
     {
         MainWindowTester tester{QByteArray()};

@@ -197,6 +197,30 @@ private Q_SLOTS:
         QCOMPARE(device.summaries().mid(device.summaries().size() - expected.size()), expected);
     }
 
+    void legendIsMeasuredAsTimesWhateverItIsDrawnIn()
+    {
+        // A family that no system has is replaced by what the hint says.
+        QFont drawn("no such family", 20);
+        QFont measured = drawn;
+        measured.setStyleHint(QFont::Times, QFont::PreferAntialias);
+        const int width = QFontMetrics(measured).horizontalAdvance("patient 0");
+        if (QFontMetrics(drawn).horizontalAdvance("patient 0") == width) {
+            QSKIP("this system has one family for all hints");
+        }
+        const GraphSubWindow window(QString(), group({{10}, {20}}));
+        RecordingPaintDevice device;
+        QPainter painter(&device);
+        painter.setFont(drawn);
+        window.drawGraph(&painter, 700, 400);
+        painter.end();
+        const QVector<Operation> squares = device.operations(Operation::Rectangle);
+        QCOMPARE(squares.size(), 2);
+        QCOMPARE(squares.at(1).rect.left(), 20.0 + 25 + width + 15);
+        for (const Operation &text : device.operations(Operation::Text)) {
+            QCOMPARE(text.font.styleHint(), drawn.styleHint());
+        }
+    }
+
     void letterStandsWhenTheFirstPatientIsShorter()
     {
         const GraphSubWindow window(QString(), group({{10, 20}, {10, 20, 30}}));

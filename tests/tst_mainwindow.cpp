@@ -1,5 +1,6 @@
 #include <QBoxLayout>
 #include <QHeaderView>
+#include <QHelpEvent>
 #include <QLabel>
 #include <QMdiArea>
 #include <QMdiSubWindow>
@@ -10,6 +11,7 @@
 #include <QTest>
 #include <QTextDocument>
 #include <QTimer>
+#include <QToolTip>
 
 #include "support/handmadeworkbook.h"
 #include "support/mainwindowtester.h"
@@ -29,7 +31,7 @@ QStringList texts(std::initializer_list<const char *> list)
 
 void saveThreePatients(const MainWindowTester &tester, const QString &name)
 {
-    // Median differences -2, 0 and 5; standard deviations 2, 0 and 5.
+    // Median differences -2, 0 and 5; standard deviations 1.92, 0 and 8.79.
     TestWorkbooks::save(tester.path(name),
                         {{"falling", 52.0, 50.0, 48.0, 52.0 - 5.0},
                          {"level", 60.0, 60.0, 60.0, 60.0, 60.0},
@@ -130,6 +132,28 @@ private Q_SLOTS:
         QCOMPARE(tester.readFile("config.ini"), settingsText());
     }
 
+    void readableSettingsStartWithoutAMessage_data()
+    {
+        QTest::addColumn<QByteArray>("before");
+        QTest::addColumn<QByteArray>("after");
+        QTest::newRow("empty") << QByteArray("") << QByteArray("");
+        QTest::newRow("garbage") << QByteArray("no settings\n") << QByteArray("no settings\n");
+        QTest::newRow("out of range") << settingsText(3, 2, 0, 7) << settingsText(0, 2, 0, 7);
+        QTest::newRow("all out of range")
+            << settingsText(-1, 3, 2, -1, 2) << settingsText(0, 0, 1, -1, 1);
+    }
+
+    void readableSettingsStartWithoutAMessage()
+    {
+        QFETCH(QByteArray, before);
+        QFETCH(QByteArray, after);
+        MainWindowTester tester(before);
+        tester.start();
+        QCOMPARE(tester.answers.unexpected(), QStringList());
+        QVERIFY(tester.window->isVisible());
+        QCOMPARE(tester.readFile("config.ini"), after);
+    }
+
     void valueLabelsFollowTheSettings_data()
     {
         QTest::addColumn<QByteArray>("config");
@@ -206,6 +230,48 @@ private Q_SLOTS:
                  texts({"Open File Ctrl+O", "Save file Ctrl+S", "Export graph Ctrl+P",
                         "Settings Ctrl+T", "Groups graph Ctrl+L", "Save data analysis Ctrl+D",
                         "Close file Ctrl+H disabled", "Exit Ctrl+Q"}));
+    }
+
+    void sevenActionsAreNeverDisabled()
+    {
+        MainWindowTester tester;
+        tester.start();
+        saveThreePatients(tester, "three.xlsx");
+        const QStringList others = texts({"Open File", "Save file", "Export graph", "Settings",
+                                          "Groups graph", "Save data analysis", "Exit"});
+        const auto enabled = [&tester] {
+            QStringList names;
+            for (const QAction *action :
+                 tester.window->menuBar()->actions().first()->menu()->actions()) {
+                if (action->isEnabled()) {
+                    names << action->text();
+                }
+            }
+            return names;
+        };
+        tester.open("three.xlsx");
+        QStringList all = others;
+        all.insert(6, "Close file");
+        QCOMPARE(enabled(), all);
+        tester.trigger("Close file");
+        QCOMPARE(enabled(), others);
+    }
+
+    void restingOnOpenFileShowsNoTip()
+    {
+        MainWindowTester tester;
+        tester.start();
+        QMenu *menu = tester.window->menuBar()->actions().first()->menu();
+        QAction *action = tester.action("Open File");
+        menu->popup(tester.window->mapToGlobal(QPoint(0, 0)));
+        menu->setActiveAction(action);
+        const QPoint position = menu->actionGeometry(action).center();
+        QHelpEvent rest(QEvent::ToolTip, position, menu->mapToGlobal(position));
+        QCoreApplication::sendEvent(menu, &rest);
+        QVERIFY2(!QToolTip::isVisible(), qPrintable(QToolTip::text()));
+        QVERIFY(tester.window->findChild<QStatusBar *>() == nullptr);
+        QVERIFY(!tester.labelTexts().contains(action->statusTip()));
+        menu->close();
     }
 
     void noStatusBarShowsTheTips()
@@ -310,9 +376,12 @@ private Q_SLOTS:
         QCOMPARE(tester.scoreTable()->selectionBehavior(), QAbstractItemView::SelectItems);
 
         saveThreePatients(tester, "three.xlsx");
-        tester.open("three.xlsx");
-        for (int column = 0; column < 2; ++column) {
-            QCOMPARE(table->horizontalHeader()->sectionResizeMode(column), QHeaderView::Stretch);
+        for (int opened = 0; opened < 2; ++opened) {
+            tester.open("three.xlsx");
+            for (int column = 0; column < 2; ++column) {
+                QCOMPARE(table->horizontalHeader()->sectionResizeMode(column),
+                         QHeaderView::Stretch);
+            }
         }
     }
 
@@ -361,6 +430,70 @@ private Q_SLOTS:
         }
     }
 
+    void patientsLoadWhateverElseTheirCellsHold()
+    {
+        MainWindowTester tester;
+        tester.start();
+        TestWorkbooks::save(tester.path("odd.xlsx"),
+                            {{"note", 50.0, 60.0, "pause", 70.0},
+                             {"number as text", 50.0, "61.5", 62.0},
+                             {"zero", 50.0, 60.0, 0.0, 70.0},
+                             {"gap", 50.0, 60.0, QVariant(), 70.0},
+                             {"negative", 50.0, -60.0},
+                             {"day", 50.0, 60.0, QDateTime(QDate(2020, 2, 29), QTime(12, 0)), 70.0},
+                             {"formula without a value", 50.0, 60.0, "=B2", 70.0},
+                             {12345.0, 1e300, 1e-300},
+                             {"note", 50.0, 60.0},
+                             {"  blanks  ", 50.0, 60.0}});
+        tester.open("odd.xlsx");
+        QCOMPARE(tester.answers.unexpected(), QStringList());
+        QCOMPARE(tester.answers.messages(), QStringList());
+        QStringList ids;
+        QVector<QVector<double>> values;
+        for (const PatientRecord &patient : tester.patientsModel()->patients) {
+            ids << patient.id;
+            values << patient.values;
+        }
+        QCOMPARE(ids,
+                 texts({"note", "number as text", "zero", "gap", "negative", "day",
+                        "formula without a value", "12345", "note", "  blanks  "}));
+        const QVector<double> two = {50, 60};
+        QCOMPARE(
+            values,
+            (QVector<QVector<double>>{
+                two, {50, 61.5, 62}, two, two, {50, -60}, two, two, {1e300, 1e-300}, two, two}));
+    }
+
+    void onePatientIsBlueThroughout()
+    {
+        MainWindowTester tester;
+        tester.start();
+        TestWorkbooks::save(tester.path("one.xlsx"),
+                            {{"only", 70.0, 68.0, 65.0, 66.0, 60.0, 58.0, 55.0}});
+        tester.open("one.xlsx");
+        const QAbstractItemModel *model = tester.scoreTable()->model();
+        QCOMPARE(model->columnCount(), 1);
+        for (int row = 0; row < 6; ++row) {
+            QCOMPARE(model->index(row, 0).data(Qt::BackgroundRole).value<QColor>().name(),
+                     "#647b98");
+        }
+        QCOMPARE(MainWindowTester::tableTexts(*tester.patientTable()), texts({"only W/W"}));
+    }
+
+    void twoEqualPatientsAreBothWorse()
+    {
+        for (const int median : {0, 1}) {
+            MainWindowTester tester(settingsText(0, 0, median));
+            tester.start();
+            const QVector<QVariant> values = {70.0, 68.0, 65.0, 66.0, 60.0, 58.0, 55.0};
+            TestWorkbooks::save(tester.path("two.xlsx"),
+                                {QVector<QVariant>{"a"} + values, QVector<QVariant>{"b"} + values});
+            tester.open("two.xlsx");
+            QCOMPARE(MainWindowTester::tableTexts(*tester.patientTable()),
+                     texts({"a W/W", "b W/W"}));
+        }
+    }
+
     void openAnswersToItsShortcut()
     {
         MainWindowTester tester;
@@ -388,11 +521,17 @@ private Q_SLOTS:
         saveThreePatients(tester, "three.xlsx");
         tester.open("three.xlsx");
         tester.patientTable()->selectRow(1);
+        tester.patientsModel()->patients[2].idealKvadrant = 2;
+        auto *subWindow = tester.window->findChild<QMdiArea *>()->addSubWindow(new QWidget);
+        subWindow->show();
         const CPatientsModel *model = tester.patientsModel();
         tester.answers.expectAndCancel();
         tester.trigger("Open File");
         QCOMPARE(tester.patientsModel(), model);
         QCOMPARE(tester.patientTable()->selectionModel()->selectedRows().size(), 1);
+        QCOMPARE(tester.patientsModel()->patients.at(2).idealKvadrant, 2);
+        QVERIFY(subWindow->isVisible());
+        QCOMPARE(tester.window->findChild<QMdiArea *>()->subWindowList().size(), 1);
         QCOMPARE(tester.answers.unexpected(), QStringList());
     }
 

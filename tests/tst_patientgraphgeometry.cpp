@@ -373,7 +373,9 @@ private Q_SLOTS:
             QCOMPARE(geometry.axesPath.elementCount(), 0);
             QCOMPARE(geometry.patientPaths.at(0).elementCount(), 0);
             QCOMPARE(geometry.horizontalLabels.size(), 0);
+            // The unit stands at a fixed place, which no size moves, wherever there is a band.
             QCOMPARE(described(geometry.verticalLabels), list("mmol/mol at 10,25"));
+            QCOMPARE(geometryOf(group({{0.5, 0.9}}), size, size).verticalLabels.size(), 0);
             QCOMPARE(geometry.legend.size(), 0);
         }
     }

@@ -2,12 +2,15 @@
 
 #include <QComboBox>
 #include <QMdiSubWindow>
+#include <QPainter>
 #include <QPushButton>
 #include <QSpinBox>
 #include <QTest>
 
+#include "resultsubwindow.h"
 #include "settingsdialog.h"
 #include "support/graphtester.h"
+#include "support/recordingpaintdevice.h"
 
 namespace
 {
@@ -31,6 +34,34 @@ void expectSettings(GraphTester &tester, int convergence, int variance, bool med
         dialog.findChild<QSpinBox *>("offsetSpin")->setValue(offset);
         QTest::mouseClick(dialog.findChild<QPushButton *>("okButton"), Qt::LeftButton);
     });
+}
+
+/// The colours of all cells of the score table.
+QStringList allColors(const GraphTester &tester)
+{
+    QStringList colors;
+    for (int row = 0; row < 6; ++row) {
+        for (int column = 0; column < 5; ++column) {
+            colors << tester.scoreModel()
+                          ->index(row, column)
+                          .data(Qt::BackgroundRole)
+                          .value<QColor>()
+                          .name();
+        }
+    }
+    return colors;
+}
+
+/// The texts of a new graph of the group, both centers among them.
+QStringList drawnCenters(const GraphTester &tester)
+{
+    tester.trigger("Groups graph");
+    RecordingPaintDevice device;
+    QPainter painter(&device);
+    qobject_cast<ResultSubWindow *>(tester.subWindows().last()->widget())
+        ->drawGraph(&painter, 700, 400);
+    painter.end();
+    return device.summaries();
 }
 
 } // namespace
@@ -159,36 +190,132 @@ private Q_SLOTS:
         }
     }
 
-    void unchangedSettingsGiveTheSameNumbers()
+    void acceptedSettingsComputeAgain_data()
     {
-        GraphTester tester;
-        tester.writeFile("config.ini", "gone");
+        QTest::addColumn<int>("convergence");
+        QTest::addColumn<int>("variability");
+        QTest::addColumn<bool>("median");
+        for (const bool median : {true, false}) {
+            const char *center = median ? "median" : "average";
+            QTest::addRow("unchanged, %s", center) << 0 << 0 << median;
+            QTest::addRow("other methods, %s", center) << 1 << 2 << median;
+        }
+    }
+
+    // Even where the offset stays: a score and both centers that are wrong beforehand are right
+    // afterwards, and what does not depend on the offset is not touched.
+    void acceptedSettingsComputeAgain()
+    {
+        QFETCH(int, convergence);
+        QFETCH(int, variability);
+        QFETCH(bool, median);
+        GraphTester tester(settingsText(0, 0, median));
         const QVector<PatientScoreRecord> before = tester.patientsModel()->scores;
-        const QStringList marks = MainWindowTester::tableTexts(*tester.patientTable());
-        expectSettings(tester, 0, 0, true, 3);
+        const QStringList colors = allColors(tester);
+        const QStringList graph = drawnCenters(tester);
+        QVector<PatientScoreRecord> spoiled = before;
+        for (PatientScoreRecord &score : spoiled) {
+            score.variability[1] = 1e6;
+        }
+        const PatientScoreRecord far = {{}, {-1e9, -1e9, -1e9}, {-1e9, -1e9, -1e9}};
+        tester.patientsModel()->update(spoiled, far, far);
+        QVERIFY(allColors(tester) != colors);
+        tester.writeFile("config.ini", "gone");
+
+        expectSettings(tester, convergence, variability, median, 3);
         tester.trigger("Settings");
+        QCOMPARE(tester.answers.unexpected(), QStringList());
         for (int i = 0; i < before.size(); ++i) {
-            QCOMPARE(bits(tester.patientsModel()->scores.at(i).variability),
-                     bits(before.at(i).variability));
+            const PatientScoreRecord &after = tester.patientsModel()->scores.at(i);
+            QCOMPARE(after.id, before.at(i).id);
+            QCOMPARE(bits(after.convergence), bits(before.at(i).convergence));
+            QCOMPARE(bits(after.variability), bits(before.at(i).variability));
+        }
+        QCOMPARE(allColors(tester), colors);
+        QCOMPARE(tester.readFile("config.ini"), settingsText(convergence, variability, median));
+        if (convergence == 0) {
+            QCOMPARE(drawnCenters(tester), graph);
+        }
+        QStringList marks;
+        QVector<double> x;
+        QVector<double> y;
+        for (const PatientScoreRecord &score : before) {
+            x << score.convergence.at(convergence);
+            y << score.variability.at(variability);
+        }
+        for (int i = 0; i < before.size(); ++i) {
+            marks << before.at(i).id + (x.at(i) < centerOfFive(x, median) ? " B/" : " W/")
+                    + (y.at(i) < centerOfFive(y, median) ? "B" : "W");
         }
         QCOMPARE(MainWindowTester::tableTexts(*tester.patientTable()), marks);
-        QCOMPARE(tester.readFile("config.ini"), settingsText());
+    }
+
+    void changeOfTheCenterShowsInThePaintedTable()
+    {
+        GraphTester tester;
+        QTableView *table = tester.scoreTable();
+        const auto painted = [table] {
+            const QImage image = table->viewport()->grab().toImage();
+            QStringList colors;
+            for (int row = 0; row < 6; ++row) {
+                for (int column = 0; column < 5; ++column) {
+                    const QPoint corner =
+                        table->visualRect(table->model()->index(row, column)).topLeft();
+                    if (table->viewport()->rect().contains(corner + QPoint(2, 2))) {
+                        colors << image.pixelColor(corner + QPoint(2, 2)).name();
+                    }
+                }
+            }
+            return colors;
+        };
+        const auto expected = [&tester](bool median) {
+            QStringList colors;
+            for (int row = 0; row < 6; ++row) {
+                QVector<double> values;
+                for (const PatientScoreRecord &score : tester.patientsModel()->scores) {
+                    values << (row < 3 ? score.convergence : score.variability).at(row % 3);
+                }
+                const double center = centerOfFive(values, median);
+                for (const double value : values) {
+                    colors << (value < center ? "#aad083" : value > center ? "#e79292" : "#647b98");
+                }
+            }
+            return colors;
+        };
+        tester.window->resize(1600, 1200);
+        table->parentWidget()->setMinimumHeight(600);
+        QCoreApplication::processEvents();
+        QCOMPARE(painted().size(), 30);
+        QCOMPARE(painted(), expected(true));
+        expectSettings(tester, 0, 0, false, 3);
+        tester.trigger("Settings");
+        QCOMPARE(painted(), expected(false));
+        QVERIFY(expected(false) != expected(true));
     }
 
     void settingsWithoutAFileChangeOnlyTheLabels()
     {
         GraphTester tester;
         tester.trigger("Close file");
+        QStringList labels = tester.labelTexts();
         expectSettings(tester, 2, 1, false, 12);
         tester.trigger("Settings");
         QCOMPARE(tester.answers.unexpected(), QStringList());
-        const QStringList labels = tester.labelTexts();
-        for (const char *value :
-             {"C*e^(k*x)", "Difference standard deviation offset", "Average", "12"}) {
-            QCOMPARE(labels.count(value), 1);
+        QCOMPARE(tester.readFile("config.ini"), settingsText(2, 1, 0, 12));
+        const QStringList values = {"C*e^(k*x)", "Difference standard deviation offset", "Average",
+                                    "12"};
+        const QStringList captions = {"Convergence:", "Variability:", "Center method:", "Offset:"};
+        for (int i = 0; i < values.size(); ++i) {
+            labels[labels.indexOf(captions.at(i)) + 1] = values.at(i);
         }
-        QVERIFY(tester.patientsModel() == nullptr);
+        QCOMPARE(tester.labelTexts(), labels);
+        QVERIFY(tester.patientTable()->model() == nullptr);
+        QVERIFY(tester.scoreTable()->model() == nullptr);
         QVERIFY(!tester.action("Close file")->isEnabled());
+        QVERIFY(!tester.button("Show graph")->isEnabled());
+        QVERIFY(!tester.button("Reset selection")->isEnabled());
+        QCOMPARE(tester.window->windowTitle(), "Glymark");
+        QCOMPARE(tester.subWindows().size(), 0);
     }
 
     void settingsLeaveOpenGraphsAlone()

@@ -353,6 +353,41 @@ private Q_SLOTS:
                         "Zrušit výběr"}));
     }
 
+    void fileNamesOfTheTranslation_data()
+    {
+        QTest::addColumn<QStringList>("whole");
+        QTest::addColumn<QStringList>("damaged");
+        QTest::addColumn<bool>("czech");
+        // Qt shortens a name at its "_" where there is no such file.
+        QTest::newRow("shortened name") << texts({"czech.qm"}) << QStringList() << true;
+        QTest::newRow("no suffix") << texts({"czech_cs"}) << QStringList() << true;
+        QTest::newRow("full name first") << texts({"czech_cs.qm"}) << texts({"czech.qm"}) << true;
+        QTest::newRow("full name alone counts")
+            << texts({"czech.qm"}) << texts({"czech_cs.qm"}) << false;
+        QTest::newRow("another language") << texts({"czech_sk.qm"}) << QStringList() << false;
+        QTest::newRow("language alone") << texts({"cs.qm"}) << QStringList() << false;
+    }
+
+    void fileNamesOfTheTranslation()
+    {
+        QFETCH(const QStringList, whole);
+        QFETCH(const QStringList, damaged);
+        QFETCH(const bool, czech);
+        const QTemporaryDir folder;
+        for (const QString &name : whole) {
+            QVERIFY(QFile::copy(CZECH_CATALOGUE, folder.filePath(name)));
+        }
+        for (const QString &name : damaged) {
+            QFile file(folder.filePath(name));
+            QVERIFY(file.open(QFile::WriteOnly));
+            QVERIFY(file.write("damaged") > 0);
+        }
+        const ProgramRun run = startProgram(folder.path());
+        QCOMPARE(run.errors, QStringList());
+        QCOMPARE(run.shown.contains("Otevřít soubor"), czech);
+        QCOMPARE(run.shown == englishStart(), !czech);
+    }
+
     void programStaysEnglishWithoutTheFile()
     {
         const QTemporaryDir folder;

@@ -318,6 +318,24 @@ private Q_SLOTS:
         QCOMPARE(difference(interquartileRange({-7, 1, -5, 3}), 9.0, 0.0), QString());
     }
 
+    void quartilesAreRoundedOneByOne()
+    {
+        // 1 and its next double: their sum loses its last bit, so the lower quartile is 1. Taken
+        // from the sum of the upper two, they would leave 1 - 2^-53.
+        const double next = std::nextafter(1.0, 2.0);
+        QCOMPARE(difference(interquartileRange({1, next, 1.5, 2, 2}), 1.0, 0.0), QString());
+    }
+
+    void quartileIsHalfTheRoundedSum()
+    {
+        // 1 and 3 * 2^-54 have the sum 1 + 2^-52. The smaller and half the way to the larger would
+        // be 0.5, and the range 0.5.
+        const double tiny = std::ldexp(3.0, -54);
+        QCOMPARE(
+            difference(interquartileRange({tiny, 1, 1, 1, 1}), 0.5 - std::ldexp(1.0, -53), 0.0),
+            QString());
+    }
+
     void allMethodsComeInOrder()
     {
         useSkip("0");
