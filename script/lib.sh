@@ -20,8 +20,11 @@ if [ "$(locale charmap 2>/dev/null)" != UTF-8 ]; then
 fi
 
 say() { printf '%s: %s\n' "$script" "$1"; }
+# fail <line>...
 fail() {
-    printf '%s: %s\n' "$script" "$@" >&2
+    say "$1" >&2
+    shift
+    [ $# -eq 0 ] || printf '%s\n' "$@" >&2
     exit 1
 }
 
