@@ -46,13 +46,13 @@ constexpr const char *medianSheet = "Median";
 constexpr const char *pairCompareSheets = "Compare %1";
 constexpr const char *pairAnovaSheet = "AnovaMedian";
 constexpr const char *flagSheet = "Convergence&Variability";
-constexpr const char *convergenceCompareSheets = "Covergence compare %1";
+constexpr const char *convergenceCompareSheets = "Covergence compare %1"; // Required as is.
 constexpr const char *convergenceAnovaSheet = "ConvAnova";
 constexpr const char *variabilityCompareSheets = "Variability compare %1";
 constexpr const char *variabilityAnovaSheet = "VarAnova";
 constexpr const char *idealSheet = "IdealCompare";
 
-// As a compared pair, this one goes without the blank before its plus sign.
+// Required as is: as a compared pair, this one goes without the blank before its plus sign.
 constexpr int closedUpPair = 5;
 
 using MethodList = std::array<const Method *, methodCount>;
@@ -84,7 +84,7 @@ constexpr Family convergenceFamily = {
       {medianDifference, linearRegression}}},
 };
 
-// The second and the third pair of headings do not name the columns beneath; readers rely on them.
+// Required as is: the second and the third pair of headings do not name the columns beneath.
 constexpr Family variabilityFamily = {
     "Variability",
     variabilityCompareSheets,
@@ -94,6 +94,24 @@ constexpr Family variabilityFamily = {
       {medianDifference, interquartile},
       {differenceDeviation, standardDeviation}}},
 };
+
+// A longer family without its rows would leave null pointers at their ends.
+constexpr bool isComplete(const Family &family)
+{
+    for (int i = 0; i < methodCount; ++i) {
+        if (!family.methods.at(size_t(i))) {
+            return false;
+        }
+        for (const Method *heading : family.headings.at(size_t(i))) {
+            if (!heading) {
+                return false;
+            }
+        }
+    }
+    return true;
+}
+static_assert(isComplete(convergenceFamily), "a convergence method lacks its place or a heading");
+static_assert(isComplete(variabilityFamily), "a variability method lacks its place or a heading");
 
 // Remarks that stand on several sheets.
 constexpr const char *information = "Information";
@@ -401,7 +419,7 @@ void addAnovaSheet(Analysis &analysis, const Family &family, const Marks &flags)
 
 void addIdealSheet(Analysis &analysis, const Marks &kvadrants)
 {
-    // The share stands in the place of the last pair, and counts it all the same.
+    // Required as is: the share stands in the place of the last pair, and counts it all the same.
     constexpr int firstColumn = 3;
     constexpr int lastPair = pairCount - 1;
     QStringList headings = pairLabels(analysis);

@@ -22,7 +22,7 @@ const QString graphSheet = QStringLiteral("Graph");
 constexpr int firstPatient = 2;
 constexpr int firstValueColumn = 2;
 
-// The offset cuts as many characters off the front of its label.
+// Required as is: the offset cuts as many characters off the front of its label.
 QString labelOf(const Method &method)
 {
     const auto label = QLatin1String(method.dataWorkbook);
