@@ -103,6 +103,34 @@ QByteArray asJson(const Book &book)
     return QJsonDocument(sheets).toJson(QJsonDocument::Compact);
 }
 
+// What the script beside this file says of the workbook, called with it and the expectation behind
+// \p arguments; empty when it says "ok".
+QString complaintOf(const QString &script, const QStringList &arguments, const QString &path,
+                    const Book &book)
+{
+    const QString found = QFINDTESTDATA(script);
+    QFile expectation(path + ".json");
+    if (found.isEmpty() || !expectation.open(QIODevice::WriteOnly)) {
+        return "no script or no place for the expectation";
+    }
+    expectation.write(asJson(book));
+    expectation.close();
+    QProcess reader;
+    reader.setProcessChannelMode(QProcess::MergedChannels);
+    reader.start("/usr/bin/python3",
+                 QStringList{found} + arguments + QStringList{path, expectation.fileName()});
+    if (!reader.waitForFinished(300000)) {
+        return "the other reader does not run: " + reader.errorString();
+    }
+    const QString output = QString::fromUtf8(reader.readAll());
+    const bool content = reader.exitStatus() == QProcess::NormalExit && reader.exitCode() == 0;
+    if (content && output.trimmed() == "ok") {
+        return {};
+    }
+    return output.section('\n', 0, mostLines - 1)
+        + QString("\nexit code %1").arg(reader.exitCode());
+}
+
 } // namespace
 
 void put(Cells &cells, int row, int column, const QString &value)
@@ -138,26 +166,12 @@ QString differences(const QString &path, const Book &book)
 
 QString differencesElsewhere(const QString &path, const Book &book)
 {
-    const QString script = QFINDTESTDATA("readback.py");
-    QFile expectation(path + ".json");
-    if (script.isEmpty() || !expectation.open(QIODevice::WriteOnly)) {
-        return "no script or no place for the expectation";
-    }
-    expectation.write(asJson(book));
-    expectation.close();
-    QProcess reader;
-    reader.setProcessChannelMode(QProcess::MergedChannels);
-    reader.start("/usr/bin/python3", {script, path, expectation.fileName()});
-    if (!reader.waitForFinished(300000)) {
-        return "the other reader does not run: " + reader.errorString();
-    }
-    const QString output = QString::fromUtf8(reader.readAll());
-    const bool content = reader.exitStatus() == QProcess::NormalExit && reader.exitCode() == 0;
-    if (content && output.trimmed() == "ok") {
-        return {};
-    }
-    return output.section('\n', 0, mostLines - 1)
-        + QString("\nexit code %1").arg(reader.exitCode());
+    return complaintOf("readback.py", {}, path, book);
+}
+
+QString differencesIn(const QString &program, const QString &path, const Book &book)
+{
+    return complaintOf("readconverted.py", {program}, path, book);
 }
 
 } // namespace ExpectedSheets

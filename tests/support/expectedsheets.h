@@ -36,4 +36,8 @@ QString differences(const QString &path, const Book &book);
 /// series, and that they carry no texts.
 QString differencesElsewhere(const QString &path, const Book &book);
 
+/// The cells as a spreadsheet program reads them: "ssconvert" of Gnumeric or "soffice" of
+/// LibreOffice.
+QString differencesIn(const QString &program, const QString &path, const Book &book);
+
 } // namespace ExpectedSheets
