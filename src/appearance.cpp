@@ -17,7 +17,7 @@ bool isDark(const QPalette &palette)
 
 QPalette lightPalette()
 {
-    const QPalette palette = QApplication::style()->standardPalette();
+    QPalette palette = QApplication::style()->standardPalette();
     if (!isDark(palette)) {
         return palette;
     }

@@ -21,6 +21,7 @@
 #include <QTranslator>
 #include <xlsxdocument.h>
 
+#include "appearance.h"
 #include "settingsdialog.h"
 #include "support/mainwindowtester.h"
 
@@ -254,15 +255,25 @@ private:
 
 int main(int argc, char *argv[])
 {
+    const bool dark = argc == 4 && qstrcmp(argv[3], "--dark") == 0;
+    const bool dense = argc == 4 && qstrcmp(argv[3], "--dense") == 0;
+    // The other pictures do not depend on the screen.
+    if (dark || dense) {
+        Appearance::prepare();
+    }
     QApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();
     if (arguments.size() < 3 || arguments.size() > 4) {
-        std::fputs("usage: glymark_tour SAMPLES OUTPUT [TRANSLATION]\n", stderr);
+        std::fputs("usage: glymark_tour SAMPLES OUTPUT [TRANSLATION | --dark | --dense]\n", stderr);
         return 2;
     }
     // The pictures are the same on every desktop.
     QApplication::setStyle(QStyleFactory::create("fusion"));
     QApplication::setFont(QFont("DejaVu Sans", 9));
+    if (dark) {
+        QApplication::setPalette(QPalette(QColor(45, 45, 45), QColor(30, 30, 30)));
+    }
+    Appearance::settle();
     const QDir output(QFileInfo(arguments.at(2)).absoluteFilePath());
     if (!QDir().mkpath(output.path())) {
         std::fprintf(stderr, "tour: cannot make %s\n", qPrintable(output.path()));
@@ -270,7 +281,7 @@ int main(int argc, char *argv[])
     }
 
     QTranslator translator;
-    const bool translated = arguments.size() == 4;
+    const bool translated = arguments.size() == 4 && !dark && !dense;
     if (translated && !translator.load(arguments.at(3))) {
         std::fprintf(stderr, "tour: cannot read %s\n", qPrintable(arguments.at(3)));
         return 1;
@@ -278,8 +289,11 @@ int main(int argc, char *argv[])
     QCoreApplication::installTranslator(&translator);
 
     Tour tour(QFileInfo(arguments.at(1)).absoluteFilePath(), output.path());
-    const QStringList problems =
-        translated ? tour.runForOnePicture("window-czech.png") : tour.run();
+    const char *onePicture = translated ? "window-czech.png"
+        : dark                          ? "window-dark.png"
+        : dense                         ? "window-dense.png"
+                                        : nullptr;
+    const QStringList problems = onePicture ? tour.runForOnePicture(onePicture) : tour.run();
     for (const QString &problem : problems) {
         std::fprintf(stderr, "tour: %s\n", qPrintable(problem));
     }

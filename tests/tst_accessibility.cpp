@@ -14,28 +14,17 @@
 
 #include "graphsubwindow.h"
 #include "resultsubwindow.h"
-#include "support/mainwindowtester.h"
-#include "support/testworkbooks.h"
+#include "support/graphtester.h"
 
 namespace
 {
 
-class Tester : public MainWindowTester
+class Tester : public GraphTester
 {
 public:
-    Tester()
-    {
-        TestWorkbooks::save(path("two.xlsx"),
-                            {{"a", 50.0, 60.0, 55.0, 70.0}, {"b", 70.0, 68.0, 65.0, 66.0}});
-        start();
-        open("two.xlsx");
-    }
-
     void showBothGraphs()
     {
-        patientTable()->selectAll();
-        answers.expect<QInputDialog>([](QInputDialog &dialog) { dialog.accept(); });
-        button("Show graph")->click();
+        makeGraph({0, 1});
         trigger("Groups graph");
     }
 

@@ -180,6 +180,20 @@ private Q_SLOTS:
         }
     }
 
+    void bothCentersComeTogether()
+    {
+        // By hand: the columns are 1, 2, 9 and its multiples by 1, 2, 3, 10, 20 and 30.
+        const auto patient = [](double value) {
+            return score(value, 2 * value, 3 * value, 10 * value, 20 * value, 30 * value);
+        };
+        const Centers centers = centersOf({patient(1), patient(2), patient(9)});
+        QCOMPARE(centers.median.convergence, Series({2, 4, 6}));
+        QCOMPARE(centers.median.variability, Series({20, 40, 60}));
+        QCOMPARE(centers.average.convergence, Series({4, 8, 12}));
+        QCOMPARE(centers.average.variability, Series({40, 80, 120}));
+        QVERIFY(centers.median.id.isEmpty() && centers.average.id.isEmpty());
+    }
+
     void theSettingChoosesTheCenter_data()
     {
         QTest::addColumn<QByteArray>("file");
