@@ -126,33 +126,33 @@ struct Note {
     const char *text;
 };
 
-constexpr std::array<Note, 2> medianNotes = {{
-    {5, 12, information},
-    {6, 12, "Numbers in columns 2 and higher = kvadrants"},
-}};
+constexpr std::array medianNotes = {
+    Note{5, 12, information},
+    Note{6, 12, "Numbers in columns 2 and higher = kvadrants"},
+};
 
-constexpr std::array<Note, 2> flagNotes = {{
-    {5, 11, information},
-    {6, 11, "1 - worse than median, 0 better than median"},
-}};
+constexpr std::array flagNotes = {
+    Note{5, 11, information},
+    Note{6, 11, "1 - worse than median, 0 better than median"},
+};
 
-constexpr std::array<Note, 6> pairComparisonNotes = {{
-    {5, 13, information},
-    {6, 13, patientColumn},
-    {7, 13, referenceColumn},
-    {7, 14, "Number in second column = kvadrants"},
-    {8, 13, "Rest columns except last = compared to reference"},
-    {8, 14, sameOrDifferent},
-}};
+constexpr std::array pairComparisonNotes = {
+    Note{5, 13, information},
+    Note{6, 13, patientColumn},
+    Note{7, 13, referenceColumn},
+    Note{7, 14, "Number in second column = kvadrants"},
+    Note{8, 13, "Rest columns except last = compared to reference"},
+    Note{8, 14, sameOrDifferent},
+};
 
-constexpr std::array<Note, 6> methodComparisonNotes = {{
-    {5, 7, information},
-    {6, 7, patientColumn},
-    {7, 7, referenceColumn},
-    {7, 8, "1 - worse than median or equal, 0 - better than median"},
-    {8, 7, "3, 4 column: Compared to second column"},
-    {8, 8, sameOrDifferent},
-}};
+constexpr std::array methodComparisonNotes = {
+    Note{5, 7, information},
+    Note{6, 7, patientColumn},
+    Note{7, 7, referenceColumn},
+    Note{7, 8, "1 - worse than median or equal, 0 - better than median"},
+    Note{8, 7, "3, 4 column: Compared to second column"},
+    Note{8, 8, sameOrDifferent},
+};
 
 const QString patientHeading = QStringLiteral("Patient ID");
 const QString shareHeading = QStringLiteral("% same as reference");
@@ -429,7 +429,7 @@ void addIdealSheet(Analysis &analysis, const Marks &kvadrants)
     putTexts(texts, 1, firstColumn, headings);
     const auto cellsOf = [&patients = analysis.patients, kvadrants](int k, RowCells &cells) {
         const int ideal = patients.at(k).idealKvadrant;
-        // The mark of a patient without an ideal equals no kvadrant.
+        // noIdealKvadrant equals no kvadrant, so that such a patient has no hit.
         const auto hits = [&](int pair) { return ideal == kvadrants.at(k, pair) ? 1 : 0; };
         int sum = hits(lastPair);
         cells.text(1, patients.at(k).id);
