@@ -1,0 +1,33 @@
+#!/usr/bin/env python3
+"""guide.py <guide.md> <guide.html>: the guide as one page that every browser shows."""
+
+import pathlib
+import sys
+
+import markdown
+
+PAGE = """<!DOCTYPE html>
+<html lang="en">
+<head>
+<meta charset="utf-8">
+<meta name="viewport" content="width=device-width, initial-scale=1">
+<title>Glymark: user guide</title>
+<style>
+body {{ max-width: 50em; margin: 2em auto; padding: 0 1em; font: 16px/1.5 sans-serif; }}
+img {{ max-width: 100%; }}
+table {{ border-collapse: collapse; }}
+th, td {{ border: 1px solid #999; padding: 0.2em 0.6em; text-align: left; vertical-align: top; }}
+code, pre {{ background: #f2f2f2; }}
+</style>
+</head>
+<body>
+{body}
+</body>
+</html>
+"""
+
+source, page = map(pathlib.Path, sys.argv[1:3])
+body = markdown.markdown(
+    source.read_text(encoding="utf-8"), extensions=["tables", "toc", "fenced_code", "sane_lists"]
+)
+page.write_text(PAGE.format(body=body), encoding="utf-8")
