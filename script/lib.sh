@@ -49,7 +49,7 @@ begin() {
 # The lock is file 9, which the scripts that this one calls inherit.
 lock() {
     mkdir -p build 2>/dev/null || fail "cannot make the folder $PWD/build"
-    [ -w build ] || fail "$PWD/build belongs to $(stat -c %U build): remove it, or work as $(stat -c %U build)"
+    [ -w build ] || fail "$PWD/build belongs to $(stat -c %U build), and you cannot write to it"
     [ ! /proc/self/fd/9 -ef build/lock ] || return 0
     exec 9>build/lock
     flock --nonblock 9 || {
@@ -60,8 +60,11 @@ lock() {
 
 unlock() { exec 9>&-; }
 
-# What root made in build/ goes to whom the project belongs.
-give_back() { [ "$(id -u)" -ne 0 ] || chown -R --no-dereference --reference=. build; }
+# What root made in build/, apart from whole systems, goes to whom the project belongs.
+give_back() {
+    [ "$(id -u)" -ne 0 ] || [ -O . ] ||
+        find build -path build/bare -prune -o -exec chown --no-dereference --reference=. {} +
+}
 
 # Tests and pictures are the same whatever the caller's desktop asks of the toolkit.
 forget_desktop() {

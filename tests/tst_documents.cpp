@@ -392,6 +392,29 @@ private Q_SLOTS:
         QCOMPARE(matches(read(file), qPrintable(pattern)).value(0), QString(PROJECT_VERSION));
     }
 
+    void sourcesNameTheLicence()
+    {
+        const QStringList folders = {"benchmarks", "cmake", "fuzz",  "packaging",   "samples",
+                                     "script",     "src",   "tests", "translations"};
+        int count = 0;
+        for (const QString &folder : folders) {
+            const QStringList names = folder == "script"
+                ? QStringList("*")
+                : QStringList({"*.cpp", "*.h", "*.cmake", "CMakeLists.txt", "*.py", "glymark*.in"});
+            QDirIterator files(path(folder), names, QDir::Files, QDirIterator::Subdirectories);
+            while (files.hasNext()) {
+                const QString file = files.next();
+                // The first line of a script says what runs it.
+                QVERIFY2(read(file)
+                             .section('\n', 0, 1)
+                             .contains("SPDX-License-Identifier: GPL-3.0-or-later"),
+                         qPrintable(file));
+                ++count;
+            }
+        }
+        QVERIFY(count > 100);
+    }
+
     void dateIsTheSameEverywhere_data()
     {
         QTest::addColumn<QString>("file");
