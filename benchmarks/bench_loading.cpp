@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Loading a workbook: time and memory of loadWorkbook, and of QXlsx::Document alone on the same
 // file, each in a process of its own. Fails when 10,000 patients take more of either than there.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // How long one repaint of each graph takes, by the number of patients.
 
 #include <algorithm>

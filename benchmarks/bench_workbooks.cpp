@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Saving both workbooks: processor time, memory beyond the group and size of the file, beside
 // libxlsxwriter in its constant-memory mode, which writes the same cells in the same run. Each
 // measurement has a process of its own. Fails when 10,000 patients cost more than they may.

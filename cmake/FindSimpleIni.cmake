@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # SimpleIni has no package file of its own in the releases that we support.
 #
 # Defines the target SimpleIni::SimpleIni. The library is optional: it only holds the character

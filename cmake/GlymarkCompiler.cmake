@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Warnings and sanitizers as interface targets, so that a target takes them by linking.
 
 add_library(glymark_warnings INTERFACE)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Everything that the program is built upon, found once.
 
 find_package(Qt5 5.15 REQUIRED COMPONENTS Core Gui Widgets Svg PrintSupport)

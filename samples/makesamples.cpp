@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Writes the two sample workbooks: invented patients, the same at every run.
 
 #include <algorithm>

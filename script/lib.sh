@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # shellcheck shell=bash
 # What the scripts share. Sourced first; it makes the top of the project the working directory, and
 # whatever the caller's environment holds, the scripts do the same.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Linked with the program's own entry: opens the workbook that GLYMARK_WORKBOOK names, shows all
 // that the program has to show, prints what a test has to know about its texts, and quits.
 //

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Linked with the program's own entry, so that a test learns what the program shows when it starts:
 // prints each message box, accepts it, then prints the texts of the window and quits.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Drives the real window through its whole work on the sample, with real dialogs, and leaves the
 // pictures of the documents, an exported page and both workbooks behind.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // The window by keyboard alone and with a screen reader.
 
 #include <QAccessible>

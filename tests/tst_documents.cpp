@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Holds the documents against what they speak of: every link, picture, path, command, target, name
 // and menu text in them exists, and version and date are the same everywhere.
 

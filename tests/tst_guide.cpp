@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Recomputes the numbers of the documents: what they say in figures must be what the program
 // computes.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Commands that run while another one waits for its dialog, as a global menu bar, an automation or
 // a session manager can make them.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // A user who does anything in any order. GLYMARK_MONKEY_STEPS and GLYMARK_MONKEY_SEED make the walk
 // longer or another one.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What other programs read in a saved workbook.
 
 #include <limits>

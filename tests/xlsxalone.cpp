@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // Links the layer of the .xlsx packages whole and alone: what is not in it or below it is not found
 // by the linker. Writes a workbook and reads it back.
 

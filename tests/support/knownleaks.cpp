@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
 // What the leak sanitizer passes over in every test program. Compiled in, so that no path stands in
 // an option, where a blank would cut it.
 

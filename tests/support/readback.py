@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Reads a workbook with openpyxl and compares it with an expectation.
 
 usage: readback.py WORKBOOK EXPECTATION

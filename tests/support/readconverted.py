@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """Reads a workbook with a spreadsheet program and compares its cells with an expectation.
 
 usage: readconverted.py PROGRAM WORKBOOK EXPECTATION

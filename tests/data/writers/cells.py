@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 """The patients of patients.tsv, for the scripts in Python."""
 import os
 

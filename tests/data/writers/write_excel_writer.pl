@@ -1,4 +1,5 @@
 #!/usr/bin/perl
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Writes the patients with Excel::Writer::XLSX.
 use strict;
 use warnings;

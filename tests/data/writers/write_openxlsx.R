@@ -1,4 +1,5 @@
 #!/usr/bin/Rscript
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Writes the patients with openxlsx.
 suppressPackageStartupMessages(library(openxlsx))
 
