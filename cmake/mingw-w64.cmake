@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # Builds for 64-bit Windows with Debian's cross compiler, against the libraries in
 # build/windows-kept/root: what script/package-windows puts there.
 

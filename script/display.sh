@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
 # shellcheck shell=bash
 # A virtual display, and a program on it that is used by its keys. Sourced after lib.sh by scripts
 # that set work, the folder for logs.

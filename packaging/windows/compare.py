@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """compare.py <folder> <other folder>: fails unless both hold the same saved results.
 
 Workbooks must agree cell for cell, in value and kind; the page in its texts. Lines and places of

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: GPL-3.0-or-later
 """guide.py <guide.md> <guide.html>: the guide as one page that every browser shows."""
 
 import pathlib
