@@ -6,6 +6,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstring>
+#include <string_view>
 
 #include "xlsx/sharedstringswriter.h"
 
@@ -18,11 +19,10 @@ constexpr int pieceSize = 64 * 1024;
 // A place, a number and what stands around them take 60 bytes at most.
 using CellXml = std::array<char, 96>;
 
-template<size_t size>
-char *put(char *to, const char (&text)[size])
+char *put(char *to, std::string_view text)
 {
-    std::memcpy(to, text, size - 1);
-    return to + (size - 1);
+    std::memcpy(to, text.data(), text.size());
+    return to + text.size();
 }
 
 // The letters that name a column.

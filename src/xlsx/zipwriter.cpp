@@ -186,7 +186,7 @@ Archive opened(zip_source_t *source, int flags)
     if (archive == nullptr) {
         zip_source_free(source);
     }
-    return Archive(archive, &zip_discard);
+    return {archive, &zip_discard};
 }
 
 bool addPart(zip_t *archive, const QByteArray &name, PartSource *part)
