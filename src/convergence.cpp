@@ -62,6 +62,9 @@ double exponentialFit(const QVector<double> &values)
     for (int i = 0; i < values.size(); ++i) {
         const double x = i;
         const double y = values.at(i);
+        if (y < 0.0) {
+            return undefined; // no logarithm, also where the solver would drop k
+        }
         const double p = x * y;
         const double logarithm = std::log(y);
         s0 += y;

@@ -229,6 +229,13 @@ private Q_SLOTS:
         QCOMPARE(difference(exponentialFit({50, 60, -1}), notANumber, 0.0), QString());
     }
 
+    // The system of equations is singular here, and its solver would answer 0.
+    void negativeValuesHaveNoFitWhereItIsSingular()
+    {
+        QCOMPARE(difference(exponentialFit({2, -1}), notANumber, 0.0), QString());
+        QCOMPARE(difference(exponentialFit({-1, 2}), notANumber, 0.0), QString());
+    }
+
     void zerosHaveNoLogarithm()
     {
         QCOMPARE(difference(exponentialFit({50, 0, 55}), notANumber, 0.0), QString());
