@@ -162,7 +162,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
     file.close();
 
     const LoadedWorkbook workbook = loadWorkbook(path);
-    if ((workbook.document == nullptr) != (workbook.error != LoadError::None)) {
+    if ((workbook.document == nullptr) != (workbook.error.reason != LoadError::None)) {
         std::abort();
     }
     if (workbook.document) {

@@ -32,6 +32,7 @@
 #include "graphsubwindow.h"
 #include "methods.h"
 #include "patientreader.h"
+#include "refusal.h"
 #include "resultsubwindow.h"
 #include "scores.h"
 #include "settingsdialog.h"
@@ -305,7 +306,7 @@ void MainWindow::open()
         const WaitingCursor cursor;
         return loadPatients(path);
     }();
-    if (error != LoadError::None) {
+    if (error) {
         refuse(path, refusalText(error));
         return;
     }
@@ -332,36 +333,6 @@ void MainWindow::open()
     patientTable->show();
     createScoreModel();
     setFileLoaded(true);
-}
-
-QString MainWindow::refusalText(LoadError error)
-{
-    struct Refusal {
-        LoadError error;
-        const char *text;
-    };
-    static constexpr std::array refusals = {
-        Refusal{LoadError::CannotBeRead,
-                QT_TR_NOOP("This file cannot be read. Nothing was opened.")},
-        Refusal{LoadError::NotAWorkbook,
-                QT_TR_NOOP("This file is not a workbook. Nothing was opened.")},
-        Refusal{LoadError::OldFormat,
-                QT_TR_NOOP("This is a workbook of the old kind (.xls). Save it as .xlsx with a "
-                           "spreadsheet program and open that file. Nothing was opened.")},
-        Refusal{LoadError::PasswordProtected,
-                QT_TR_NOOP(
-                    "This workbook is protected by a password. Save it without one and open that "
-                    "file. Nothing was opened.")},
-        Refusal{LoadError::Damaged, QT_TR_NOOP("This workbook is damaged. Nothing was opened.")},
-        Refusal{LoadError::NoWorksheet,
-                QT_TR_NOOP("This workbook has no worksheet. Nothing was opened.")},
-        Refusal{LoadError::TooLarge, QT_TR_NOOP("This workbook is too large. Nothing was opened.")},
-    };
-    static_assert(refusals.size() == size_t(LoadError::TooLarge), "an error lacks its sentence");
-    const auto *refusal =
-        std::find_if(refusals.begin(), refusals.end(),
-                     [error](const Refusal &candidate) { return candidate.error == error; });
-    return tr(refusal->text);
 }
 
 QString MainWindow::tooFewValuesText(const QVector<PatientRecord> &read,

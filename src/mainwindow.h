@@ -22,7 +22,6 @@ class QPushButton;
 class QTableView;
 class QVBoxLayout;
 class ResultSubWindow;
-enum class LoadError;
 
 /// The one window: owns the patients of the open workbook and their results, shows them in two
 /// tables and in graph sub-windows, and offers the commands on them.
@@ -77,7 +76,6 @@ private:
     void showSettings();
     void showInformation(const QString &title, const QString &text);
 
-    static QString refusalText(LoadError error);
     static QString tooFewValuesText(const QVector<PatientRecord> &read,
                                     const QVector<int> &indices);
     void refuse(const QString &path, const QString &text);

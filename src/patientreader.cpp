@@ -23,7 +23,7 @@ LoadedPatients loadPatients(const QString &path)
     if (!workbook.document) {
         return {{}, workbook.error};
     }
-    return {readPatients(*workbook.document), LoadError::None};
+    return {readPatients(*workbook.document), LoadError()};
 }
 
 int readPatientCount(const QXlsx::Document &document)

@@ -15,7 +15,7 @@ class Document;
 /// The patients of a workbook, or the reason why it was not loaded.
 struct LoadedPatients {
     QVector<PatientRecord> patients;
-    LoadError error = LoadError::None;
+    LoadError error;
 };
 
 /// Loads the workbook in the file \p path and reads all patients of its sheet. Without an error

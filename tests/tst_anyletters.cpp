@@ -58,7 +58,7 @@ private Q_SLOTS:
         const QString path = QDir::current().filePath(name + ".xlsx");
         TestWorkbooks::save(path, {{name, 51, 48}});
         const LoadedPatients loaded = loadPatients(path);
-        QCOMPARE(loaded.error, LoadError::None);
+        QCOMPARE(loaded.error.reason, LoadError::None);
         QCOMPARE(loaded.patients.size(), 1);
         QCOMPARE(loaded.patients.constFirst().id, name);
     }

@@ -683,6 +683,8 @@ private Q_SLOTS:
         chartOnly.sheets = R"(<sheet name="Chart" sheetId="1" r:id="chart"/>)";
         HandmadeWorkbook tooFar = workbook;
         tooFar.rows = R"(<row r="1048577"><c r="A1048577"><v>1</v></c></row>)";
+        HandmadeWorkbook badCell = workbook;
+        badCell.rows = R"(<row r="17"><c r="C17"><v>5,5</v></c></row>)";
         const QByteArray whole = bytes(workbook);
 
         QTest::newRow("not a workbook")
@@ -695,7 +697,12 @@ private Q_SLOTS:
                                   << "This workbook is protected by a password. Save it without "
                                      "one and open that file. Nothing was opened.";
         QTest::newRow("damaged") << whole.left(whole.size() / 2)
-                                 << "This workbook is damaged. Nothing was opened.";
+                                 << "This workbook is damaged (archive: it cannot be taken apart). "
+                                    "Nothing was opened.";
+        QTest::newRow("damaged cell")
+            << bytes(badCell)
+            << "This workbook is damaged (worksheet, cell C17: this is not a number). "
+               "Nothing was opened.";
         QTest::newRow("no worksheet")
             << bytes(chartOnly) << "This workbook has no worksheet. Nothing was opened.";
         QTest::newRow("too large")

@@ -10,12 +10,40 @@ class TestNumberFormats : public QObject
 private Q_SLOTS:
     void codeOfDatesIsOne_data()
     {
-        addCodes({"d.m.yyyy",    "YYYY-MM-DD", "h:mm",    "mm:ss.0",
-                  "[h]:mm:ss",   "[mm]",       "[ss].00", "[$-409]h:mm AM/PM;@",
-                  "[Red]d/m/yy", "\"on \"dd",  "\\odd",   "_-yyyy",
-                  "* mmm",       "0;d.m.yyyy", "\"0\"d",  "[$-804]aaaa;@",
-                  "[$-411]ggge", "e",          "bbbb",    "0_\";d",
-                  "General;d"});
+        addCodes({"d.m.yyyy",
+                  "YYYY-MM-DD",
+                  "h:mm",
+                  "mm:ss.0",
+                  "[h]:mm:ss",
+                  "[mm]",
+                  "[ss].00",
+                  "[$-409]h:mm AM/PM;@",
+                  "[Red]d/m/yy",
+                  "\"on \"dd",
+                  "\\odd",
+                  "_-yyyy",
+                  "* mmm",
+                  "0;d.m.yyyy",
+                  "\"0\"d",
+                  "[$-804]aaaa;@",
+                  "[$-411]ggge",
+                  "e",
+                  "bbbb",
+                  "0_\";d",
+                  "General;d",
+                  "yyyymmdd",
+                  "hhmmss",
+                  "yyyymmddThhmm",
+                  "hAM/PM",
+                  "AM/PM",
+                  "h a/p",
+                  "USD d.m.yyyy",
+                  "Standard;d",
+                  "dd. mmmm",
+                  "D-MMM-YY",
+                  "[H]",
+                  "yyyy\u5e74m\u6708d\u65e5",
+                  "dd mmm yyyy\u0433."});
     }
 
     void codeOfDatesIsOne()
@@ -27,6 +55,17 @@ private Q_SLOTS:
     void codeOfNumbersIsNone_data()
     {
         addCodes({"General",
+                  "GENERAL",
+                  "Standard",
+                  "USD 0.00",
+                  "usd 0.00",
+                  "mmol",
+                  "mmHg 0",
+                  "Std. 0.0",
+                  "sth",
+                  "AM 0",
+                  "0.00;[red]0.00",
+                  "Days: 0",
                   "General\" mmol\"",
                   "EUR 0.00",
                   "Core 0",
@@ -66,14 +105,11 @@ private Q_SLOTS:
         const auto row = [](int number, NumberFormats::Kind kind) {
             QTest::addRow("%d", number) << number << static_cast<int>(kind);
         };
-        for (const int number : {0, 1, 4, 9, 13, 23, 37, 44, 48, 49, 59, 163}) {
+        for (const int number : {-1, 0, 1, 4, 9, 13, 23, 37, 44, 48, 49, 59, 163, 164, 1000000}) {
             row(number, NumberFormats::Kind::Number);
         }
         for (const int number : {14, 22, 27, 36, 45, 47, 50, 58, 71, 81}) {
             row(number, NumberFormats::Kind::Date);
-        }
-        for (const int number : {164, 1000000}) {
-            row(number, NumberFormats::Kind::Unknown);
         }
     }
 

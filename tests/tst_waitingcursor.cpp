@@ -35,7 +35,7 @@ LoadedWorkbook loadWorkbook(const QString &path, int /*textColumn*/)
     document->write(2, 1, "a");
     document->write(2, 2, 50.0);
     document->write(2, 3, 60.0);
-    return {std::move(document), LoadError::None};
+    return {std::move(document), {}};
 }
 
 bool writeDataWorkbook(const QString & /*fileName*/, const QVector<PatientRecord> & /*patients*/,

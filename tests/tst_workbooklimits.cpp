@@ -13,7 +13,7 @@
 #include "xlsx/workbooklimits.h"
 #include "xlsx/workbookloader.h"
 
-Q_DECLARE_METATYPE(LoadError)
+Q_DECLARE_METATYPE(LoadError::Reason)
 
 namespace
 {
@@ -94,9 +94,9 @@ private Q_SLOTS:
     {
         QTest::addColumn<QByteArray>("piece");
         QTest::addColumn<int>("count");
-        QTest::addColumn<LoadError>("expected");
+        QTest::addColumn<LoadError::Reason>("expected");
         const auto rows = [](const char *name, const QByteArray &piece, int count,
-                             LoadError expected) {
+                             LoadError::Reason expected) {
             QTest::newRow(name) << piece << count << expected;
         };
         const QByteArray cell = "<c><v>1</v></c>";
@@ -140,7 +140,7 @@ private Q_SLOTS:
     {
         QFETCH(const QByteArray, piece);
         QFETCH(const int, count);
-        QFETCH(const LoadError, expected);
+        QFETCH(const LoadError::Reason, expected);
         HandmadeWorkbook workbook;
         workbook.styles = R"(<cellXfs><xf/><xf numFmtId="14"/></cellXfs>)";
         const Pieces pieces = [&piece, count](int i) {
@@ -150,7 +150,7 @@ private Q_SLOTS:
             return i < count ? piece : i == count ? QByteArray("</sheetData>") : QByteArray();
         };
         savePart(workbook, "xl/worksheets/sheet1.xml", "worksheet", pieces);
-        QCOMPARE(load().error, expected);
+        QCOMPARE(load().error.reason, expected);
     }
 
     // The parser keeps each name that it meets.
@@ -165,7 +165,7 @@ private Q_SLOTS:
             return i < 3000 ? piece : QByteArray();
         };
         savePart(HandmadeWorkbook(), "xl/worksheets/sheet1.xml", "worksheet", names);
-        QCOMPARE(load().error, LoadError::TooLarge);
+        QCOMPARE(load().error.reason, LoadError::TooLarge);
     }
 
     void hostileTextsAreBounded()
@@ -174,17 +174,17 @@ private Q_SLOTS:
         workbook.strings = "";
         const char *const part = "xl/sharedStrings.xml";
         savePart(workbook, part, "sst", repeated("<si/>", 9'000'000));
-        QCOMPARE(load().error, LoadError::TooLarge);
+        QCOMPARE(load().error.reason, LoadError::TooLarge);
         savePart(workbook, part, "sst",
                  repeated("<si><t>" + QByteArray(30000, 'x') + "</t></si>", 8000));
-        QCOMPARE(load().error, LoadError::TooLarge);
+        QCOMPARE(load().error.reason, LoadError::TooLarge);
 
         // One long text for a hundred thousand cells is one text.
         workbook.strings = "<si><t>" + QByteArray(32767, 'x') + "</t></si>";
         workbook.rows = QByteArray(R"(<row><c t="s"><v>0</v></c></row>)").repeated(100'000);
         workbook.save(path());
         const LoadedWorkbook loaded = load();
-        QCOMPARE(loaded.error, LoadError::None);
+        QCOMPARE(loaded.error.reason, LoadError::None);
         QCOMPARE(loaded.document->read(100'000, 1).toString().size(), 32767);
     }
 
@@ -199,7 +199,7 @@ private Q_SLOTS:
                     >= 0);
         }
         QCOMPARE(zip_close(archive), 0);
-        QCOMPARE(load().error, LoadError::TooLarge);
+        QCOMPARE(load().error.reason, LoadError::TooLarge);
     }
 
     void hugeFileIsRefused()
@@ -209,7 +209,7 @@ private Q_SLOTS:
         file.write("PK");
         QVERIFY(file.resize(workbookLimits.fileSize + 1));
         file.close();
-        QCOMPARE(load().error, LoadError::TooLarge);
+        QCOMPARE(load().error.reason, LoadError::TooLarge);
     }
 
     void fiftyThousandPatientsAreRead()
@@ -220,7 +220,7 @@ private Q_SLOTS:
         workbook.rows = row.repeated(50'001);
         workbook.save(path());
         const LoadedWorkbook loaded = load();
-        QCOMPARE(loaded.error, LoadError::None);
+        QCOMPARE(loaded.error.reason, LoadError::None);
         QCOMPARE(loaded.document->read(50'001, 21).toDouble(), 50.5);
     }
 

@@ -31,8 +31,8 @@ QByteArray partOf(const QString &workbook, const QByteArray &name)
         content.append(data, size);
         return true;
     };
-    const bool read = file.open(QIODevice::ReadOnly) && package.open(&file) == LoadError::None
-        && package.read(name, 1 << 20, append) == LoadError::None;
+    const bool read = file.open(QIODevice::ReadOnly) && !package.open(&file)
+        && !package.read(name, 1 << 20, append);
     return read ? content : QByteArray();
 }
 

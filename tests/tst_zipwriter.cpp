@@ -73,8 +73,7 @@ QByteArray partOf(const QByteArray &archive, const QByteArray &name)
         return true;
     };
     const bool read = file.open() && file.write(archive) == archive.size() && file.flush()
-        && package.open(&file) == LoadError::None
-        && package.read(name, 1 << 24, append) == LoadError::None;
+        && !package.open(&file) && !package.read(name, 1 << 24, append);
     return read ? content : QByteArray("cannot be read");
 }
 

@@ -338,8 +338,120 @@
         <translation>Tento sešit je chráněn heslem. Uložte jej bez hesla a otevřete tento nový soubor. Nic nebylo otevřeno.</translation>
     </message>
     <message>
-        <source>This workbook is damaged. Nothing was opened.</source>
-        <translation>Tento sešit je poškozený. Nic nebylo otevřeno.</translation>
+        <source>This workbook is damaged (%1). Nothing was opened.</source>
+        <translation>Tento sešit je poškozený (%1). Nic nebylo otevřeno.</translation>
+    </message>
+    <message>
+        <source>archive</source>
+        <translation>archiv</translation>
+    </message>
+    <message>
+        <source>relationships of the package</source>
+        <translation>vazby balíčku</translation>
+    </message>
+    <message>
+        <source>workbook</source>
+        <translation>sešit</translation>
+    </message>
+    <message>
+        <source>relationships of the workbook</source>
+        <translation>vazby sešitu</translation>
+    </message>
+    <message>
+        <source>cell formats</source>
+        <translation>formáty buněk</translation>
+    </message>
+    <message>
+        <source>shared texts</source>
+        <translation>sdílené texty</translation>
+    </message>
+    <message>
+        <source>worksheet</source>
+        <translation>list</translation>
+    </message>
+    <message>
+        <source>it cannot be taken apart</source>
+        <translation>nelze rozbalit</translation>
+    </message>
+    <message>
+        <source>it is missing</source>
+        <translation>chybí</translation>
+    </message>
+    <message>
+        <source>there are two of it</source>
+        <translation>je tu dvakrát</translation>
+    </message>
+    <message>
+        <source>its bytes are damaged</source>
+        <translation>obsah je porušený</translation>
+    </message>
+    <message>
+        <source>it is not well-formed XML</source>
+        <translation>není to správné XML</translation>
+    </message>
+    <message>
+        <source>it declares a document type</source>
+        <translation>deklaruje typ dokumentu</translation>
+    </message>
+    <message>
+        <source>an element does not belong there</source>
+        <translation>prvek tam nepatří</translation>
+    </message>
+    <message>
+        <source>an attribute is unknown</source>
+        <translation>neznámý atribut</translation>
+    </message>
+    <message>
+        <source>an index is not a number</source>
+        <translation>index není číslo</translation>
+    </message>
+    <message>
+        <source>two of them have the same name</source>
+        <translation>dvě z nich mají stejné jméno</translation>
+    </message>
+    <message>
+        <source>its kind is unknown</source>
+        <translation>neznámý druh</translation>
+    </message>
+    <message>
+        <source>the number of a row or the address of a cell is wrong</source>
+        <translation>číslo řádku nebo adresa buňky nesouhlasí</translation>
+    </message>
+    <message>
+        <source>the type of the cell is unknown</source>
+        <translation>neznámý typ buňky</translation>
+    </message>
+    <message>
+        <source>there are two contents</source>
+        <translation>jsou tu dva obsahy</translation>
+    </message>
+    <message>
+        <source>the cell is there twice with different contents</source>
+        <translation>buňka je tu dvakrát s různým obsahem</translation>
+    </message>
+    <message>
+        <source>this is not a number</source>
+        <translation>toto není číslo</translation>
+    </message>
+    <message>
+        <source>this is neither true nor false</source>
+        <translation>toto není pravda ani nepravda</translation>
+    </message>
+    <message>
+        <source>the error is a number</source>
+        <translation>chybová hodnota je číslo</translation>
+    </message>
+    <message>
+        <source>there is no such shared text</source>
+        <translation>takový sdílený text neexistuje</translation>
+    </message>
+    <message>
+        <source>%1: %2</source>
+        <translation>%1: %2</translation>
+    </message>
+    <message>
+        <source>%1, cell %2: %3</source>
+        <translation>%1, buňka %2: %3</translation>
     </message>
     <message>
         <source>This workbook has no worksheet. Nothing was opened.</source>

@@ -10,13 +10,22 @@ namespace
 
 enum Node { SheetNode = 1, NumberFormatsNode, NumberFormatNode, CellFormatsNode, CellFormatNode };
 
-// An unknown element among the formats would shift all that follow.
-constexpr std::array<XmlStep, 5> steps = {{
-    {"styleSheet", XmlReader::document, XmlOutcome::Read, SheetNode},
+// An unknown element could hold the formats, and one among them would shift all that follow.
+constexpr std::array<XmlStep, 14> steps = {{
+    {"styleSheet", XmlReader::document, XmlOutcome::Read, SheetNode, XmlOutcome::Refused},
     {"numFmts", SheetNode, XmlOutcome::Read, NumberFormatsNode, XmlOutcome::Refused},
     {"numFmt", NumberFormatsNode, XmlOutcome::Read, NumberFormatNode},
     {"cellXfs", SheetNode, XmlOutcome::Read, CellFormatsNode, XmlOutcome::Refused},
     {"xf", CellFormatsNode, XmlOutcome::Read, CellFormatNode},
+    {"fonts", SheetNode, XmlOutcome::PassedOver},
+    {"fills", SheetNode, XmlOutcome::PassedOver},
+    {"borders", SheetNode, XmlOutcome::PassedOver},
+    {"cellStyleXfs", SheetNode, XmlOutcome::PassedOver},
+    {"cellStyles", SheetNode, XmlOutcome::PassedOver},
+    {"dxfs", SheetNode, XmlOutcome::PassedOver},
+    {"tableStyles", SheetNode, XmlOutcome::PassedOver},
+    {"colors", SheetNode, XmlOutcome::PassedOver},
+    {"extLst", SheetNode, XmlOutcome::PassedOver},
 }};
 
 } // namespace
@@ -46,9 +55,11 @@ void CellFormats::addNumberFormat(const XmlAttributes &attributes)
     bool known = false;
     const int number = QByteArray(attributes.value("numFmtId")).toInt(&known);
     const char *const code = attributes.value("formatCode");
-    if (!known || number < 0 || code == nullptr) {
-        refuse(LoadError::Damaged);
-    } else if (m_custom.size() >= workbookLimits.listEntries) {
+    // Without a number or a code it says nothing of any cell.
+    if (!known || code == nullptr) {
+        return;
+    }
+    if (m_custom.size() >= workbookLimits.listEntries) {
         refuse(LoadError::TooLarge);
     } else {
         m_custom.insert(number,
@@ -60,11 +71,11 @@ void CellFormats::addNumberFormat(const XmlAttributes &attributes)
 
 void CellFormats::addCellFormat(const XmlAttributes &attributes)
 {
+    const QByteArray text = attributes.value("numFmtId");
     bool known = true;
-    const char *const text = attributes.value("numFmtId");
-    const int number = text == nullptr ? 0 : QByteArray(text).toInt(&known);
-    if (!known || number < 0) {
-        refuse(LoadError::Damaged);
+    const int number = text.isEmpty() ? 0 : text.toInt(&known);
+    if (!known) {
+        refuse(LoadError::Damage::Index);
     } else if (m_formats.size() >= workbookLimits.cellFormats) {
         refuse(LoadError::TooLarge);
     } else {

@@ -13,9 +13,8 @@ class CellFormats : public XmlReader
 public:
     CellFormats();
 
-    /// Number of cell formats; at least one, since cells without a format have the first.
-    int count() const { return qMax(1, m_formats.size()); }
-    /// The kind of the cell format \p index, from 0 to count() - 1.
+    /// The kind of the cell format \p index. An index beyond the table has no format, nor has a
+    /// number format that the workbook does not declare: both show a number as a number.
     NumberFormats::Kind kind(int index) const;
 
 private:

@@ -63,28 +63,62 @@ int nextSection(const QString &code, int position)
     return position + 1;
 }
 
-// Whether \p letters, all that stand side by side, ask for a part of a date. Weekdays, years of an
-// era and Buddhist years are a date only alone: "EUR" and "General" hold their letters, too.
-bool isDateWord(const QString &letters)
+// Letters beyond ASCII are no part of words: nobody needs to quote a sign for "year" behind "yyyy".
+bool isWordLetter(QChar character)
 {
-    static const QStringList calendarWords = {
+    return character.unicode() < 0x80 && character.isLetter();
+}
+
+// The position behind the letters side by side that begin at \p position.
+int skipLetters(const QString &code, int position)
+{
+    while (position < code.size() && isWordLetter(code.at(position))) {
+        ++position;
+    }
+    return position;
+}
+
+// Weekdays, years of an era and Buddhist years, which are codes only as a whole word: "EUR" and
+// "General" hold their letters, too.
+bool isCalendarWord(const QString &letters)
+{
+    static const QStringList words = {
         QStringLiteral("aaa"),  QStringLiteral("aaaa"), QStringLiteral("bb"),
         QStringLiteral("bbbb"), QStringLiteral("e"),    QStringLiteral("ee"),
         QStringLiteral("ge"),   QStringLiteral("gee"),  QStringLiteral("gge"),
         QStringLiteral("ggee"), QStringLiteral("ggge"), QStringLiteral("gggee"),
     };
-    const bool hasDateLetter = std::any_of(
-        letters.begin(), letters.end(), [](QChar letter) { return dateLetters.contains(letter); });
-    return hasDateLetter || calendarWords.contains(letters);
+    return words.contains(letters);
 }
 
-QString lettersAt(const QString &code, int position)
+// The length of the code of dates and times that \p text begins with; 0 without one.
+int dateCodeLength(const QStringRef &text)
 {
-    int end = position;
-    while (end < code.size() && code.at(end).isLetter()) {
-        ++end;
+    for (const char *const code : {"am/pm", "a/p"}) {
+        const QLatin1String latin(code);
+        if (text.startsWith(latin, Qt::CaseInsensitive)) {
+            return latin.size();
+        }
     }
-    return code.mid(position, end - position).toLower();
+    return dateLetters.contains(text.at(0), Qt::CaseInsensitive) ? 1 : 0;
+}
+
+// Whether the letters side by side that \p text begins with are codes of dates and times, all of
+// them. A T joins the day and the hour, as in "yyyymmddThhmm".
+bool isDateWord(QStringRef text)
+{
+    QChar before;
+    while (!text.isEmpty() && isWordLetter(text.at(0))) {
+        const bool joins = before.toLower() == QLatin1Char('d')
+            && text.startsWith(QLatin1String("th"), Qt::CaseInsensitive);
+        const int length = joins ? 1 : dateCodeLength(text);
+        if (length == 0) {
+            return false;
+        }
+        before = text.at(length - 1);
+        text = text.mid(length);
+    }
+    return !before.isNull();
 }
 
 } // namespace
@@ -96,7 +130,7 @@ Kind builtinKind(int number)
             return Kind::Date;
         }
     }
-    return number < firstCustom ? Kind::Number : Kind::Unknown;
+    return Kind::Number;
 }
 
 bool isDateCode(const QString &code)
@@ -104,12 +138,13 @@ bool isDateCode(const QString &code)
     int position = 0;
     while (position < code.size()) {
         const QChar character = code.at(position);
-        if (const QString letters = lettersAt(code, position); !letters.isEmpty()) {
-            if (isDateWord(letters)) {
+        if (isWordLetter(character)) {
+            const int end = skipLetters(code, position);
+            const QString letters = code.mid(position, end - position).toLower();
+            if (isDateWord(code.midRef(position)) || isCalendarWord(letters)) {
                 return true;
             }
-            position = letters == QLatin1String("general") ? nextSection(code, position)
-                                                           : position + letters.size();
+            position = letters == QLatin1String("general") ? nextSection(code, position) : end;
             continue;
         }
         bool elapsed = false;

@@ -7,24 +7,19 @@
 namespace NumberFormats
 {
 
-enum class Kind {
-    Number,
-    Date,
-    /// Nothing says whether it is a date.
-    Unknown
-};
+enum class Kind { Number, Date };
 
-/// Numbers from this one on have no meaning but that of the format code given with them.
-constexpr int firstCustom = 164;
-
-/// The kind of the built-in format \p number; Unknown from firstCustom on.
+/// The kind of the built-in format \p number; Number for one that is not built in.
 Kind builtinKind(int number);
 
-/// Whether \p code, a custom format such as "[Red]dd.mm.yyyy" or "0.0 \"mmol\"", has a section
-/// whose first meaningful character is a letter of dates and times, as in "mm:ss.0". Quoted and
-/// escaped texts, colours, conditions and currencies mean nothing; elapsed times such as "[h]" are
-/// times. A section that starts with a placeholder of digits stays a number, so that "0.0 mmol/mol"
-/// without quotes is one.
+/// Whether \p code, a custom format such as "[Red]dd.mm.yyyy" or "0.0 \"mmol\"", has a section in
+/// which a code of dates and times comes before the first placeholder of digits, as in "mm:ss.0".
+///
+/// Letters side by side are such codes only when all of them are: years, months, days, hours,
+/// minutes and seconds in any order, with AM/PM or A/P ("yyyymmdd", "hAM/PM"), or one of the words
+/// for weekdays and eras. So "USD 0.00" and "Standard" are numbers, whose letters stand for
+/// themselves. Quoted and escaped texts, colours, conditions and currencies mean nothing; elapsed
+/// times such as "[h]" are times. "0.0 mmol/mol" without quotes is a number.
 bool isDateCode(const QString &code);
 
 } // namespace NumberFormats

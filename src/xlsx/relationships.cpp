@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "xlsx/relationships.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <utility>
@@ -97,18 +98,31 @@ QByteArray Relationships::partFor(const QByteArray &source)
 
 const Relationships::Target *Relationships::target(const QByteArray &id) const
 {
-    const auto found = m_targets.constFind(id);
-    return found == m_targets.constEnd() ? nullptr : &*found;
+    const auto found = m_targetsById.constFind(id);
+    return found == m_targetsById.constEnd() ? nullptr : &*found;
 }
 
-QVector<Relationships::Target> Relationships::targets(Kind kind) const
+QVector<QByteArray> Relationships::identifiers(Kind kind) const
 {
-    QVector<Target> found;
-    for (const Target &target : m_targets) {
-        if (target.kind == kind) {
-            found.append(target);
+    QVector<QByteArray> found;
+    for (auto target = m_targetsById.begin(); target != m_targetsById.end(); ++target) {
+        if (target->kind == kind) {
+            found.append(target.key());
         }
     }
+    return found;
+}
+
+QVector<QByteArray> Relationships::parts(Kind kind) const
+{
+    QVector<QByteArray> found;
+    for (const Target &target : m_targets) {
+        if (target.kind == kind) {
+            found.append(target.part);
+        }
+    }
+    std::sort(found.begin(), found.end());
+    found.erase(std::unique(found.begin(), found.end()), found.end());
     return found;
 }
 
@@ -117,21 +131,24 @@ void Relationships::enter(int node, const XmlAttributes &attributes)
     if (node != OneNode) {
         return;
     }
-    const QByteArray id = attributes.value("Id");
-    const QByteArray mode = attributes.value("TargetMode");
-    if (id.isEmpty() || m_targets.contains(id)) {
-        refuse(LoadError::Damaged);
-        return;
-    }
     if (m_targets.size() >= workbookLimits.listEntries) {
         refuse(LoadError::TooLarge);
         return;
     }
-    // The target is an address outside of the package.
-    if (mode == "External") {
-        m_targets.insert(id, {});
+    const QByteArray id = attributes.value("Id");
+    const QByteArray mode = attributes.value("TargetMode");
+    // An external target is an address outside of the package.
+    const Target target = mode == "External"
+        ? Target()
+        : Target{kindOf(attributes.value("Type")), resolved(m_source, attributes.value("Target"))};
+    m_targets.append(target);
+    // A relationship without an identifier leads no sheet to its part.
+    if (id.isEmpty()) {
         return;
     }
-    m_targets.insert(
-        id, {kindOf(attributes.value("Type")), resolved(m_source, attributes.value("Target"))});
+    if (const auto known = m_targetsById.find(id); known == m_targetsById.end()) {
+        m_targetsById.insert(id, target);
+    } else if (known->kind != target.kind || known->part != target.part) {
+        refuse(LoadError::Damage::Identifier);
+    }
 }

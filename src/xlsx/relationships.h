@@ -14,9 +14,11 @@ public:
     /// Kinds of parts that matter here.
     enum class Kind { Workbook, Worksheet, OtherSheet, Styles, SharedStrings, Other };
 
+    /// What a relationship leads to.
     struct Target {
         Kind kind = Kind::Other;
-        /// Name of the part in the package, without a slash in front.
+        /// Name of the part in the package, without a slash in front; empty for an address outside
+        /// of the package.
         QByteArray part;
     };
 
@@ -28,12 +30,15 @@ public:
 
     /// The target with the identifier \p id, or null.
     const Target *target(const QByteArray &id) const;
-    /// The targets of the kind \p kind.
-    QVector<Target> targets(Kind kind) const;
+    /// The identifiers of the targets of the kind \p kind.
+    QVector<QByteArray> identifiers(Kind kind) const;
+    /// The parts of the kind \p kind, each once.
+    QVector<QByteArray> parts(Kind kind) const;
 
 private:
     void enter(int node, const XmlAttributes &attributes) override;
 
     QByteArray m_source;
-    QHash<QByteArray, Target> m_targets;
+    QVector<Target> m_targets;
+    QHash<QByteArray, Target> m_targetsById;
 };

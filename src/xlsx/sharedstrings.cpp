@@ -39,7 +39,7 @@ void SharedStrings::enter(int node, const XmlAttributes & /*attributes*/)
         m_text.beginRun();
     } else if (node == TextNode && !m_text.begin()) {
         // Joined they would read as another number.
-        refuse(LoadError::Damaged);
+        refuse(LoadError::Damage::TwoContents);
     }
 }
 

@@ -15,11 +15,8 @@ constexpr std::array<XmlStep, 4> steps = {{
     {"workbook", XmlReader::document, XmlOutcome::Read, BookNode},
     {"workbookPr", BookNode, XmlOutcome::Read, PropertiesNode},
     {"sheets", BookNode, XmlOutcome::Read, SheetsNode, XmlOutcome::Refused},
-    {"sheet", SheetsNode, XmlOutcome::Read, SheetNode, XmlOutcome::Refused},
+    {"sheet", SheetsNode, XmlOutcome::Read, SheetNode},
 }};
-
-// Another state would make another sheet the first visible one.
-constexpr std::array<const char *, 4> sheetAttributes = {"name", "sheetId", "state", nullptr};
 
 } // namespace
 
@@ -39,16 +36,11 @@ void SheetList::enter(int node, const XmlAttributes &attributes)
 
 void SheetList::addSheet(const XmlAttributes &attributes)
 {
-    const QByteArray relationship = attributes.relationship("id");
     const QByteArray state = attributes.value("state");
-    const bool visible = state.isEmpty() || state == "visible";
     const bool hidden = state == "hidden" || state == "veryHidden";
-    if (relationship.isEmpty() || !(visible || hidden)
-        || !attributes.areAmong(sheetAttributes.data())) {
-        refuse(LoadError::Damaged);
-    } else if (m_sheets.size() >= workbookLimits.listEntries) {
+    if (m_sheets.size() >= workbookLimits.listEntries) {
         refuse(LoadError::TooLarge);
     } else {
-        m_sheets.append({relationship, visible});
+        m_sheets.append({attributes.relationship("id"), !hidden});
     }
 }

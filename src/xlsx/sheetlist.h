@@ -11,7 +11,7 @@ class SheetList : public XmlReader
 {
 public:
     struct Sheet {
-        /// Identifier of the relationship that leads to the sheet's part.
+        /// Identifier of the relationship that leads to the sheet's part; empty without one.
         QByteArray relationship;
         bool visible = true;
     };

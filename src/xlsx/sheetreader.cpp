@@ -5,7 +5,7 @@
 #include <cstring>
 
 #include <QDateTime>
-#include <xlsxcell.h>
+#include <xlsxcellreference.h>
 #include <xlsxworkbook.h>
 
 #include "xlsx/celltext.h"
@@ -64,11 +64,11 @@ QString noDate()
     return QStringLiteral("########");
 }
 
-bool toIndex(const QByteArray &text, int count, int *index)
+bool toIndex(const QByteArray &text, int *index)
 {
     bool known = false;
     *index = text.trimmed().toInt(&known);
-    return known && *index >= 0 && *index < count;
+    return known && *index >= 0;
 }
 
 // The column and the row that a reference such as "C17" names, each from 1 on; 0 for one that is
@@ -116,16 +116,18 @@ void SheetReader::enter(int node, const XmlAttributes &attributes)
         enterCell(attributes);
         break;
     case ValueNode:
+        ++m_values;
+        break;
     case InlineNode:
-        ++m_contents;
+        ++m_inlineTexts;
         break;
     case RunNode:
-        m_text.beginRun();
+        m_inlineText.beginRun();
         break;
     case TextNode:
-        if (!m_text.begin()) {
+        if (!m_inlineText.begin()) {
             // Joined they would read as another number.
-            refuse(LoadError::Damaged);
+            refuse(LoadError::Damage::TwoContents);
         }
         break;
     default:
@@ -136,19 +138,25 @@ void SheetReader::enter(int node, const XmlAttributes &attributes)
 void SheetReader::leave(int node)
 {
     if (node == CellNode) {
-        if (const LoadError error = store(); error != LoadError::None) {
-            refuse(error);
-        }
+        store();
+        m_inCell = isRefused();
     } else if (node == SheetNode && !m_hasData) {
-        refuse(LoadError::Damaged);
+        refuse(LoadError::Damage::Element);
     }
 }
 
 void SheetReader::text(int node, const char *data, int size)
 {
-    if (node == ValueNode || node == TextNode) {
-        m_text.append(data, size);
+    if (node == ValueNode) {
+        m_value.append(data, size);
+    } else if (node == TextNode) {
+        m_inlineText.append(data, size);
     }
+}
+
+QString SheetReader::currentCell() const
+{
+    return m_inCell && m_column > 0 ? QXlsx::CellReference(m_row, m_column).toString() : QString();
 }
 
 void SheetReader::enterRow(const XmlAttributes &attributes)
@@ -159,7 +167,7 @@ void SheetReader::enterRow(const XmlAttributes &attributes)
         bool known = false;
         const qlonglong row = QByteArray(number).toLongLong(&known);
         if (!known || row < 1) {
-            refuse(LoadError::Damaged);
+            refuse(LoadError::Damage::Reference);
             return;
         }
         m_row = static_cast<int>(qMin<qlonglong>(row, workbookLimits.rows + 1));
@@ -171,13 +179,21 @@ void SheetReader::enterRow(const XmlAttributes &attributes)
 
 void SheetReader::enterCell(const XmlAttributes &attributes)
 {
-    m_text.clear();
-    m_contents = 0;
-    if (!attributes.areAmong(cellAttributes.data()) || !moveTo(attributes.value("r"))
-        || !setType(attributes.value("t")) || !setFormat(attributes.value("s"))) {
-        refuse(LoadError::Damaged);
+    m_inCell = true;
+    m_value.clear();
+    m_inlineText.clear();
+    m_values = 0;
+    m_inlineTexts = 0;
+    if (!moveTo(attributes.value("r"))) {
+        refuse(LoadError::Damage::Reference);
     } else if (m_column > workbookLimits.columns) {
         refuse(LoadError::TooLarge);
+    } else if (!attributes.areAmong(cellAttributes.data())) {
+        refuse(LoadError::Damage::Attribute);
+    } else if (!setType(attributes.value("t"))) {
+        refuse(LoadError::Damage::CellType);
+    } else if (!setFormat(attributes.value("s"))) {
+        refuse(LoadError::Damage::Index);
     }
 }
 
@@ -210,148 +226,175 @@ bool SheetReader::setType(const char *name)
 bool SheetReader::setFormat(const char *index)
 {
     m_format = 0;
-    return index == nullptr || toIndex(index, m_context.formats->count(), &m_format);
+    return index == nullptr || *index == '\0' || toIndex(index, &m_format);
 }
 
-LoadError SheetReader::store()
+void SheetReader::store()
 {
-    if (m_contents > 1) {
-        return LoadError::Damaged;
+    const bool isInline = m_inlineTexts > 0;
+    const bool both = isInline && m_values > 0 && m_type != Type::InlineString;
+    if (m_values > 1 || m_inlineTexts > 1 || both) {
+        refuse(LoadError::Damage::TwoContents);
+        return;
     }
-    const QByteArray &text = m_text.utf8();
+    const QByteArray &text = isInline ? m_inlineText.utf8() : m_value.utf8();
     if (text.isEmpty()) {
-        return LoadError::None;
+        return;
     }
     switch (m_type) {
     case Type::Number:
-        return storeNumber(text);
+        storeNumber(text);
+        break;
     case Type::Boolean:
-        return storeBoolean(text);
+        storeBoolean(text);
+        break;
     case Type::Error:
-        return storeError(CellText::decode(text));
+        storeError(CellText::decode(text));
+        break;
     case Type::SharedString:
-        return storeSharedString(text);
+        storeSharedString(text);
+        break;
     case Type::Date:
-        return storeIsoDate(text);
-    default:
-        return storeText(CellText::decode(text));
+        storeIsoDate(text);
+        break;
+    case Type::FormulaString:
+    case Type::InlineString:
+        storeText(CellText::decode(text));
+        break;
     }
 }
 
 // A cell that should hold a number and does not is an error. Passed over it would end the values of
 // its row or join its neighbours, and nobody would know.
-LoadError SheetReader::storeNumber(const QByteArray &text)
+void SheetReader::storeNumber(const QByteArray &text)
 {
     if (text.trimmed().isEmpty()) {
-        return LoadError::None;
+        return;
     }
     double value = 0.0;
-    const NumberFormats::Kind kind = m_context.formats->kind(m_format);
-    if (kind == NumberFormats::Kind::Unknown || !CellText::toNumber(text, &value)) {
-        return LoadError::Damaged;
+    if (!CellText::toNumber(text, &value)) {
+        refuse(LoadError::Damage::Number);
+    } else if (m_context.formats->kind(m_format) == NumberFormats::Kind::Date) {
+        storeDate(value);
+    } else if (m_column == m_context.textColumn) {
+        storeText(CellText::plainDigits(text));
+    } else {
+        write({QXlsx::Cell::NumberType, value, {}, false});
     }
-    if (kind == NumberFormats::Kind::Date) {
-        return storeDate(value);
-    }
-    if (m_column == m_context.textColumn) {
-        return storeText(CellText::plainDigits(text));
-    }
-    const LoadError error = claimCell();
-    if (error == LoadError::None) {
-        m_context.target->writeNumeric(m_row, m_column, value);
-    }
-    return error;
 }
 
-LoadError SheetReader::storeDate(double days)
+void SheetReader::storeDate(double days)
 {
-    if (!(days >= 0.0 && days < firstDayWithoutDate)) {
-        return storeText(noDate());
+    if (days >= 0.0 && days < firstDayWithoutDate) {
+        write({QXlsx::Cell::NumberType, days, {}, true});
+    } else {
+        storeText(noDate());
     }
-    const LoadError error = claimCell();
-    if (error == LoadError::None) {
-        m_context.target->writeNumeric(m_row, m_column, days, m_dateFormat);
-    }
-    return error;
 }
 
-LoadError SheetReader::storeIsoDate(const QByteArray &text)
+void SheetReader::storeIsoDate(const QByteArray &text)
 {
     const QString iso = QString::fromUtf8(text.trimmed());
     const QDateTime moment = QDateTime::fromString(iso, Qt::ISODateWithMs);
     const QTime time = QTime::fromString(iso, Qt::ISODateWithMs);
     constexpr double millisecondsOfDay = 86'400'000.0;
-    if (!moment.isValid()) {
-        return time.isValid() ? storeDate(time.msecsSinceStartOfDay() / millisecondsOfDay)
-                              : storeText(noDate());
+    if (moment.isValid()) {
+        // The days of the workbook count from here on, but for the first two months of 1900.
+        const QDate start =
+            m_context.target->workbook()->isDate1904() ? QDate(1904, 1, 1) : QDate(1899, 12, 30);
+        storeDate(static_cast<double>(start.daysTo(moment.date()))
+                  + moment.time().msecsSinceStartOfDay() / millisecondsOfDay);
+    } else if (time.isValid()) {
+        storeDate(time.msecsSinceStartOfDay() / millisecondsOfDay);
+    } else {
+        storeText(noDate());
     }
-    // The days of the workbook count from here on, but for the first two months of 1900.
-    const QDate start =
-        m_context.target->workbook()->isDate1904() ? QDate(1904, 1, 1) : QDate(1899, 12, 30);
-    return storeDate(static_cast<double>(start.daysTo(moment.date()))
-                     + moment.time().msecsSinceStartOfDay() / millisecondsOfDay);
 }
 
-LoadError SheetReader::storeBoolean(const QByteArray &text)
+void SheetReader::storeBoolean(const QByteArray &text)
 {
     const QByteArray name = text.trimmed();
     const bool isTrue = name == "1" || name == "true";
-    if (!isTrue && name != "0" && name != "false") {
-        return LoadError::Damaged;
+    if (isTrue || name == "0" || name == "false") {
+        write({QXlsx::Cell::BooleanType, isTrue ? 1.0 : 0.0, {}, false});
+    } else {
+        refuse(LoadError::Damage::TruthValue);
     }
-    const LoadError error = claimCell();
-    if (error == LoadError::None) {
-        m_context.target->writeBool(m_row, m_column, isTrue);
-    }
-    return error;
 }
 
 // A number would count as a value, which the text of an error never does.
-LoadError SheetReader::storeError(const QString &text)
+void SheetReader::storeError(const QString &text)
 {
     bool isNumber = false;
     text.toDouble(&isNumber);
-    return isNumber ? LoadError::Damaged : storeText(text);
+    if (isNumber) {
+        refuse(LoadError::Damage::ErrorValue);
+    } else {
+        storeText(text);
+    }
 }
 
-LoadError SheetReader::storeSharedString(const QByteArray &index)
+void SheetReader::storeSharedString(const QByteArray &index)
 {
     int number = 0;
-    if (!toIndex(index, m_context.sharedStrings->size(), &number)) {
-        return LoadError::Damaged;
+    if (!toIndex(index, &number) || number >= m_context.sharedStrings->size()) {
+        refuse(LoadError::Damage::TextIndex);
+    } else if (const QString &text = m_context.sharedStrings->at(number); !text.isEmpty()) {
+        write({QXlsx::Cell::InlineStringType, 0.0, text, false});
     }
-    return writeText(m_context.sharedStrings->at(number));
 }
 
-LoadError SheetReader::storeText(const QString &text)
+void SheetReader::storeText(const QString &text)
 {
-    return m_context.budget->takeText(text) ? writeText(text) : LoadError::TooLarge;
+    if (!m_context.budget->takeText(text)) {
+        refuse(LoadError::TooLarge);
+    } else if (!text.isEmpty()) {
+        write({QXlsx::Cell::InlineStringType, 0.0, text, false});
+    }
 }
 
-// As an inline string: the general write takes some texts for formulas or addresses.
-LoadError SheetReader::writeText(const QString &text)
-{
-    if (text.isEmpty()) {
-        return LoadError::None;
-    }
-    const LoadError error = claimCell();
-    if (error == LoadError::None) {
-        m_context.target->writeInlineString(m_row, m_column, text);
-    }
-    return error;
-}
-
-// Takes the current cell for contents. Only cells out of order are looked up.
-LoadError SheetReader::claimCell()
+void SheetReader::write(const Content &content)
 {
     const bool newRow = m_row != m_lastRow;
-    if (m_row < m_lastRow || (m_row == m_lastRow && m_column <= m_lastColumn)) {
-        if (m_context.target->cellAt(m_row, m_column) != nullptr) {
-            return LoadError::Damaged;
+    if (!isInOrder()) {
+        if (const QXlsx::Cell *const before = m_context.target->cellAt(m_row, m_column)) {
+            if (!isSame(*before, content)) {
+                refuse(LoadError::Damage::CellTwice);
+            }
+            return;
         }
-    } else {
-        m_lastRow = m_row;
-        m_lastColumn = m_column;
     }
-    return m_context.budget->takeCell(newRow) ? LoadError::None : LoadError::TooLarge;
+    if (!m_context.budget->takeCell(newRow)) {
+        refuse(LoadError::TooLarge);
+        return;
+    }
+    QXlsx::Worksheet *const target = m_context.target;
+    if (content.type == QXlsx::Cell::InlineStringType) {
+        // The general write takes some texts for formulas or addresses.
+        target->writeInlineString(m_row, m_column, content.text);
+    } else if (content.type == QXlsx::Cell::BooleanType) {
+        target->writeBool(m_row, m_column, content.number != 0.0);
+    } else {
+        target->writeNumeric(m_row, m_column, content.number,
+                             content.isDate ? m_dateFormat : QXlsx::Format());
+    }
+}
+
+bool SheetReader::isSame(const QXlsx::Cell &cell, const Content &content)
+{
+    const bool isText = content.type == QXlsx::Cell::InlineStringType;
+    return cell.cellType() == content.type && cell.isDateTime() == content.isDate
+        && (isText ? cell.value().toString() == content.text
+                   : cell.value().toDouble() == content.number);
+}
+
+// Whether the cell follows all that were written, so that nothing can be there yet.
+bool SheetReader::isInOrder()
+{
+    if (m_row < m_lastRow || (m_row == m_lastRow && m_column <= m_lastColumn)) {
+        return false;
+    }
+    m_lastRow = m_row;
+    m_lastColumn = m_column;
+    return true;
 }

@@ -1,12 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "xlsx/workbookloader.h"
 
+#include <algorithm>
+#include <optional>
+
 #include <QFile>
 #include <QFileInfo>
+#include <QSet>
 #include <xlsxworkbook.h>
 #include <xlsxworksheet.h>
 
 #include "xlsx/compoundfile.h"
+#include "xlsx/contenttypes.h"
 #include "xlsx/relationships.h"
 #include "xlsx/sheetlist.h"
 #include "xlsx/sheetreader.h"
@@ -34,6 +39,10 @@ private:
     LoadError readSharedStrings();
     LoadError readSheet();
 
+    bool hasUnlistedWorksheet() const;
+    bool isLeftOut(const QByteArray &part);
+    bool isComplete();
+    bool hasLostPart();
     LoadError readOptional(Relationships::Kind kind, XmlReader *reader);
 
     QFile m_file;
@@ -44,6 +53,7 @@ private:
     QByteArray m_workbookPart;
     SheetList m_sheets;
     std::unique_ptr<Relationships> m_relationships;
+    std::optional<bool> m_isComplete;
     CellFormats m_styles;
     SharedStrings m_strings = SharedStrings(&m_budget);
     QByteArray m_sheetPart;
@@ -52,25 +62,25 @@ private:
 
 LoadError Loader::load()
 {
-    if (const LoadError error = openFile(); error != LoadError::None) {
+    if (LoadError error = openFile(); error) {
         return error;
     }
-    if (const LoadError error = openPackage(); error != LoadError::None) {
+    if (LoadError error = openPackage(); error) {
         return error;
     }
-    if (const LoadError error = findWorkbook(); error != LoadError::None) {
+    if (LoadError error = findWorkbook(); error) {
         return error;
     }
-    if (const LoadError error = readWorkbook(); error != LoadError::None) {
+    if (LoadError error = readWorkbook(); error) {
         return error;
     }
-    if (const LoadError error = chooseSheet(); error != LoadError::None) {
+    if (LoadError error = chooseSheet(); error) {
         return error;
     }
-    if (const LoadError error = readStyles(); error != LoadError::None) {
+    if (LoadError error = readStyles(); error) {
         return error;
     }
-    if (const LoadError error = readSharedStrings(); error != LoadError::None) {
+    if (LoadError error = readSharedStrings(); error) {
         return error;
     }
     return readSheet();
@@ -96,7 +106,10 @@ LoadError Loader::openPackage()
         return CompoundFile::isEncryptedPackage(&m_file) ? LoadError::PasswordProtected
                                                          : LoadError::OldFormat;
     }
-    return start.startsWith(archiveSignature) ? m_package.open(&m_file) : LoadError::NotAWorkbook;
+    if (!start.startsWith(archiveSignature)) {
+        return LoadError::NotAWorkbook;
+    }
+    return m_package.open(&m_file).in(LoadError::Part::Archive);
 }
 
 LoadError Loader::findWorkbook()
@@ -106,73 +119,140 @@ LoadError Loader::findWorkbook()
         return LoadError::NotAWorkbook;
     }
     Relationships relationships({});
-    const LoadError error =
-        relationships.readPart(&m_package, part, &m_count, workbookLimits.listSize);
-    if (error != LoadError::None) {
-        return error;
+    LoadError error = relationships.readPart(&m_package, part, &m_count, workbookLimits.listSize);
+    if (error) {
+        return std::move(error).in(LoadError::Part::PackageRelationships);
     }
-    const auto targets = relationships.targets(Relationships::Kind::Workbook);
-    if (targets.size() > 1) {
-        return LoadError::Damaged;
+    const auto parts = relationships.parts(Relationships::Kind::Workbook);
+    if (parts.size() > 1) {
+        return LoadError(LoadError::Damage::Doubled).in(LoadError::Part::Workbook);
     }
-    m_workbookPart = targets.isEmpty() ? QByteArray() : targets.constFirst().part;
-    return targets.isEmpty() ? LoadError::NotAWorkbook : LoadError::None;
+    m_workbookPart = parts.value(0);
+    return m_workbookPart.isEmpty() ? LoadError::NotAWorkbook : LoadError::None;
 }
 
 LoadError Loader::readWorkbook()
 {
-    const LoadError error =
+    LoadError error =
         m_sheets.readPart(&m_package, m_workbookPart, &m_count, workbookLimits.listSize);
-    if (error == LoadError::Damaged && m_sheets.isOther()) {
+    if (error.reason == LoadError::Damaged && m_sheets.isOther()) {
         return LoadError::NotAWorkbook;
     }
-    if (error != LoadError::None) {
-        return error;
+    if (error) {
+        return std::move(error).in(LoadError::Part::Workbook);
     }
     m_relationships = std::make_unique<Relationships>(m_workbookPart);
-    return m_relationships->readPart(&m_package, Relationships::partFor(m_workbookPart), &m_count,
-                                     workbookLimits.listSize);
+    return m_relationships
+        ->readPart(&m_package, Relationships::partFor(m_workbookPart), &m_count,
+                   workbookLimits.listSize)
+        .in(LoadError::Part::WorkbookRelationships);
 }
 
+// Sheets without a part are old macro modules, or what a program left behind. A part that is there
+// and of an unknown kind could be the worksheet that was meant.
 LoadError Loader::chooseSheet()
 {
-    bool visible = false;
+    const SheetList::Sheet *chosen = nullptr;
+    const Relationships::Target *chosenTarget = nullptr;
+    bool leadsNowhere = false;
     for (const SheetList::Sheet &sheet : m_sheets.sheets()) {
         const Relationships::Target *const target = m_relationships->target(sheet.relationship);
-        const bool isSheet = target != nullptr
-            && (target->kind == Relationships::Kind::Worksheet
-                || target->kind == Relationships::Kind::OtherSheet);
-        if (!isSheet) {
-            return LoadError::Damaged;
-        }
-        const bool better = m_sheetPart.isEmpty() || (sheet.visible && !visible);
-        if (target->kind == Relationships::Kind::Worksheet && better) {
-            m_sheetPart = target->part;
-            visible = sheet.visible;
+        const bool isBetter = chosen == nullptr || (sheet.visible && !chosen->visible);
+        leadsNowhere = leadsNowhere || target == nullptr;
+        if (isBetter && target != nullptr && target->kind != Relationships::Kind::OtherSheet
+            && !isLeftOut(target->part)) {
+            chosen = &sheet;
+            chosenTarget = target;
         }
     }
-    return m_sheetPart.isEmpty() ? LoadError::NoWorksheet : LoadError::None;
+    if (chosen == nullptr) {
+        return LoadError::NoWorksheet;
+    }
+    if (leadsNowhere && hasUnlistedWorksheet()) {
+        return LoadError(LoadError::Damage::Missing).in(LoadError::Part::Worksheet);
+    }
+    m_sheetPart = chosenTarget->part;
+    return chosenTarget->kind == Relationships::Kind::Worksheet
+        ? LoadError()
+        : LoadError(LoadError::Damage::SheetKind).in(LoadError::Part::Worksheet);
+}
+
+// Whether no sheet names the relationship of a worksheet, which one that leads nowhere may have
+// meant.
+bool Loader::hasUnlistedWorksheet() const
+{
+    QSet<QByteArray> listed;
+    for (const SheetList::Sheet &sheet : m_sheets.sheets()) {
+        listed.insert(sheet.relationship);
+    }
+    const auto worksheets = m_relationships->identifiers(Relationships::Kind::Worksheet);
+    return std::any_of(worksheets.begin(), worksheets.end(), [this, &listed](const QByteArray &id) {
+        return !listed.contains(id) && m_package.contains(m_relationships->target(id)->part);
+    });
+}
+
+// Whether the part is not in the package. A part that is there and only lost its name, or to which
+// no relationship leads any more, is not left out.
+bool Loader::isLeftOut(const QByteArray &part)
+{
+    return part.isEmpty() || (!m_package.contains(part) && isComplete());
+}
+
+// Whether the names in the archive agree, and the relationships lead to each worksheet and to the
+// formats that the list of content types names.
+bool Loader::isComplete()
+{
+    if (!m_isComplete) {
+        m_isComplete = m_package.namesAgree() && !hasLostPart();
+    }
+    return *m_isComplete;
+}
+
+bool Loader::hasLostPart()
+{
+    if (!m_package.contains(ContentTypes::part())) {
+        return false;
+    }
+    ContentTypes types;
+    if (types.readPart(&m_package, ContentTypes::part(), &m_count, workbookLimits.listSize)) {
+        return true;
+    }
+    QSet<QByteArray> known;
+    for (const auto kind : {Relationships::Kind::Worksheet, Relationships::Kind::Styles}) {
+        for (const QByteArray &part : m_relationships->parts(kind)) {
+            known.insert(part.toLower());
+        }
+    }
+    const QVector<QByteArray> &parts = types.sheetsAndStyles();
+    return std::any_of(parts.begin(), parts.end(), [this, &known](const QByteArray &part) {
+        return m_package.contains(part) && !known.contains(part.toLower());
+    });
 }
 
 LoadError Loader::readOptional(Relationships::Kind kind, XmlReader *reader)
 {
-    const auto targets = m_relationships->targets(kind);
-    if (targets.size() > 1) {
-        return LoadError::Damaged;
+    const auto parts = m_relationships->parts(kind);
+    if (parts.size() > 1) {
+        return LoadError::Damage::Doubled;
     }
-    return targets.isEmpty() ? LoadError::None
-                             : reader->readPart(&m_package, targets.constFirst().part, &m_count,
-                                                workbookLimits.partSize);
+    const QByteArray part = parts.value(0);
+    return isLeftOut(part) ? LoadError()
+                           : reader->readPart(&m_package, part, &m_count, workbookLimits.partSize);
 }
 
+// Without any formats a date would read as a number.
 LoadError Loader::readStyles()
 {
-    return readOptional(Relationships::Kind::Styles, &m_styles);
+    if (m_relationships->parts(Relationships::Kind::Styles).isEmpty() && !isComplete()) {
+        return LoadError(LoadError::Damage::Missing).in(LoadError::Part::CellFormats);
+    }
+    return readOptional(Relationships::Kind::Styles, &m_styles).in(LoadError::Part::CellFormats);
 }
 
 LoadError Loader::readSharedStrings()
 {
-    return readOptional(Relationships::Kind::SharedStrings, &m_strings);
+    return readOptional(Relationships::Kind::SharedStrings, &m_strings)
+        .in(LoadError::Part::SharedTexts);
 }
 
 LoadError Loader::readSheet()
@@ -181,12 +261,11 @@ LoadError Loader::readSheet()
     document->workbook()->setDate1904(m_sheets.is1904());
     SheetReader reader(
         {&m_strings.texts(), &m_styles, document->currentWorksheet(), &m_budget, m_textColumn});
-    const LoadError error =
-        reader.readPart(&m_package, m_sheetPart, &m_count, workbookLimits.partSize);
-    if (error == LoadError::None) {
+    LoadError error = reader.readPart(&m_package, m_sheetPart, &m_count, workbookLimits.partSize);
+    if (!error) {
         m_document = std::move(document);
     }
-    return error;
+    return std::move(error).in(LoadError::Part::Worksheet);
 }
 
 } // namespace
@@ -194,6 +273,6 @@ LoadError Loader::readSheet()
 LoadedWorkbook loadWorkbook(const QString &path, int textColumn)
 {
     Loader loader(path, textColumn);
-    const LoadError error = loader.load();
-    return {loader.takeDocument(), error};
+    LoadError error = loader.load();
+    return {loader.takeDocument(), std::move(error)};
 }

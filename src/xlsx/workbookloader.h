@@ -11,7 +11,7 @@
 /// A document of one worksheet, or the reason why there is none.
 struct LoadedWorkbook {
     std::unique_ptr<QXlsx::Document> document;
-    LoadError error = LoadError::None;
+    LoadError error;
 };
 
 /// Reads the first visible worksheet of the workbook in the file \p path, or the first worksheet

@@ -26,6 +26,8 @@ constexpr Namespaces spreadsheet = {"http://schemas.openxmlformats.org/spreadshe
                                     "http://purl.oclc.org/ooxml/spreadsheetml/main\n"};
 constexpr Namespaces packageRelationships = {
     "http://schemas.openxmlformats.org/package/2006/relationships\n", nullptr};
+constexpr Namespaces packageContentTypes = {
+    "http://schemas.openxmlformats.org/package/2006/content-types\n", nullptr};
 constexpr Namespaces documentRelationships = {
     "http://schemas.openxmlformats.org/officeDocument/2006/relationships\n",
     "http://purl.oclc.org/ooxml/officeDocument/relationships\n"};
@@ -152,7 +154,14 @@ struct XmlReader::Callbacks {
     static void documentType(void *self, const char * /*name*/, const char * /*systemId*/,
                              const char * /*publicId*/, int /*hasInternalSubset*/)
     {
-        reader(self)->refuse(LoadError::Damaged);
+        reader(self)->refuse(LoadError::Damage::DocumentType);
+    }
+
+    // Some writers leave out the hyphen.
+    static int unknownEncoding(void *self, const char *name, XML_Encoding * /*encoding*/)
+    {
+        reader(self)->m_isUtf8 = qstricmp(name, "utf8") == 0;
+        return XML_STATUS_ERROR;
     }
 };
 
@@ -167,48 +176,74 @@ LoadError XmlReader::readPart(ZipPackage *package, const QByteArray &name, XmlCo
                               qint64 largest)
 {
     m_count = count;
-    m_error = LoadError::None;
+    m_error = {};
     m_hasRoot = false;
     m_isOther = false;
+    m_isUtf8 = false;
+    m_hasPiece = false;
     m_pending = 0;
     m_open = {{XmlOutcome::Unwrapped, document, XmlOutcome::Refused}};
     m_parser = std::make_unique<Parser>();
-    XML_Parser expat = m_parser->expat.get();
-    if (expat == nullptr) {
+    if (!m_parser->expat) {
         return LoadError::TooLarge;
     }
+    startParser(nullptr);
+
+    const LoadError read = package->read(
+        name, largest, [this](const char *data, int size) { return feed(data, size, false); });
+    if (!read) {
+        feed(nullptr, 0, true);
+    }
+    m_parser.reset();
+    LoadError error = isRefused() ? m_error : read;
+    if (error.reason == LoadError::Damaged) {
+        error.cell = currentCell();
+    }
+    return error;
+}
+
+void XmlReader::startParser(const char *encoding)
+{
+    XML_Parser expat = m_parser->expat.get();
+    XML_ParserReset(expat, encoding);
     XML_SetUserData(expat, this);
     XML_SetElementHandler(expat, &Callbacks::start, &Callbacks::end);
     XML_SetCharacterDataHandler(expat, &Callbacks::text);
     XML_SetStartDoctypeDeclHandler(expat, &Callbacks::documentType);
     XML_SetDefaultHandler(expat, &Callbacks::other);
     XML_SetStartNamespaceDeclHandler(expat, &Callbacks::nameSpace);
-
-    const LoadError read = package->read(
-        name, largest, [this](const char *data, int size) { return feed(data, size, false); });
-    const bool complete = read == LoadError::None && feed(nullptr, 0, true);
-    m_parser.reset();
-    if (isRefused()) {
-        return m_error;
-    }
-    return read != LoadError::None || complete ? read : LoadError::Damaged;
+    XML_SetUnknownEncodingHandler(expat, &Callbacks::unknownEncoding, this);
 }
 
 bool XmlReader::feed(const char *data, int size, bool last)
 {
+    const bool first = !m_hasPiece;
+    m_hasPiece = true;
     m_pending += size;
-    const bool parsed = XML_Parse(m_parser->expat.get(), data, size, last ? 1 : 0) == XML_STATUS_OK;
+    bool parsed = parse(data, size, last);
+    if (!parsed && first && m_isUtf8) {
+        startParser("UTF-8");
+        parsed = parse(data, size, last);
+    }
     if (!parsed && XML_GetErrorCode(m_parser->expat.get()) == XML_ERROR_NO_MEMORY) {
         refuse(LoadError::TooLarge);
     }
     m_isOther = m_isOther || (!parsed && !isRefused() && !m_hasRoot);
-    if (parsed && m_pending > workbookLimits.tokenSize) {
+    if (!parsed) {
+        refuse(LoadError::Damage::Xml);
+    }
+    if (m_pending > workbookLimits.tokenSize) {
         refuse(LoadError::TooLarge);
     }
-    return parsed && !isRefused();
+    return !isRefused();
 }
 
-void XmlReader::refuse(LoadError error)
+bool XmlReader::parse(const char *data, int size, bool last)
+{
+    return XML_Parse(m_parser->expat.get(), data, size, last ? 1 : 0) == XML_STATUS_OK;
+}
+
+void XmlReader::refuse(const LoadError &error)
 {
     if (!isRefused()) {
         m_error = error;
@@ -219,9 +254,21 @@ void XmlReader::refuse(LoadError error)
 void XmlReader::meetOnce(bool *met)
 {
     if (*met) {
-        refuse(LoadError::Damaged);
+        refuse(LoadError::Damage::Element);
     }
     *met = true;
+}
+
+const char *XmlReader::nameInVocabulary(const char *expatName) const
+{
+    switch (m_vocabulary) {
+    case Vocabulary::Relationships:
+        return localName(packageRelationships, expatName);
+    case Vocabulary::ContentTypes:
+        return localName(packageContentTypes, expatName);
+    default:
+        return localName(spreadsheet, expatName);
+    }
 }
 
 XmlReader::Element XmlReader::childOf(const Element &parent, const char *expatName) const
@@ -238,8 +285,7 @@ XmlReader::Element XmlReader::childOf(const Element &parent, const char *expatNa
             ? passedOver
             : Element{XmlOutcome::Unwrapped, parent.node, parent.unknown};
     }
-    const char *const name = localName(
-        m_vocabulary == Vocabulary::Spreadsheet ? spreadsheet : packageRelationships, expatName);
+    const char *const name = nameInVocabulary(expatName);
     if (name == nullptr && !isFirst) {
         return passedOver;
     }
@@ -277,7 +323,7 @@ void XmlReader::startElement(const char *expatName, const char *const *attribute
     m_hasRoot = true;
     m_open.append(element);
     if (element.outcome == XmlOutcome::Refused) {
-        refuse(LoadError::Damaged);
+        refuse(LoadError::Damage::Element);
     } else if (element.outcome == XmlOutcome::Read) {
         enter(element.node, given);
     }
@@ -293,6 +339,11 @@ void XmlReader::endElement()
     if (element.outcome == XmlOutcome::Read) {
         leave(element.node);
     }
+}
+
+QString XmlReader::currentCell() const
+{
+    return {};
 }
 
 void XmlReader::leave(int /*node*/) { }

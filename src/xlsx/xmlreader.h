@@ -96,7 +96,7 @@ public:
 
 protected:
     /// What the names of the wanted elements belong to.
-    enum class Vocabulary { Spreadsheet, Relationships };
+    enum class Vocabulary { Spreadsheet, Relationships, ContentTypes };
 
     XmlReader(Vocabulary vocabulary, XmlSteps steps);
 
@@ -107,11 +107,14 @@ protected:
     /// A piece of the text directly inside of the element of \p node.
     virtual void text(int node, const char *data, int size);
 
+    /// The cell that is being read, such as "C17"; empty when it is none.
+    virtual QString currentCell() const;
+
     /// Ends the reading with \p error. enter, leave and text may still be called once.
-    void refuse(LoadError error);
+    void refuse(const LoadError &error);
     /// Refuses the part as damaged when the element of \p met, set by this, was met before.
     void meetOnce(bool *met);
-    bool isRefused() const { return m_error != LoadError::None; }
+    bool isRefused() const { return m_error.reason != LoadError::None; }
 
 private:
     struct Callbacks;
@@ -124,11 +127,14 @@ private:
         XmlOutcome unknown;
     };
 
+    const char *nameInVocabulary(const char *expatName) const;
     Element childOf(const Element &parent, const char *expatName) const;
     void countItems(int items);
     void startElement(const char *expatName, const char *const *attributes);
     void endElement();
+    void startParser(const char *encoding);
     bool feed(const char *data, int size, bool last);
+    bool parse(const char *data, int size, bool last);
 
     Vocabulary m_vocabulary;
     XmlSteps m_steps;
@@ -137,7 +143,10 @@ private:
     XmlCount *m_count = nullptr;
     QVector<Element> m_open;
     qint64 m_pending = 0;
-    LoadError m_error = LoadError::None;
+    LoadError m_error;
+    bool m_hasPiece = false;
     bool m_hasRoot = false;
     bool m_isOther = false;
+    // The part names UTF-8 in a way of its own as its encoding.
+    bool m_isUtf8 = false;
 };

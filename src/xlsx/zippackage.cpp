@@ -121,7 +121,8 @@ LoadError ZipPackage::open(QFile *file)
     zip_error_fini(&error);
     if (zip == nullptr) {
         zip_source_free(source);
-        return m_source->isTooLarge() ? LoadError::TooLarge : LoadError::Damaged;
+        return m_source->isTooLarge() ? LoadError(LoadError::TooLarge)
+                                      : LoadError(LoadError::Damage::Archive);
     }
     m_source->listed = true;
     m_archive = std::make_unique<Archive>(zip);
@@ -136,7 +137,7 @@ LoadError ZipPackage::listParts()
         const auto index = static_cast<zip_uint64_t>(i);
         const char *const raw = zip_get_name(m_archive->zip.get(), index, ZIP_FL_ENC_RAW);
         if (raw == nullptr) {
-            return LoadError::Damaged;
+            return LoadError::Damage::Archive;
         }
         QByteArray name(raw);
         name.replace('\\', '/');
@@ -157,13 +158,37 @@ bool ZipPackage::contains(const QByteArray &name) const
     return m_parts.contains(key(name));
 }
 
+// Each part has its name in the list at the end of the archive and in front of its bytes, and no
+// checksum covers either. The library compares them when asked to.
+bool ZipPackage::namesAgree() const
+{
+    Source source;
+    source.file = m_source->file;
+    source.listed = true; // as long as the first list, which was not too large
+    zip_source_t *const compared = zip_source_function_create(&Source::call, &source, nullptr);
+    zip_t *const zip = compared == nullptr
+        ? nullptr
+        : zip_open_from_source(compared, ZIP_RDONLY | ZIP_CHECKCONS, nullptr);
+    if (zip == nullptr) {
+        zip_source_free(compared);
+        return false;
+    }
+    zip_discard(zip);
+    return true;
+}
+
 LoadError ZipPackage::read(const QByteArray &name, qint64 largest, const Consumer &consumer)
 {
     const auto found = m_parts.constFind(key(name));
     zip_stat_t stat;
-    if (found == m_parts.constEnd() || *found == ambiguous
-        || zip_stat_index(m_archive->zip.get(), *found, 0, &stat) != 0) {
-        return LoadError::Damaged;
+    if (found == m_parts.constEnd()) {
+        return LoadError::Damage::Missing;
+    }
+    if (*found == ambiguous) {
+        return LoadError::Damage::Doubled;
+    }
+    if (zip_stat_index(m_archive->zip.get(), *found, 0, &stat) != 0) {
+        return LoadError::Damage::Content;
     }
     if ((stat.valid & ZIP_STAT_ENCRYPTION_METHOD) != 0 && stat.encryption_method != ZIP_EM_NONE) {
         return LoadError::PasswordProtected;
@@ -173,7 +198,7 @@ LoadError ZipPackage::read(const QByteArray &name, qint64 largest, const Consume
     }
     const Part part(zip_fopen_index(m_archive->zip.get(), *found, 0), &zip_fclose);
     if (!part) {
-        return LoadError::Damaged;
+        return LoadError::Damage::Content;
     }
 
     constexpr int pieceSize = 64 * 1024;
@@ -182,7 +207,7 @@ LoadError ZipPackage::read(const QByteArray &name, qint64 largest, const Consume
     for (;;) {
         const zip_int64_t count = zip_fread(part.get(), piece.data(), piece.size());
         if (count <= 0) {
-            return count == 0 ? LoadError::None : LoadError::Damaged;
+            return count == 0 ? LoadError() : LoadError(LoadError::Damage::Content);
         }
         size += count;
         m_unpacked += count;
@@ -190,7 +215,7 @@ LoadError ZipPackage::read(const QByteArray &name, qint64 largest, const Consume
             return LoadError::TooLarge;
         }
         if (!consumer(piece.data(), static_cast<int>(count))) {
-            return LoadError::Damaged;
+            return LoadError::Damage::Content;
         }
     }
 }

@@ -28,10 +28,15 @@ public:
     /// Whether there is a part \p name: a path with slashes, without one in front. Letters from A
     /// to Z count as equal in both cases, as the packaging rules say.
     bool contains(const QByteArray &name) const;
+    /// Whether the two names that the archive has for each part agree. Where they do not, a part
+    /// that seems to be missing may only have lost its name. The first call reads the whole list
+    /// again.
+    bool namesAgree() const;
 
     /// Hands the part \p name to \p consumer piece by piece. None exactly when the consumer took
     /// all of it and the checksum is right; Damaged too when the consumer wanted no more.
-    /// TooLarge when there are more than \p largest bytes.
+    /// TooLarge when there are more than \p largest bytes. A part that is missing
+    /// or there twice is damaged.
     LoadError read(const QByteArray &name, qint64 largest, const Consumer &consumer);
 
 private:

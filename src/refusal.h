@@ -1,0 +1,10 @@
+#pragma once
+
+#include <QString>
+
+struct LoadError;
+
+/// What the window says of a file that was not loaded because of \p error, in the language of the
+/// user. Of a damaged workbook it names the part, the cell and the damage, as in "worksheet,
+/// cell C17: this is not a number".
+QString refusalText(const LoadError &error);

@@ -1,0 +1,42 @@
+#include "xlsx/contenttypes.h"
+
+#include <array>
+
+#include "xlsx/workbooklimits.h"
+
+namespace
+{
+
+enum Node { TypesNode = 1, OverrideNode };
+
+constexpr std::array<XmlStep, 2> steps = {{
+    {"Types", XmlReader::document, XmlOutcome::Read, TypesNode},
+    {"Override", TypesNode, XmlOutcome::Read, OverrideNode},
+}};
+
+} // namespace
+
+ContentTypes::ContentTypes() : XmlReader(Vocabulary::ContentTypes, steps) { }
+
+QByteArray ContentTypes::part()
+{
+    return QByteArrayLiteral("[Content_Types].xml");
+}
+
+void ContentTypes::enter(int node, const XmlAttributes &attributes)
+{
+    const QByteArray type = attributes.value("ContentType");
+    if (node != OverrideNode
+        || !(type.endsWith(".worksheet+xml") || type.endsWith(".styles+xml"))) {
+        return;
+    }
+    if (m_sheetsAndStyles.size() >= workbookLimits.listEntries) {
+        refuse(LoadError::TooLarge);
+        return;
+    }
+    QByteArray name = attributes.value("PartName");
+    while (name.startsWith('/')) {
+        name.remove(0, 1);
+    }
+    m_sheetsAndStyles.append(QByteArray::fromPercentEncoding(name));
+}
