@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstddef>
 #include <cstring>
 #include <memory>
 
@@ -43,7 +44,10 @@ private:
     zip_error_t m_error = {};
 };
 
-// A part as the library asks for it.
+// A part as the library asks for it. Its size has to be known beforehand: libzip from version 1.10
+// on refuses another one, and without any it writes the long form of the sizes, for which Excel
+// takes a workbook for damaged. So the part is made as soon as the library asks for its size, and
+// held until it is written.
 class PartSource
 {
 public:
@@ -54,13 +58,15 @@ public:
         auto *const source = static_cast<PartSource *>(self);
         switch (command) {
         case ZIP_SOURCE_OPEN:
-        case ZIP_SOURCE_CLOSE:
         case ZIP_SOURCE_FREE:
+            return 0;
+        case ZIP_SOURCE_CLOSE:
+            source->m_made.clear();
             return 0;
         case ZIP_SOURCE_READ:
             return source->read(static_cast<char *>(data), static_cast<zip_int64_t>(length));
         case ZIP_SOURCE_STAT:
-            return describe(data);
+            return source->describe(data);
         case ZIP_SOURCE_ERROR:
             return zip_error_to_data(source->m_error.get(), data, length);
         case ZIP_SOURCE_SUPPORTS:
@@ -75,41 +81,49 @@ public:
 private:
     zip_int64_t read(char *data, zip_int64_t length)
     {
+        make();
         zip_int64_t copied = 0;
-        while (copied < length && hasMore()) {
-            const zip_int64_t count = std::min(length - copied, m_piece.size() - m_taken);
-            std::memcpy(data + copied, m_piece.constData() + m_taken, static_cast<size_t>(count));
+        while (copied < length && m_current < m_made.size()) {
+            const QByteArray &piece = m_made[m_current];
+            const zip_int64_t count = std::min(length - copied, piece.size() - m_taken);
+            std::memcpy(data + copied, piece.constData() + m_taken, static_cast<size_t>(count));
             copied += count;
             m_taken += count;
+            if (m_taken == piece.size()) {
+                ++m_current;
+                m_taken = 0;
+            }
         }
         return copied;
     }
 
-    bool hasMore()
+    void make()
     {
-        while (!m_ended && m_taken == m_piece.size()) {
-            m_taken = 0;
-            m_ended = !m_pieces(&m_piece);
+        QByteArray piece;
+        while (!m_isMade && m_pieces(&piece)) {
+            m_size += static_cast<zip_uint64_t>(piece.size());
+            m_made.push_back(piece);
         }
-        return !m_ended;
+        m_isMade = true;
     }
 
-    // The size is not known beforehand. That it is below 4 GiB has to be: Excel takes a workbook
-    // for damaged that has the long form of the sizes where the short one would do.
-    static zip_int64_t describe(void *data)
+    zip_int64_t describe(void *data)
     {
+        make();
         auto *const stat = static_cast<zip_stat_t *>(data);
         zip_stat_init(stat);
-        stat->size = 1;
+        stat->size = m_size;
         stat->valid = ZIP_STAT_SIZE;
         return sizeof(zip_stat_t);
     }
 
     const ZipWriter::Pieces &m_pieces;
     Error m_error;
-    QByteArray m_piece;
+    std::vector<QByteArray> m_made;
+    bool m_isMade = false;
+    zip_uint64_t m_size = 0;
+    std::size_t m_current = 0;
     zip_int64_t m_taken = 0;
-    bool m_ended = false;
 };
 
 // The device that takes the archive, as the library writes to it: empty at first.

@@ -27,7 +27,7 @@ public:
 
     /// Writes the archive to \p target, which is open for writing and can be sought in. The parts
     /// are asked for in the order in which they were added, one to its end before the next, and no
-    /// more than a piece of each is held. False if one step fails; what the target holds then is
+    /// more than one of them is held. False if one step fails; what the target holds then is
     /// of no use.
     bool write(QIODevice &target);
 
