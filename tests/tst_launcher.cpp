@@ -280,6 +280,38 @@ private Q_SLOTS:
         QCOMPARE(contentOf(installation.link()), QByteArray("texts of mine"));
     }
 
+    void samplesCanBeOpenedFromTheFolder()
+    {
+        Installation installation;
+        const QString sample = installation.path("share/glymark/samples/sample.xlsx");
+        writeFile(sample, "values");
+        installation.start();
+        installation.start();
+        QCOMPARE(contentOf(installation.userFolder() + "/samples/sample.xlsx"),
+                 QByteArray("values"));
+    }
+
+    void samplesOfAGoneInstallationAreReplaced()
+    {
+        Installation installation;
+        const QString samples = installation.path("share/glymark/samples");
+        const QString link = installation.userFolder() + "/samples";
+        QVERIFY(QDir().mkpath(samples));
+        QVERIFY(QDir().mkpath(installation.userFolder()));
+        QVERIFY(QFile::link(installation.path("gone/glymark/samples"), link));
+        installation.start();
+        QCOMPARE(QFile::symLinkTarget(link), samples);
+    }
+
+    void samplesOfTheUserStay()
+    {
+        Installation installation;
+        QVERIFY(QDir().mkpath(installation.path("share/glymark/samples")));
+        writeFile(installation.userFolder() + "/samples", "samples of mine");
+        QCOMPARE(installation.start(), QStringList(installation.userFolder()));
+        QCOMPARE(contentOf(installation.userFolder() + "/samples"), QByteArray("samples of mine"));
+    }
+
     void withoutTheCatalogueTheProgramStarts()
     {
         Installation installation;
