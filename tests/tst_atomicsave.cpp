@@ -335,6 +335,21 @@ private Q_SLOTS:
         QVERIFY(QFileInfo("link").isSymLink());
     }
 
+    void linkToADeviceIsLeftAlone_data() { writers(); }
+    void linkToADeviceIsLeftAlone()
+    {
+        QFETCH(Writer, write);
+        for (const QString &device : {QString("/dev/full"), QString("/dev/null")}) {
+            QVERIFY(QFile::link(device, "link"));
+            write("link");
+            QCOMPARE(QFile::symLinkTarget("link"), device);
+            struct stat status = {};
+            QCOMPARE(stat(qPrintable(device), &status), 0);
+            QVERIFY(S_ISCHR(status.st_mode));
+            QVERIFY(QFile::remove("link"));
+        }
+    }
+
     void linkLoopIsLeftAlone_data() { writers(); }
     void linkLoopIsLeftAlone()
     {

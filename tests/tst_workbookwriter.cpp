@@ -99,6 +99,8 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("digits");
         QTest::newRow("whole") << 48.0 << QByteArray("48");
         QTest::newRow("negative") << -1.0 << QByteArray("-1");
+        QTest::newRow("zero") << 0.0 << QByteArray("0");
+        QTest::newRow("negative zero") << -0.0 << QByteArray("-0");
         QTest::newRow("tenth") << 0.1 << QByteArray("0.1");
         QTest::newRow("third") << third << QByteArray("0.3333333333333333");
         QTest::newRow("whole with zeros") << 100000.0 << QByteArray("100000");

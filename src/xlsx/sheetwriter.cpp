@@ -40,12 +40,13 @@ char *putWhole(char *to, qint64 number)
     return std::to_chars(to, to + 20, number).ptr;
 }
 
-// The shortest digits that read back as the same number, whole numbers without an exponent as long
-// as each of them has a double of its own.
+// The shortest digits that read back as the same number, the sign of a zero included; whole numbers
+// without an exponent as long as each of them has a double of its own.
 char *putNumber(char *to, double number)
 {
     constexpr double wholeNumbersEnd = 1e15;
-    if (std::abs(number) < wholeNumbersEnd && std::trunc(number) == number) {
+    const bool isNegativeZero = number == 0.0 && std::signbit(number);
+    if (std::abs(number) < wholeNumbersEnd && std::trunc(number) == number && !isNegativeZero) {
         return putWhole(to, static_cast<qint64>(number));
     }
     return std::to_chars(to, to + 32, number).ptr;
