@@ -1,3 +1,4 @@
+; SPDX-License-Identifier: GPL-3.0-or-later
 ; The installer: for one user, without administrator rights.
 ;
 ; makensis -DVERSION=... -DTREE=<what is installed> -DINSTALLER=<file to write> glymark.nsi
