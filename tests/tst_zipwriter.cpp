@@ -101,7 +101,7 @@ private Q_SLOTS:
         QFETCH(int, pieceSize);
         ZipWriter zip;
         zip.add("first", "a beginning");
-        zip.add("folder/part.xml", piecesOf(content, pieceSize));
+        zip.add("folder/part.xml", content.size(), piecesOf(content, pieceSize));
         zip.add("last", "an end");
         const QByteArray archive = archiveOf(zip);
         QCOMPARE(partOf(archive, "first"), QByteArray("a beginning"));
@@ -120,11 +120,26 @@ private Q_SLOTS:
             };
         };
         ZipWriter zip;
-        zip.add("c", pieces('c'));
-        zip.add("a", pieces('a'));
-        zip.add("b", pieces('b'));
+        zip.add("c", 300, pieces('c'));
+        zip.add("a", 300, pieces('a'));
+        zip.add("b", 300, pieces('b'));
         QVERIFY(!archiveOf(zip).isEmpty());
         QCOMPARE(asked, QByteArray("ccccaaaabbbb"));
+    }
+
+    void wrongSizeIsRefused_data()
+    {
+        QTest::addColumn<int>("size");
+        QTest::newRow("too small") << 99999;
+        QTest::newRow("too large") << 100001;
+        QTest::newRow("nothing") << 0;
+    }
+    void wrongSizeIsRefused()
+    {
+        QFETCH(int, size);
+        ZipWriter zip;
+        zip.add("part", size, piecesOf(noise(100000), 1000));
+        QVERIFY(archiveOf(zip).isEmpty());
     }
 
     void partsOfAnotherArchiveAreTaken()
@@ -157,7 +172,7 @@ private Q_SLOTS:
     void headersHaveTheShortForm()
     {
         ZipWriter zip;
-        zip.add("part", piecesOf(noise(100000), 1000));
+        zip.add("part", 100000, piecesOf(noise(100000), 1000));
         const QByteArray archive = archiveOf(zip);
         QVERIFY(archive.startsWith("PK\3\4"));
         const int versionNeeded = archive.at(4);

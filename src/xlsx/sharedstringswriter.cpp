@@ -21,9 +21,18 @@ bool needsItsBlanks(const QByteArray &text)
             || text.contains('\t'));
 }
 
+QByteArray item(const QString &text)
+{
+    const QByteArray encoded = CellText::encode(text);
+    return (needsItsBlanks(encoded) ? R"(<si><t xml:space="preserve">)" : "<si><t>") + encoded
+        + "</t></si>";
+}
+
+const QByteArray tail = QByteArrayLiteral("</sst>");
+
 } // namespace
 
-int SharedStringsWriter::indexOf(const QString &text)
+int SharedStringsWriter::enter(const QString &text)
 {
     ++m_uses;
     const auto found = m_indexes.constFind(text);
@@ -36,6 +45,23 @@ int SharedStringsWriter::indexOf(const QString &text)
     return index;
 }
 
+QByteArray SharedStringsWriter::head() const
+{
+    return R"(<?xml version="1.0" encoding="UTF-8" standalone="yes"?>)"
+           R"(<sst xmlns="http://schemas.openxmlformats.org/spreadsheetml/2006/main" count=")"
+        + QByteArray::number(m_uses) + R"(" uniqueCount=")" + QByteArray::number(m_texts.size())
+        + R"(">)";
+}
+
+qint64 SharedStringsWriter::size() const
+{
+    qint64 bytes = head().size() + tail.size();
+    for (const QString &text : m_texts) {
+        bytes += item(text).size();
+    }
+    return bytes;
+}
+
 bool SharedStringsWriter::next(QByteArray *xml)
 {
     if (m_written == m_texts.size()) {
@@ -44,23 +70,14 @@ bool SharedStringsWriter::next(QByteArray *xml)
     xml->resize(0);
     if (m_written < 0) {
         m_written = 0;
-        xml->append(R"(<?xml version="1.0" encoding="UTF-8" standalone="yes"?>)"
-                    R"(<sst xmlns="http://schemas.openxmlformats.org/spreadsheetml/2006/main")"
-                    R"( count=")")
-            .append(QByteArray::number(m_uses))
-            .append(R"(" uniqueCount=")")
-            .append(QByteArray::number(m_texts.size()))
-            .append("\">");
+        xml->append(head());
     }
     while (m_written < m_texts.size() && xml->size() < pieceSize) {
-        const QByteArray text = CellText::encode(m_texts.at(m_written));
-        xml->append(needsItsBlanks(text) ? R"(<si><t xml:space="preserve">)" : "<si><t>")
-            .append(text)
-            .append("</t></si>");
+        xml->append(item(m_texts.at(m_written)));
         ++m_written;
     }
     if (m_written == m_texts.size()) {
-        xml->append("</sst>");
+        xml->append(tail);
     }
     return true;
 }

@@ -13,14 +13,22 @@
 class SharedStringsWriter
 {
 public:
-    /// The place of \p text in the list, from 0; a new text goes to its end.
-    int indexOf(const QString &text);
+    /// Counts a use of \p text, new or not, and returns its index.
+    int enter(const QString &text);
+
+    /// The index of \p text, which was entered, from 0.
+    int indexOf(const QString &text) const { return m_indexes.value(text); }
+
+    /// Bytes of all pieces together. All texts have to be entered before.
+    qint64 size() const;
 
     /// Puts the next piece, of some texts, in place of what \p xml holds; false behind the last
     /// one. All texts have to be entered before.
     bool next(QByteArray *xml);
 
 private:
+    QByteArray head() const;
+
     QHash<QString, int> m_indexes;
     QVector<QString> m_texts;
     qint64 m_uses = 0;

@@ -67,75 +67,65 @@ QByteArray reference(int row, int column)
     return {text.data(), static_cast<int>(end - text.data())};
 }
 
-/// Finds the smallest rectangle that holds all cells.
-class Extent : public RowCells
-{
-public:
-    explicit Extent(const SheetRows &rows)
+/// The smallest rectangle that holds all cells.
+struct Extent {
+    void add(int row, int column)
     {
-        const int count = std::min(rows.count, SheetRows::largestCount);
-        for (m_row = 1; m_row <= count; ++m_row) {
-            rows.fill(m_row, *this);
-        }
+        firstRow = lastRow == 0 ? row : firstRow;
+        lastRow = row;
+        firstColumn = std::min(firstColumn, column);
+        lastColumn = std::max(lastColumn, column);
     }
-
-    void text(int column, const QString & /*text*/) override { add(column); }
-    void number(int column, double /*number*/) override { add(column); }
 
     /// The rectangle as a range; the first cell where there is none.
     QByteArray range() const
     {
-        if (m_lastRow == 0) {
+        if (lastRow == 0) {
             return "A1";
         }
-        const QByteArray first = reference(m_firstRow, m_firstColumn);
-        const QByteArray last = reference(m_lastRow, m_lastColumn);
+        const QByteArray first = reference(firstRow, firstColumn);
+        const QByteArray last = reference(lastRow, lastColumn);
         return first == last ? first : first + ':' + last;
     }
 
-private:
-    void add(int column)
-    {
-        if (column <= largestColumn) {
-            m_firstRow = m_lastRow == 0 ? m_row : m_firstRow;
-            m_lastRow = m_row;
-            m_firstColumn = std::min(m_firstColumn, column);
-            m_lastColumn = std::max(m_lastColumn, column);
-        }
-    }
-
-    int m_row = 0;
-    int m_firstRow = 0;
-    int m_lastRow = 0;
-    int m_firstColumn = largestColumn;
-    int m_lastColumn = 0;
+    int firstRow = 0;
+    int lastRow = 0;
+    int firstColumn = RowCells::largestColumn;
+    int lastColumn = 0;
 };
 
 /// Writes the cells of rows behind an XML.
 class CellWriter : public RowCells
 {
 public:
-    CellWriter(QByteArray &xml, SharedStringsWriter &strings) : m_xml(xml), m_strings(strings) { }
+    /// Gives the index of a shared text.
+    using TextIndex = std::function<int(const QString &text)>;
 
-    void startRow(int row)
+    CellWriter(QByteArray &xml, TextIndex textIndex) : m_xml(xml), m_textIndex(std::move(textIndex))
     {
-        m_digits = QByteArray::number(row);
-        m_lastColumn = 0;
     }
 
-    void endRow()
+    /// Puts the next rows of \p rows behind \p row, which is set to the last of them, until there
+    /// is enough XML for a piece.
+    void putRows(const SheetRows &rows, int *row)
     {
-        if (m_lastColumn > 0) {
-            m_xml.append("</row>");
+        const int count = std::min(rows.count, SheetRows::largestCount);
+        while (*row < count && m_xml.size() < pieceSize) {
+            ++*row;
+            startRow(*row);
+            rows.fill(*row, *this);
+            endRow();
         }
     }
+
+    const Extent &extent() const { return m_extent; }
 
     void text(int column, const QString &text) override
     {
         if (column <= largestColumn) {
             CellXml cell; // NOLINT(cppcoreguidelines-pro-type-member-init)
             char *end = put(startCell(cell.data(), column), R"(" t="s"><v>)");
-            endCell(cell, putWhole(end, m_strings.indexOf(text)));
+            endCell(cell, putWhole(end, m_textIndex(text)));
         }
     }
 
@@ -150,6 +140,20 @@ public:
     }
 
 private:
+    void startRow(int row)
+    {
+        m_row = row;
+        m_digits = QByteArray::number(row);
+        m_lastColumn = 0;
+    }
+
+    void endRow()
+    {
+        if (m_lastColumn > 0) {
+            m_xml.append("</row>");
+        }
+    }
+
     char *startCell(char *to, int column)
     {
         Q_ASSERT(column > m_lastColumn);
@@ -157,6 +161,7 @@ private:
             m_xml.append("<row r=\"").append(m_digits).append("\">");
         }
         m_lastColumn = column;
+        m_extent.add(m_row, column);
         char *const end = putLetters(put(to, "<c r=\""), column);
         std::memcpy(end, m_digits.constData(), static_cast<size_t>(m_digits.size()));
         return end + m_digits.size();
@@ -169,16 +174,45 @@ private:
     }
 
     QByteArray &m_xml;
-    SharedStringsWriter &m_strings;
+    TextIndex m_textIndex;
+    Extent m_extent;
+    int m_row = 0;
     QByteArray m_digits;
     int m_lastColumn = 0;
 };
+
+const QByteArray tail = QByteArrayLiteral("</sheetData></worksheet>");
+
+QByteArray headFor(const Extent &extent)
+{
+    return R"(<?xml version="1.0" encoding="UTF-8" standalone="yes"?>)"
+           R"(<worksheet xmlns="http://schemas.openxmlformats.org/spreadsheetml/2006/main">)"
+           R"(<dimension ref=")"
+        + extent.range()
+        + R"("/><sheetViews><sheetView showRuler="0" workbookViewId="0"/></sheetViews>)"
+          R"(<sheetFormatPr defaultRowHeight="15"/><sheetData>)";
+}
 
 } // namespace
 
 SheetWriter::SheetWriter(const SheetRows &rows, SharedStringsWriter &strings)
     : m_rows(rows), m_strings(strings)
 {
+    QByteArray xml;
+    CellWriter cells(xml, [&strings](const QString &text) { return strings.enter(text); });
+    int row = 0;
+    do {
+        xml.resize(0);
+        cells.putRows(rows, &row);
+        m_size += xml.size();
+    } while (!isLast(row));
+    m_head = headFor(cells.extent());
+    m_size += m_head.size() + tail.size();
+}
+
+bool SheetWriter::isLast(int row) const
+{
+    return row >= std::min(m_rows.count, SheetRows::largestCount);
 }
 
 bool SheetWriter::next(QByteArray *xml)
@@ -189,35 +223,14 @@ bool SheetWriter::next(QByteArray *xml)
     // Keeps what the piece before has reserved.
     xml->resize(0);
     if (m_stage == Stage::Head) {
-        putHead(xml);
+        xml->append(m_head);
         m_stage = Stage::Rows;
     }
-    putRows(xml);
-    if (m_row >= std::min(m_rows.count, SheetRows::largestCount)) {
-        xml->append("</sheetData></worksheet>");
+    CellWriter cells(*xml, [this](const QString &text) { return m_strings.indexOf(text); });
+    cells.putRows(m_rows, &m_row);
+    if (isLast(m_row)) {
+        xml->append(tail);
         m_stage = Stage::End;
     }
     return true;
-}
-
-void SheetWriter::putHead(QByteArray *xml) const
-{
-    xml->append(R"(<?xml version="1.0" encoding="UTF-8" standalone="yes"?>)"
-                R"(<worksheet xmlns="http://schemas.openxmlformats.org/spreadsheetml/2006/main">)"
-                R"(<dimension ref=")")
-        .append(Extent(m_rows).range())
-        .append(R"("/><sheetViews><sheetView showRuler="0" workbookViewId="0"/></sheetViews>)"
-                R"(<sheetFormatPr defaultRowHeight="15"/><sheetData>)");
-}
-
-void SheetWriter::putRows(QByteArray *xml)
-{
-    CellWriter cells(*xml, m_strings);
-    const int count = std::min(m_rows.count, SheetRows::largestCount);
-    while (m_row < count && xml->size() < pieceSize) {
-        ++m_row;
-        cells.startRow(m_row);
-        m_rows.fill(m_row, cells);
-        cells.endRow();
-    }
 }

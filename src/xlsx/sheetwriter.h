@@ -35,8 +35,8 @@ struct SheetRows {
 
     /// How many rows to ask for; those beyond the last row of a worksheet are left out.
     int count = 0;
-    /// Gives the cells of \p row, counted from 1. It is asked for each row in ascending order, more
-    /// than once, and gives the same each time.
+    /// Gives the cells of \p row, counted from 1. It is asked for each row in ascending order,
+    /// twice, and gives the same each time.
     std::function<void(int row, RowCells &cells)> fill;
 };
 
@@ -46,12 +46,16 @@ struct CellSheet {
     SheetRows rows;
 };
 
-/// The XML of a worksheet, made piece by piece. Texts are entered into the shared ones.
+/// The XML of a worksheet, made piece by piece. All rows are asked for twice: first for the size,
+/// the rectangle that the cells fill and the shared texts, then for what is written.
 class SheetWriter
 {
 public:
-    /// Refers to both as long as it lives.
+    /// Enters the texts into \p strings. Refers to both as long as it lives.
     SheetWriter(const SheetRows &rows, SharedStringsWriter &strings);
+
+    /// Bytes of all pieces together.
+    qint64 size() const { return m_size; }
 
     /// Puts the next piece, of some rows, in place of what \p xml holds; false behind the last one.
     bool next(QByteArray *xml);
@@ -59,11 +63,12 @@ public:
 private:
     enum class Stage { Head, Rows, End };
 
-    void putHead(QByteArray *xml) const;
-    void putRows(QByteArray *xml);
+    bool isLast(int row) const;
 
     const SheetRows &m_rows;
     SharedStringsWriter &m_strings;
+    QByteArray m_head;
+    qint64 m_size = 0;
     int m_row = 0;
     Stage m_stage = Stage::Head;
 };

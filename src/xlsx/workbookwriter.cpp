@@ -90,11 +90,12 @@ bool WorkbookWriter::write(const QByteArray &packageWithoutCells, QIODevice &tar
     writers.reserve(cellSheets.size());
     for (const Cells &sheet : cellSheets) {
         SheetWriter &writer = writers.emplace_back(sheet.rows, strings);
-        zip.add(sheetPart(sheet.number), [&writer](QByteArray *xml) { return writer.next(xml); });
+        zip.add(sheetPart(sheet.number), writer.size(),
+                [&writer](QByteArray *xml) { return writer.next(xml); });
     }
     if (!cellSheets.empty()) {
-        // Behind the sheets, which enter their texts.
-        zip.add(stringsPart, [&strings](QByteArray *xml) { return strings.next(xml); });
+        zip.add(stringsPart, strings.size(),
+                [&strings](QByteArray *xml) { return strings.next(xml); });
     }
     return zip.write(target);
 }

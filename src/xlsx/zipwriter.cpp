@@ -44,24 +44,19 @@ private:
     zip_error_t m_error = {};
 };
 
-// A part as the library asks for it. Its size has to be known beforehand: libzip from version 1.10
-// on refuses another one, and without any it writes the long form of the sizes, for which Excel
-// takes a workbook for damaged. So the part is made as soon as the library asks for its size, and
-// held until it is written.
+// A part as the library asks for it.
 class PartSource
 {
 public:
-    explicit PartSource(const ZipWriter::Pieces &pieces) : m_pieces(pieces) { }
+    PartSource(qint64 size, const ZipWriter::Pieces &pieces) : m_size(size), m_pieces(pieces) { }
 
     static zip_int64_t call(void *self, void *data, zip_uint64_t length, zip_source_cmd_t command)
     {
         auto *const source = static_cast<PartSource *>(self);
         switch (command) {
         case ZIP_SOURCE_OPEN:
-        case ZIP_SOURCE_FREE:
-            return 0;
         case ZIP_SOURCE_CLOSE:
-            source->m_made.clear();
+        case ZIP_SOURCE_FREE:
             return 0;
         case ZIP_SOURCE_READ:
             return source->read(static_cast<char *>(data), static_cast<zip_int64_t>(length));
@@ -81,49 +76,46 @@ public:
 private:
     zip_int64_t read(char *data, zip_int64_t length)
     {
-        make();
         zip_int64_t copied = 0;
-        while (copied < length && m_current < m_made.size()) {
-            const QByteArray &piece = m_made[m_current];
-            const zip_int64_t count = std::min(length - copied, piece.size() - m_taken);
-            std::memcpy(data + copied, piece.constData() + m_taken, static_cast<size_t>(count));
+        while (copied < length && hasMore()) {
+            const zip_int64_t count = std::min(length - copied, m_piece.size() - m_taken);
+            std::memcpy(data + copied, m_piece.constData() + m_taken, static_cast<size_t>(count));
             copied += count;
             m_taken += count;
-            if (m_taken == piece.size()) {
-                ++m_current;
-                m_taken = 0;
-            }
         }
-        return copied;
+        m_given += copied;
+        // Not all releases of the library look at that.
+        const bool isWrong = m_given > m_size || (m_ended && m_given != m_size);
+        return isWrong ? m_error.fail(ZIP_ER_INVAL) : copied;
     }
 
-    void make()
+    bool hasMore()
     {
-        QByteArray piece;
-        while (!m_isMade && m_pieces(&piece)) {
-            m_size += static_cast<zip_uint64_t>(piece.size());
-            m_made.push_back(piece);
+        while (!m_ended && m_taken == m_piece.size()) {
+            m_taken = 0;
+            m_ended = !m_pieces(&m_piece);
         }
-        m_isMade = true;
+        return !m_ended;
     }
 
-    zip_int64_t describe(void *data)
+    // Without its size beforehand the library would choose the long form of the headers, for which
+    // some spreadsheet programs take a workbook for damaged; and it compares the size.
+    zip_int64_t describe(void *data) const
     {
-        make();
         auto *const stat = static_cast<zip_stat_t *>(data);
         zip_stat_init(stat);
-        stat->size = m_size;
+        stat->size = static_cast<zip_uint64_t>(m_size);
         stat->valid = ZIP_STAT_SIZE;
         return sizeof(zip_stat_t);
     }
 
+    const qint64 m_size;
     const ZipWriter::Pieces &m_pieces;
     Error m_error;
-    std::vector<QByteArray> m_made;
-    bool m_isMade = false;
-    zip_uint64_t m_size = 0;
-    std::size_t m_current = 0;
+    QByteArray m_piece;
     zip_int64_t m_taken = 0;
+    zip_int64_t m_given = 0;
+    bool m_ended = false;
 };
 
 // The device that takes the archive, as the library writes to it: empty at first.
@@ -233,14 +225,14 @@ bool unpack(zip_t *archive, zip_uint64_t index, QByteArray *content)
 
 } // namespace
 
-void ZipWriter::add(const QByteArray &name, const Pieces &pieces)
+void ZipWriter::add(const QByteArray &name, qint64 size, const Pieces &pieces)
 {
-    m_parts.push_back({name, pieces});
+    m_parts.push_back({name, size, pieces});
 }
 
 void ZipWriter::add(const QByteArray &name, const QByteArray &content)
 {
-    add(name, onePiece(content));
+    add(name, content.size(), onePiece(content));
 }
 
 bool ZipWriter::addPartsOf(const QByteArray &archive, const QSet<QByteArray> &without)
@@ -281,7 +273,7 @@ bool ZipWriter::write(QIODevice &target)
         return false;
     }
     for (const Part &part : m_parts) {
-        sources.push_back(std::make_unique<PartSource>(part.pieces));
+        sources.push_back(std::make_unique<PartSource>(part.size, part.pieces));
         if (!addPart(archive.get(), part.name, sources.back().get())) {
             return false;
         }

@@ -14,11 +14,12 @@ class ZipWriter
 {
 public:
     /// Puts the next piece of a part in place of what \p piece holds; false, and no piece, behind
-    /// the last one. The pieces of a part have less than 4 GiB together.
+    /// the last one.
     using Pieces = std::function<bool(QByteArray *piece)>;
 
-    /// Adds the part \p name, whose content is asked for while the archive is written.
-    void add(const QByteArray &name, const Pieces &pieces);
+    /// Adds the part \p name, whose content is asked for while the archive is written. The pieces
+    /// have \p size bytes together, or the archive cannot be written.
+    void add(const QByteArray &name, qint64 size, const Pieces &pieces);
     void add(const QByteArray &name, const QByteArray &content);
 
     /// Adds the parts of the ZIP archive \p archive but those named in \p without. False if it
@@ -27,13 +28,14 @@ public:
 
     /// Writes the archive to \p target, which is open for writing and can be sought in. The parts
     /// are asked for in the order in which they were added, one to its end before the next, and no
-    /// more than one of them is held. False if one step fails; what the target holds then is
+    /// more than a piece of it is held. False if one step fails; what the target holds then is
     /// of no use.
     bool write(QIODevice &target);
 
 private:
     struct Part {
         QByteArray name;
+        qint64 size;
         Pieces pieces;
     };
 
