@@ -181,7 +181,7 @@ install_packages() {
     }
 }
 
-# The mirror that apt takes Debian's packages from, or Debian's own.
+# The mirror that apt takes Debian's packages from; nothing where it has none.
 debian_mirror() {
     local sites
     # shellcheck disable=SC2016
@@ -196,6 +196,7 @@ fetch_source() {
     folder=$(cd "$3" && pwd)
     log=$PWD/build/fetch.log
     site=$(debian_mirror)
+    [ -n "$site" ] || fail "$name is needed from Debian's archive, and apt has no mirror of Debian"
     say "fetching $name from $site"
     (cd "$folder" && LC_ALL=C /usr/lib/apt/apt-helper -o APT::Sandbox::User="$(id -un)" \
         download-file "$site/pool/main/$1" "$name" "SHA256:$2") >"$log" 2>&1 </dev/null || {
