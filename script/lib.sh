@@ -181,6 +181,13 @@ install_packages() {
     }
 }
 
+# clang_sanitizers <compiler>: the package of its sanitizers where it is clang, which has them apart.
+clang_sanitizers() {
+    case $("$1" --version 2>/dev/null) in
+        *clang*) echo "libclang-rt-$("$1" -dumpversion | cut -d. -f1)-dev" ;;
+    esac
+}
+
 # The mirror that apt takes Debian's packages from; nothing where it has none.
 debian_mirror() {
     local sites

@@ -14,7 +14,6 @@
 
 using ExpectedSheets::Book;
 using ExpectedSheets::Cells;
-using ExpectedSheets::put;
 using Numbers::infinity;
 using Numbers::notANumber;
 
