@@ -35,8 +35,11 @@ add_library(glymark_options INTERFACE)
 target_link_libraries(glymark_options INTERFACE glymark_common_options)
 target_compile_definitions(glymark_options INTERFACE QT_NO_CAST_FROM_ASCII)
 
-add_library(glymark_test_options INTERFACE)
-target_link_libraries(glymark_test_options INTERFACE glymark_common_options)
-# QSKIP() is a macro of any number of arguments, called with one.
-target_compile_options(glymark_test_options INTERFACE
+# QSKIP() is a macro of any number of arguments, called with one. The option has to stand behind the
+# warnings, as what is linked last.
+add_library(glymark_one_argument INTERFACE)
+target_compile_options(glymark_one_argument INTERFACE
     $<$<CXX_COMPILER_ID:Clang>:-Wno-gnu-zero-variadic-macro-arguments>)
+
+add_library(glymark_test_options INTERFACE)
+target_link_libraries(glymark_test_options INTERFACE glymark_common_options glymark_one_argument)
