@@ -292,15 +292,14 @@ private Q_SLOTS:
         tester.start();
         QStringList labels = tester.labelTexts();
         labels.sort();
-        QStringList expected =
-            texts({"Legend", "Better value color: Green", "Worse value color: Red",
-                   "Center value color: Blue",
-                   "Additional info: In brackets is on which axis that specific method will be "
-                   "displayed.",
-                   "Information", "Method Results: Convergence/Variability",
-                   "Convergence: B - Better, W - Worse", "Variability: B - Better, W - Worse ",
-                   "Convergence:", "Median difference", "Variability:", "Standard deviation",
-                   "Center method:", "Median", "Offset:", "3"});
+        const char *const axes = "Additional info: In brackets is on which axis that specific "
+                                 "method will be displayed.";
+        QStringList expected = texts(
+            {"Legend", "Better value color: Green", "Worse value color: Red",
+             "Center value color: Blue", axes, "Information",
+             "Method Results: Convergence/Variability", "Convergence: B - Better, W - Worse",
+             "Variability: B - Better, W - Worse ", "Convergence:", "Median difference",
+             "Variability:", "Standard deviation", "Center method:", "Median", "Offset:", "3"});
         expected.sort();
         QCOMPARE(labels, expected);
 
