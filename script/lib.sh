@@ -181,10 +181,11 @@ install_packages() {
     }
 }
 
-# clang_sanitizers <compiler>: the package of its sanitizers where it is clang, which has them apart.
+# clang_sanitizers <compiler>: where it is clang, the packages of its sanitizers and of the program by
+# which they name functions, also those whose leaks are known.
 clang_sanitizers() {
     case $("$1" --version 2>/dev/null) in
-        *clang*) echo "libclang-rt-$("$1" -dumpversion | cut -d. -f1)-dev" ;;
+        *clang*) printf '%s\n' "libclang-rt-$("$1" -dumpversion | cut -d. -f1)-dev" llvm ;;
     esac
 }
 
