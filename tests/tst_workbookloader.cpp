@@ -417,8 +417,11 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("sheets");
         QTest::addColumn<double>("expected");
         const auto sheet = [](const QByteArray &relationship, const QByteArray &state = {}) {
-            return "<sheet name=\"" + relationship + "\" sheetId=\"1\" r:id=\"" + relationship
-                + (state.isEmpty() ? QByteArray() : "\" state=\"" + state) + "\"/>";
+            const QByteArray visible = R"(<sheet name="%" sheetId="1" r:id="%"/>)";
+            const QByteArray other = R"(<sheet name="%" sheetId="1" r:id="%" state="$"/>)";
+            return QByteArray(state.isEmpty() ? visible : other)
+                .replace('%', relationship)
+                .replace('$', state);
         };
         QTest::newRow("first") << sheet("sheet") + sheet("second") << 1.0;
         QTest::newRow("order of the workbook") << sheet("second") + sheet("sheet") << 2.0;

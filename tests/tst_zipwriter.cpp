@@ -175,9 +175,9 @@ private Q_SLOTS:
         zip.add("part", 100000, piecesOf(noise(100000), 1000));
         const QByteArray archive = archiveOf(zip);
         QVERIFY(archive.startsWith("PK\3\4"));
-        const int versionNeeded = archive.at(4);
+        const int versionNeeded = quint8(archive.at(4));
         QCOMPARE(versionNeeded, 20);
-        const int flags = archive.at(6);
+        const int flags = quint8(archive.at(6));
         QCOMPARE(flags & 8, 0);
         // The name follows on 30 bytes, and the content on that: there are no extra fields.
         QCOMPARE(archive.mid(28, 2), QByteArray("\0\0", 2));
