@@ -651,15 +651,16 @@ private:
     template<typename Row>
     static void addLimits(const Row &row)
     {
+        const WorkbookLimits limits;
         const double mebibyte = WorkbookLimits::mebibyte;
         row("limits",
             "over # MiB, one of its parts over # MiB unpacked, a cell lies beyond row # or column "
             "#,",
-            {double(workbookLimits.fileSize) / mebibyte, double(workbookLimits.partSize) / mebibyte,
-             workbookLimits.rows, workbookLimits.columns});
+            {double(limits.fileSize) / mebibyte, double(limits.partSize) / mebibyte,
+             FormatLimits::rows, FormatLimits::columns});
         // The labels take one column.
         row("columns", "(the first # patients: a sheet has no more columns;",
-            {workbookLimits.columns - 1});
+            {FormatLimits::columns - 1});
         row("series", "(the first # patients; a spreadsheet program rejects more)",
             {WorkbookWriter::largestSeriesCount});
     }

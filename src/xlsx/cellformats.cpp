@@ -59,7 +59,7 @@ void CellFormats::addNumberFormat(const XmlAttributes &attributes)
     if (!known || code == nullptr) {
         return;
     }
-    if (m_custom.size() >= workbookLimits.listEntries) {
+    if (m_custom.size() >= limits().listEntries) {
         refuse(LoadError::TooLarge);
     } else {
         m_custom.insert(number,
@@ -76,7 +76,7 @@ void CellFormats::addCellFormat(const XmlAttributes &attributes)
     const int number = text.isEmpty() ? 0 : text.toInt(&known);
     if (!known) {
         refuse(LoadError::Damage::Index);
-    } else if (m_formats.size() >= workbookLimits.cellFormats) {
+    } else if (m_formats.size() >= limits().cellFormats) {
         refuse(LoadError::TooLarge);
     } else {
         m_formats.append(number);

@@ -124,10 +124,10 @@ void replaceControls(QString *text)
 
 void cut(QString *text)
 {
-    if (text->size() <= workbookLimits.textLength) {
+    if (text->size() <= FormatLimits::textLength) {
         return;
     }
-    int end = workbookLimits.textLength - 1;
+    int end = FormatLimits::textLength - 1;
     if (isSurrogatePairAt(*text, end - 1)) {
         --end;
     }
@@ -212,7 +212,7 @@ QByteArray encode(const QString &text)
 {
     QString content = text;
     unifyLineEnds(&content);
-    content = xmlText(content.left(workbookLimits.textLength));
+    content = xmlText(content.left(FormatLimits::textLength));
     escapeEscapes(&content);
     return content.toHtmlEscaped().toUtf8();
 }

@@ -31,7 +31,7 @@ void ContentTypes::enter(int node, const XmlAttributes &attributes)
         || !(type.endsWith(".worksheet+xml") || type.endsWith(".styles+xml"))) {
         return;
     }
-    if (m_sheetsAndStyles.size() >= workbookLimits.listEntries) {
+    if (m_sheetsAndStyles.size() >= limits().listEntries) {
         refuse(LoadError::TooLarge);
         return;
     }

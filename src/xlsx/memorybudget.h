@@ -9,17 +9,17 @@
 class MemoryBudget
 {
 public:
+    explicit MemoryBudget(const WorkbookLimits &limits)
+        : m_limits(limits), m_left(limits.memory) { }
+
     /// Takes the share of a cell, and of its row when it is the first there; false when there is
     /// not enough left.
-    bool takeCell(bool newRow)
-    {
-        return take(workbookLimits.cellCost + (newRow ? workbookLimits.rowCost : 0));
-    }
+    bool takeCell(bool newRow) { return take(m_limits.cellCost + (newRow ? m_limits.rowCost : 0)); }
 
     /// Takes the share of \p text; false when there is not enough left.
     bool takeText(const QString &text)
     {
-        return take(workbookLimits.textCost + text.size() * static_cast<qint64>(sizeof(QChar)));
+        return take(m_limits.textCost + text.size() * static_cast<qint64>(sizeof(QChar)));
     }
 
 private:
@@ -29,5 +29,6 @@ private:
         return m_left >= 0;
     }
 
-    qint64 m_left = workbookLimits.memory;
+    WorkbookLimits m_limits;
+    qint64 m_left;
 };

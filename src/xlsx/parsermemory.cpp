@@ -4,8 +4,6 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "xlsx/workbooklimits.h"
-
 namespace
 {
 
@@ -28,6 +26,7 @@ char *headOf(void *block)
 
 } // namespace
 
+thread_local qint64 ParserMemory::s_limit = 0;
 thread_local qint64 ParserMemory::s_used = 0;
 
 void *ParserMemory::reallocate(void *block, std::size_t size)
@@ -35,7 +34,7 @@ void *ParserMemory::reallocate(void *block, std::size_t size)
     char *const head = headOf(block);
     const qint64 before = sizeOf(head);
     const auto after = static_cast<qint64>(size);
-    if (s_used - before + after > workbookLimits.parserMemory) {
+    if (s_used - before + after > s_limit) {
         return nullptr;
     }
     auto *const moved = static_cast<char *>(std::realloc(head, size + headSize));

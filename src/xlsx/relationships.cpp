@@ -131,7 +131,7 @@ void Relationships::enter(int node, const XmlAttributes &attributes)
     if (node != OneNode) {
         return;
     }
-    if (m_targets.size() >= workbookLimits.listEntries) {
+    if (m_targets.size() >= limits().listEntries) {
         refuse(LoadError::TooLarge);
         return;
     }

@@ -38,7 +38,7 @@ void SheetList::addSheet(const XmlAttributes &attributes)
 {
     const QByteArray state = attributes.value("state");
     const bool hidden = state == "hidden" || state == "veryHidden";
-    if (m_sheets.size() >= workbookLimits.listEntries) {
+    if (m_sheets.size() >= limits().listEntries) {
         refuse(LoadError::TooLarge);
     } else {
         m_sheets.append({attributes.relationship("id"), !hidden});

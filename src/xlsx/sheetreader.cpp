@@ -170,9 +170,9 @@ void SheetReader::enterRow(const XmlAttributes &attributes)
             refuse(LoadError::Damage::Reference);
             return;
         }
-        m_row = static_cast<int>(qMin<qlonglong>(row, workbookLimits.rows + 1));
+        m_row = static_cast<int>(qMin<qlonglong>(row, FormatLimits::rows + 1));
     }
-    if (m_row > workbookLimits.rows) {
+    if (m_row > FormatLimits::rows) {
         refuse(LoadError::TooLarge);
     }
 }
@@ -186,7 +186,7 @@ void SheetReader::enterCell(const XmlAttributes &attributes)
     m_inlineTexts = 0;
     if (!moveTo(attributes.value("r"))) {
         refuse(LoadError::Damage::Reference);
-    } else if (m_column > workbookLimits.columns) {
+    } else if (m_column > FormatLimits::columns) {
         refuse(LoadError::TooLarge);
     } else if (!attributes.areAmong(cellAttributes.data())) {
         refuse(LoadError::Damage::Attribute);

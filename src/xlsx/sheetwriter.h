@@ -15,7 +15,7 @@ class SharedStringsWriter;
 class RowCells
 {
 public:
-    static constexpr int largestColumn = workbookLimits.columns;
+    static constexpr int largestColumn = FormatLimits::columns;
 
     RowCells() = default;
     virtual ~RowCells() = default;
@@ -31,7 +31,7 @@ public:
 
 /// The cells of a worksheet, described row by row, so that none has to be kept.
 struct SheetRows {
-    static constexpr int largestCount = workbookLimits.rows;
+    static constexpr int largestCount = FormatLimits::rows;
 
     /// How many rows to ask for; those beyond the last row of a worksheet are left out.
     int count = 0;

@@ -3,8 +3,18 @@
 
 #include <QtGlobal>
 
-/// How large a workbook may be. Below these limits loading a file takes at most 512 MiB of memory
-/// and 5 seconds, whatever the file holds.
+/// What the format itself allows.
+struct FormatLimits {
+    /// Rows of a sheet.
+    static constexpr int rows = 1 << 20;
+    /// Columns of a sheet.
+    static constexpr int columns = 1 << 14;
+    /// UTF-16 units of a text. A longer one is cut.
+    static constexpr int textLength = (1 << 15) - 1;
+};
+
+/// How large a workbook may be that is loaded. Below these limits loading a file takes at most
+/// 512 MiB of memory and 5 seconds, whatever the file holds.
 struct WorkbookLimits {
     /// Bytes of the file: twenty times a workbook of 50,000 rows with 200 numbers each.
     qint64 fileSize = 256 * mebibyte;
@@ -31,12 +41,6 @@ struct WorkbookLimits {
     int xmlItems = 24000000;
     /// Bytes that the XML parser may take, which keeps each name that it meets once.
     qint64 parserMemory = 64 * mebibyte;
-    /// Rows of a sheet, as in the format.
-    int rows = 1 << 20;
-    /// Columns of a sheet, as in the format.
-    int columns = 1 << 14;
-    /// UTF-16 units of a text, as in the format. A longer one is cut.
-    int textLength = (1 << 15) - 1;
     /// Cell formats, as in the format (65,490), rounded up.
     int cellFormats = 1 << 16;
     /// Entries of each other list: sheets, number formats, relationships of a part.
@@ -53,5 +57,3 @@ struct WorkbookLimits {
 
     static constexpr qint64 mebibyte = 1 << 20;
 };
-
-constexpr WorkbookLimits workbookLimits;

@@ -15,7 +15,6 @@
 #include "xlsx/relationships.h"
 #include "xlsx/sheetlist.h"
 #include "xlsx/sheetreader.h"
-#include "xlsx/workbooklimits.h"
 #include "xlsx/zippackage.h"
 
 namespace
@@ -25,7 +24,11 @@ namespace
 class Loader
 {
 public:
-    Loader(const QString &path, int textColumn) : m_file(path), m_textColumn(textColumn) { }
+    Loader(const QString &path, int textColumn, const WorkbookLimits &limits)
+        : m_file(path), m_textColumn(textColumn), m_limits(limits), m_package(limits),
+          m_budget(limits)
+    {
+    }
     LoadError load();
     std::unique_ptr<QXlsx::Document> takeDocument() { return std::move(m_document); }
 
@@ -47,6 +50,7 @@ private:
 
     QFile m_file;
     int m_textColumn;
+    WorkbookLimits m_limits;
     ZipPackage m_package;
     XmlCount m_count;
     MemoryBudget m_budget;
@@ -92,7 +96,7 @@ LoadError Loader::openFile()
     if (!QFileInfo(m_file).isFile() || !m_file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
         return LoadError::CannotBeRead;
     }
-    return m_file.size() > workbookLimits.fileSize ? LoadError::TooLarge : LoadError::None;
+    return m_file.size() > m_limits.fileSize ? LoadError::TooLarge : LoadError::None;
 }
 
 LoadError Loader::openPackage()
@@ -119,7 +123,7 @@ LoadError Loader::findWorkbook()
         return LoadError::NotAWorkbook;
     }
     Relationships relationships({});
-    LoadError error = relationships.readPart(&m_package, part, &m_count, workbookLimits.listSize);
+    LoadError error = relationships.readPart(&m_package, part, &m_count, m_limits.listSize);
     if (error) {
         return std::move(error).in(LoadError::Part::PackageRelationships);
     }
@@ -133,8 +137,7 @@ LoadError Loader::findWorkbook()
 
 LoadError Loader::readWorkbook()
 {
-    LoadError error =
-        m_sheets.readPart(&m_package, m_workbookPart, &m_count, workbookLimits.listSize);
+    LoadError error = m_sheets.readPart(&m_package, m_workbookPart, &m_count, m_limits.listSize);
     if (error.reason == LoadError::Damaged && m_sheets.isOther()) {
         return LoadError::NotAWorkbook;
     }
@@ -143,8 +146,7 @@ LoadError Loader::readWorkbook()
     }
     m_relationships = std::make_unique<Relationships>(m_workbookPart);
     return m_relationships
-        ->readPart(&m_package, Relationships::partFor(m_workbookPart), &m_count,
-                   workbookLimits.listSize)
+        ->readPart(&m_package, Relationships::partFor(m_workbookPart), &m_count, m_limits.listSize)
         .in(LoadError::Part::WorkbookRelationships);
 }
 
@@ -214,7 +216,7 @@ bool Loader::hasLostPart()
         return false;
     }
     ContentTypes types;
-    if (types.readPart(&m_package, ContentTypes::part(), &m_count, workbookLimits.listSize)) {
+    if (types.readPart(&m_package, ContentTypes::part(), &m_count, m_limits.listSize)) {
         return true;
     }
     QSet<QByteArray> known;
@@ -237,7 +239,7 @@ LoadError Loader::readOptional(Relationships::Kind kind, XmlReader *reader)
     }
     const QByteArray part = parts.value(0);
     return isLeftOut(part) ? LoadError()
-                           : reader->readPart(&m_package, part, &m_count, workbookLimits.partSize);
+                           : reader->readPart(&m_package, part, &m_count, m_limits.partSize);
 }
 
 // Without any formats a date would read as a number.
@@ -261,7 +263,7 @@ LoadError Loader::readSheet()
     document->workbook()->setDate1904(m_sheets.is1904());
     SheetReader reader(
         {&m_strings.texts(), &m_styles, document->currentWorksheet(), &m_budget, m_textColumn});
-    LoadError error = reader.readPart(&m_package, m_sheetPart, &m_count, workbookLimits.partSize);
+    LoadError error = reader.readPart(&m_package, m_sheetPart, &m_count, m_limits.partSize);
     if (!error) {
         m_document = std::move(document);
     }
@@ -270,9 +272,9 @@ LoadError Loader::readSheet()
 
 } // namespace
 
-LoadedWorkbook loadWorkbook(const QString &path, int textColumn)
+LoadedWorkbook loadWorkbook(const QString &path, int textColumn, const WorkbookLimits &limits)
 {
-    Loader loader(path, textColumn);
+    Loader loader(path, textColumn, limits);
     LoadError error = loader.load();
     return {loader.takeDocument(), std::move(error)};
 }

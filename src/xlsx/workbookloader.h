@@ -7,6 +7,7 @@
 #include <xlsxdocument.h>
 
 #include "xlsx/loaderror.h"
+#include "xlsx/workbooklimits.h"
 
 /// A document of one worksheet, or the reason why there is none.
 struct LoadedWorkbook {
@@ -20,5 +21,6 @@ struct LoadedWorkbook {
 ///
 /// Its cells give what their contents say: numbers (in column \p textColumn as texts with the
 /// digits of the file), true or false, texts without control characters, and dates; a formula gives
-/// the value stored with it. What a file may hold is bounded by the WorkbookLimits.
-LoadedWorkbook loadWorkbook(const QString &path, int textColumn = 1);
+/// the value stored with it. A file beyond one of the \p limits is too large.
+LoadedWorkbook loadWorkbook(const QString &path, int textColumn = 1,
+                            const WorkbookLimits &limits = {});

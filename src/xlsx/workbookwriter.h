@@ -24,7 +24,7 @@ class WorkbookWriter
 {
 public:
     /// What a cell and a chart may hold at most.
-    static constexpr int largestTextLength = workbookLimits.textLength;
+    static constexpr int largestTextLength = FormatLimits::textLength;
     static constexpr int largestSeriesCount = 255;
 
     /// Adds a worksheet with cells at the end; whatever they refer to has to last until the

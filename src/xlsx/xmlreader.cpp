@@ -176,6 +176,7 @@ LoadError XmlReader::readPart(ZipPackage *package, const QByteArray &name, XmlCo
                               qint64 largest)
 {
     m_count = count;
+    m_limits = &package->limits();
     m_error = {};
     m_hasRoot = false;
     m_isOther = false;
@@ -183,6 +184,7 @@ LoadError XmlReader::readPart(ZipPackage *package, const QByteArray &name, XmlCo
     m_hasPiece = false;
     m_pending = 0;
     m_open = {{XmlOutcome::Unwrapped, document, XmlOutcome::Refused}};
+    ParserMemory::limitTo(m_limits->parserMemory);
     m_parser = std::make_unique<Parser>();
     if (!m_parser->expat) {
         return LoadError::TooLarge;
@@ -232,7 +234,7 @@ bool XmlReader::feed(const char *data, int size, bool last)
     if (!parsed) {
         refuse(LoadError::Damage::Xml);
     }
-    if (m_pending > workbookLimits.tokenSize) {
+    if (m_pending > m_limits->tokenSize) {
         refuse(LoadError::TooLarge);
     }
     return !isRefused();
@@ -302,7 +304,7 @@ void XmlReader::countItems(int items)
 {
     m_pending = 0;
     m_count->items += items;
-    if (m_count->items > workbookLimits.xmlItems) {
+    if (m_count->items > m_limits->xmlItems) {
         refuse(LoadError::TooLarge);
     }
 }
@@ -314,7 +316,7 @@ void XmlReader::startElement(const char *expatName, const char *const *attribute
     if (isRefused()) {
         return;
     }
-    if (m_open.size() > workbookLimits.depth || given.count() > workbookLimits.attributes) {
+    if (m_open.size() > m_limits->depth || given.count() > m_limits->attributes) {
         refuse(LoadError::TooLarge);
         return;
     }

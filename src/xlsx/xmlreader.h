@@ -11,6 +11,7 @@
 #include "xlsx/loaderror.h"
 
 class ZipPackage;
+struct WorkbookLimits;
 
 /// How much of XML was read in all parts of a package together.
 struct XmlCount {
@@ -74,7 +75,7 @@ struct XmlSteps {
 /// Reads one XML part of a package. A derived class names the elements that it wants in a table
 /// of steps. Elements of other vocabularies are passed over; of the markup for compatibility the
 /// fallback is read. There are no document types and no entities but those of XML itself, and what
-/// is read is bounded by the WorkbookLimits.
+/// is read is bounded by the limits of the package.
 class XmlReader
 {
 public:
@@ -110,6 +111,9 @@ protected:
     /// The cell that is being read, such as "C17"; empty when it is none.
     virtual QString currentCell() const;
 
+    /// The limits of the package, as long as its part is read.
+    const WorkbookLimits &limits() const { return *m_limits; }
+
     /// Ends the reading with \p error. enter, leave and text may still be called once.
     void refuse(const LoadError &error);
     /// Refuses the part as damaged when the element of \p met, set by this, was met before.
@@ -141,6 +145,7 @@ private:
 
     std::unique_ptr<Parser> m_parser;
     XmlCount *m_count = nullptr;
+    const WorkbookLimits *m_limits = nullptr;
     QVector<Element> m_open;
     qint64 m_pending = 0;
     LoadError m_error;

@@ -5,17 +5,16 @@
 
 #include <zip.h>
 
-#include "xlsx/workbooklimits.h"
-
 // The file as the library reads it. Until the list of parts is read the bytes are counted, since
 // that list is held in memory.
 struct ZipPackage::Source {
     QFile *file = nullptr;
+    qint64 largestDirectory = 0;
     zip_error_t error = {};
     qint64 directoryBytes = 0;
     bool listed = false;
 
-    bool isTooLarge() const { return !listed && directoryBytes > workbookLimits.directorySize; }
+    bool isTooLarge() const { return !listed && directoryBytes > largestDirectory; }
 
     zip_int64_t fail(int code)
     {
@@ -106,13 +105,14 @@ QByteArray key(QByteArray name)
 
 } // namespace
 
-ZipPackage::ZipPackage() = default;
+ZipPackage::ZipPackage(const WorkbookLimits &limits) : m_limits(limits) { }
 ZipPackage::~ZipPackage() = default;
 
 LoadError ZipPackage::open(QFile *file)
 {
     m_source = std::make_unique<Source>();
     m_source->file = file;
+    m_source->largestDirectory = m_limits.directorySize;
     zip_error_t error;
     zip_error_init(&error);
     zip_source_t *const source = zip_source_function_create(&Source::call, m_source.get(), &error);
@@ -211,7 +211,7 @@ LoadError ZipPackage::read(const QByteArray &name, qint64 largest, const Consume
         }
         size += count;
         m_unpacked += count;
-        if (size > largest || m_unpacked > workbookLimits.unpackedSize) {
+        if (size > largest || m_unpacked > m_limits.unpackedSize) {
             return LoadError::TooLarge;
         }
         if (!consumer(piece.data(), static_cast<int>(count))) {

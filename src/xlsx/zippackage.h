@@ -9,18 +9,21 @@
 #include <QHash>
 
 #include "xlsx/loaderror.h"
+#include "xlsx/workbooklimits.h"
 
-/// The parts of a ZIP archive, read as streams. What a part holds counts only when it was read to
-/// its end, where its checksum is looked at.
+/// The parts of a ZIP archive, read as streams, within limits. What a part holds counts only when
+/// it was read to its end, where its checksum is looked at.
 class ZipPackage
 {
 public:
     /// Takes a piece of a part; returns whether more is wanted. \p size is at least 1.
     using Consumer = std::function<bool(const char *data, int size)>;
 
-    ZipPackage();
+    explicit ZipPackage(const WorkbookLimits &limits = {});
     ~ZipPackage();
     Q_DISABLE_COPY_MOVE(ZipPackage)
+
+    const WorkbookLimits &limits() const { return m_limits; }
 
     /// Opens the archive in \p file, which stays open and unmoved as long as this object lives.
     LoadError open(QFile *file);
@@ -45,6 +48,7 @@ private:
 
     LoadError listParts();
 
+    WorkbookLimits m_limits;
     std::unique_ptr<Source> m_source;
     std::unique_ptr<Archive> m_archive;
     QHash<QByteArray, quint64> m_parts;
