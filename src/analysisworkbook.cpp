@@ -35,6 +35,14 @@ public:
     int columns() const { return m_columns; }
     int at(int patient, int column) const { return m_numbers.at(patient * m_columns + column); }
 
+    template<size_t count>
+    std::array<int, count> row(int patient) const
+    {
+        std::array<int, count> row;
+        std::copy_n(m_numbers.begin() + patient * m_columns, count, row.begin());
+        return row;
+    }
+
 private:
     int m_columns;
     QVector<int> m_numbers;
@@ -400,33 +408,39 @@ void addAnovaSheet(Analysis &analysis, const Family &family, const Marks &flags)
                    labelsOf(analysis, family.methods), flags);
 }
 
+// On the sheet of ideal kvadrants the share stands in the place of the last pair, and counts it all
+// the same. Required as is.
+constexpr int firstIdealColumn = 3;
+constexpr int lastPair = pairCount - 1;
+
 void addIdealSheet(Analysis &analysis, const Marks &kvadrants)
 {
-    // Required as is: the share stands in the place of the last pair, and counts it all the same.
-    constexpr int firstColumn = 3;
-    constexpr int lastPair = pairCount - 1;
     QStringList headings = pairLabels(analysis);
     headings[lastPair] = shareHeading;
     FixedTexts texts;
     putTexts(texts, 1, 1, {patientHeading, QStringLiteral("Ideal kvadrant")});
-    putTexts(texts, 1, firstColumn, headings);
+    putTexts(texts, 1, firstIdealColumn, headings);
     const auto cellsOf = [&patients = analysis.patients, kvadrants](int k, RowCells &cells) {
-        const int ideal = patients.at(k).idealKvadrant;
-        // noIdealKvadrant equals no kvadrant, so that such a patient has no hit.
-        const auto hits = [&](int pair) { return ideal == kvadrants.at(k, pair) ? 1 : 0; };
-        int sum = hits(lastPair);
         cells.text(1, patients.at(k).id);
-        cells.number(2, ideal);
-        for (int pair = 0; pair < lastPair; ++pair) {
-            cells.number(firstColumn + pair, hits(pair));
-            sum += hits(pair);
-        }
-        cells.number(firstColumn + lastPair, double(sum) / pairCount);
+        putIdealCells(cells, patients.at(k).idealKvadrant, kvadrants.row<pairCount>(k));
     };
     addSheet(analysis, QLatin1String(idealSheet), texts, cellsOf);
 }
 
 } // namespace
+
+void putIdealCells(RowCells &cells, int ideal, const std::array<int, pairCount> &kvadrants)
+{
+    // noIdealKvadrant equals no kvadrant, so that such a patient has no hit.
+    const auto hits = [&](int pair) { return ideal == kvadrants.at(size_t(pair)) ? 1 : 0; };
+    int sum = hits(lastPair);
+    cells.number(2, ideal);
+    for (int pair = 0; pair < lastPair; ++pair) {
+        cells.number(firstIdealColumn + pair, hits(pair));
+        sum += hits(pair);
+    }
+    cells.number(firstIdealColumn + lastPair, double(sum) / pairCount);
+}
 
 std::vector<CellSheet> analysisSheets(const QVector<PatientRecord> &patients,
                                       const QVector<PatientScoreRecord> &scores,

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <array>
 #include <vector>
 
 #include <QString>
 #include <QVector>
 
+#include "kvadrants.h"
 #include "patientrecord.h"
 #include "patientscorerecord.h"
 #include "xlsx/sheetwriter.h"
@@ -27,3 +29,8 @@ void writeAnalysisWorkbook(const QString &fileName, const QVector<PatientRecord>
 std::vector<CellSheet> analysisSheets(const QVector<PatientRecord> &patients,
                                       const QVector<PatientScoreRecord> &scores,
                                       const PatientScoreRecord &medianCenter);
+
+/// Puts what the sheet of ideal kvadrants says of one patient into columns 2 to 11: the kvadrant
+/// \p ideal that the user marked; for each pair but the last 1 where its kvadrant is that one,
+/// otherwise 0; and of all nine \p kvadrants, by pair index, the share that is, from 0 to 1.
+void putIdealCells(RowCells &cells, int ideal, const std::array<int, pairCount> &kvadrants);

@@ -11,9 +11,11 @@
 #include "support/numbers.h"
 #include "support/testgroups.h"
 #include "support/workingfolder.h"
+#include "xlsx/workbookwriter.h"
 
 using ExpectedSheets::Book;
 using ExpectedSheets::Cells;
+using Numbers::difference;
 using Numbers::infinity;
 using Numbers::notANumber;
 
@@ -495,6 +497,20 @@ private Q_SLOTS:
         QCOMPARE(rowOf(document, 3, 1, 10), words("B 3 0 0 0 0 0 0 0 0"));
         QCOMPARE(document.read(3, 11).toDouble(), 1.0 / 9.0);
         QCOMPARE(document.read(1, 11).toString(), "% same as reference");
+    }
+
+    // No scores miss under the last pair alone, so the kvadrants themselves are given.
+    void missUnderTheLastPairAloneShowsInTheShare()
+    {
+        const auto fill = [](int, RowCells &cells) {
+            putIdealCells(cells, 4, {4, 4, 4, 4, 4, 4, 4, 4, 3});
+        };
+        WorkbookWriter workbook;
+        workbook.addSheet({"Ideal", {1, fill}});
+        QVERIFY(workbook.save("ideal.xlsx"));
+        const QXlsx::Document document("ideal.xlsx");
+        QCOMPARE(rowOf(document, 1, 1, 10), words("- 4 1 1 1 1 1 1 1 1"));
+        QCOMPARE(difference(document.read(1, 11).toDouble(), 8.0 / 9.0, 0), QString());
     }
 
     void emptyPairsAreMisses()
