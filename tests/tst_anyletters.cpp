@@ -17,6 +17,18 @@
 #include "support/testworkbooks.h"
 #include "support/workingfolder.h"
 
+namespace
+{
+
+// Whether the system's names of files are texts of the locale.
+#ifdef Q_OS_WIN
+constexpr bool narrowNames = false;
+#else
+constexpr bool narrowNames = true;
+#endif
+
+} // namespace
+
 /// Folders and files with any letters in their names, on every system.
 class TestAnyLetters : public QObject
 {
@@ -31,7 +43,7 @@ private Q_SLOTS:
     void init()
     {
         QFETCH(const QString, name);
-        if (QFile::decodeName(QFile::encodeName(name)) != name) {
+        if (narrowNames && QFile::decodeName(QFile::encodeName(name)) != name) {
             QSKIP("this locale has no such names");
         }
         m_folder = std::make_unique<WorkingFolder>();

@@ -10,9 +10,11 @@
 #include "cconfig.h"
 #include "support/commalocale.h"
 #include "support/numbers.h"
-#include "support/ordinaryuser.h"
 #include "support/workingfolder.h"
+#ifdef Q_OS_UNIX
+#include "support/ordinaryuser.h"
 #include "support/writelimit.h"
+#endif
 
 namespace
 {
@@ -27,8 +29,16 @@ QString configFile()
     return "config.ini";
 }
 
-void writeConfig(const QByteArray &content)
+#ifdef Q_OS_WIN
+const QByteArray lineEnd = "\r\n";
+#else
+const QByteArray lineEnd = "\n";
+#endif
+
+// Lines end as the system's lines do.
+void writeConfig(QByteArray content)
 {
+    content.replace("\n", lineEnd);
     QFile file(configFile());
     QVERIFY(file.open(QIODevice::WriteOnly));
     QCOMPARE(file.write(content), qint64(content.size()));
@@ -37,7 +47,8 @@ void writeConfig(const QByteArray &content)
 QByteArray fileContent()
 {
     QFile file(configFile());
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no file");
+    return file.open(QIODevice::ReadOnly) ? file.readAll().replace(lineEnd, "\n")
+                                          : QByteArray("no file");
 }
 
 QVector<quint64> settings(const CConfig &config)
@@ -48,10 +59,12 @@ QVector<quint64> settings(const CConfig &config)
 
 using Settings = QVector<quint64>;
 
+#ifdef Q_OS_UNIX
 constexpr auto readOnlyFolder = QFile::ReadOwner | QFile::ExeOwner | QFile::ReadUser
     | QFile::ExeUser | QFile::ReadGroup | QFile::ExeGroup | QFile::ReadOther | QFile::ExeOther;
 constexpr auto readOnlyFile =
     QFile::ReadOwner | QFile::ReadUser | QFile::ReadGroup | QFile::ReadOther;
+#endif
 
 } // namespace
 
@@ -152,65 +165,6 @@ private Q_SLOTS:
         QCOMPARE(config.createDefaultConfig(), -3);
         QCOMPARE(settings(config), Settings({0, 0, 1, 3, 1}));
         QVERIFY(QFileInfo(configFile()).isDir());
-    }
-
-    void aLocationThatIsGoneKeepsTheDefaultsInMemory()
-    {
-        QVERIFY(QDir().mkdir("gone"));
-        QVERIFY(QDir::setCurrent(m_folder->filePath("gone")));
-        QVERIFY(QDir(m_folder->path()).rmdir("gone"));
-        CConfig config;
-        QCOMPARE(config.status(), -1);
-        QCOMPARE(config.createDefaultConfig(), int(CConfig::WriteFailed));
-        QCOMPARE(config.createDefaultConfig(), -3);
-        QCOMPARE(settings(config), Settings({0, 0, 1, 3, 1}));
-        const CConfig next;
-        QCOMPARE(next.status(), -1);
-    }
-
-    void aReadOnlyLocationKeepsTheDefaultsInMemory()
-    {
-        QVERIFY(QFile::setPermissions(m_folder->path(), readOnlyFolder));
-        const OrdinaryUser user;
-        if (user.failed) {
-            QSKIP("cannot become an ordinary user here");
-        }
-        CConfig config;
-        QCOMPARE(config.status(), -1);
-        QCOMPARE(config.createDefaultConfig(), -3);
-        QCOMPARE(settings(config), Settings({0, 0, 1, 3, 1}));
-        QVERIFY(!QFile::exists(configFile()));
-        const CConfig next;
-        QCOMPARE(next.status(), -1);
-    }
-
-    void aCorrectionOfAReadOnlyFileHoldsInMemory()
-    {
-        const QByteArray content = "[Method]\nConvergence = 7\nVariance = 2\n";
-        writeConfig(content);
-        QVERIFY(QFile::setPermissions(configFile(), readOnlyFile));
-        QVERIFY(QFile::setPermissions(m_folder->path(), readOnlyFolder));
-        const OrdinaryUser user;
-        if (user.failed) {
-            QSKIP("cannot become an ordinary user here");
-        }
-        const CConfig config;
-        QCOMPARE(config.status(), 0);
-        QCOMPARE(settings(config), Settings({0, 2, 0, 0, 0}));
-        QCOMPARE(fileContent(), content);
-    }
-
-    void anUnreadableFileFailsTheLoad()
-    {
-        writeConfig(defaults);
-        QVERIFY(QFile::setPermissions(configFile(), {}));
-        QVERIFY(QFile::setPermissions(m_folder->path(), readOnlyFolder));
-        const OrdinaryUser user;
-        if (user.failed) {
-            QSKIP("cannot become an ordinary user here");
-        }
-        const CConfig config;
-        QCOMPARE(config.status(), -1);
     }
 
     void aTextBecomesASetting_data()
@@ -439,6 +393,88 @@ private Q_SLOTS:
         QCOMPARE(settings(config), Settings({1, 2, 0, 7, 1}));
     }
 
+    void laterChangesOfTheFileAreNotNoticedAndOverwritten()
+    {
+        writeConfig(defaults);
+        CConfig config;
+        writeConfig("[Method]\nConvergence = 2\nVariance = 2\nMine = 1\n");
+        QCOMPARE(settings(config), Settings({0, 0, 1, 3, 1}));
+        QCOMPARE(config.writeFile(), 0);
+        QCOMPARE(fileContent(), defaults);
+    }
+
+    void theStoreIsOne()
+    {
+        writeConfig("[Variable]\nSkip = 6\n");
+        CConfig &first = CConfig::instance();
+        QCOMPARE(&CConfig::instance(), &first);
+        QCOMPARE(first.skip(), quint64(6));
+        writeConfig("[Variable]\nSkip = 9\n");
+        QCOMPARE(CConfig::instance().skip(), quint64(6));
+        CConfig::resetInstance();
+        QCOMPARE(CConfig::instance().skip(), quint64(9));
+    }
+
+#ifdef Q_OS_UNIX
+    void aLocationThatIsGoneKeepsTheDefaultsInMemory()
+    {
+        QVERIFY(QDir().mkdir("gone"));
+        QVERIFY(QDir::setCurrent(m_folder->filePath("gone")));
+        QVERIFY(QDir(m_folder->path()).rmdir("gone"));
+        CConfig config;
+        QCOMPARE(config.status(), -1);
+        QCOMPARE(config.createDefaultConfig(), int(CConfig::WriteFailed));
+        QCOMPARE(config.createDefaultConfig(), -3);
+        QCOMPARE(settings(config), Settings({0, 0, 1, 3, 1}));
+        const CConfig next;
+        QCOMPARE(next.status(), -1);
+    }
+
+    void aReadOnlyLocationKeepsTheDefaultsInMemory()
+    {
+        QVERIFY(QFile::setPermissions(m_folder->path(), readOnlyFolder));
+        const OrdinaryUser user;
+        if (user.failed) {
+            QSKIP("cannot become an ordinary user here");
+        }
+        CConfig config;
+        QCOMPARE(config.status(), -1);
+        QCOMPARE(config.createDefaultConfig(), -3);
+        QCOMPARE(settings(config), Settings({0, 0, 1, 3, 1}));
+        QVERIFY(!QFile::exists(configFile()));
+        const CConfig next;
+        QCOMPARE(next.status(), -1);
+    }
+
+    void aCorrectionOfAReadOnlyFileHoldsInMemory()
+    {
+        const QByteArray content = "[Method]\nConvergence = 7\nVariance = 2\n";
+        writeConfig(content);
+        QVERIFY(QFile::setPermissions(configFile(), readOnlyFile));
+        QVERIFY(QFile::setPermissions(m_folder->path(), readOnlyFolder));
+        const OrdinaryUser user;
+        if (user.failed) {
+            QSKIP("cannot become an ordinary user here");
+        }
+        const CConfig config;
+        QCOMPARE(config.status(), 0);
+        QCOMPARE(settings(config), Settings({0, 2, 0, 0, 0}));
+        QCOMPARE(fileContent(), content);
+    }
+
+    void anUnreadableFileFailsTheLoad()
+    {
+        writeConfig(defaults);
+        QVERIFY(QFile::setPermissions(configFile(), {}));
+        QVERIFY(QFile::setPermissions(m_folder->path(), readOnlyFolder));
+        const OrdinaryUser user;
+        if (user.failed) {
+            QSKIP("cannot become an ordinary user here");
+        }
+        const CConfig config;
+        QCOMPARE(config.status(), -1);
+    }
+
     void aFileThatFindsNoRoomStaysWhole_data()
     {
         QTest::addColumn<int>("room");
@@ -495,28 +531,7 @@ private Q_SLOTS:
         QCOMPARE(settings(next), Settings({1, 1, 1, 4, 1}));
         QCOMPARE(QDir().entryList(QDir::Files | QDir::Hidden), QStringList(configFile()));
     }
-
-    void laterChangesOfTheFileAreNotNoticedAndOverwritten()
-    {
-        writeConfig(defaults);
-        CConfig config;
-        writeConfig("[Method]\nConvergence = 2\nVariance = 2\nMine = 1\n");
-        QCOMPARE(settings(config), Settings({0, 0, 1, 3, 1}));
-        QCOMPARE(config.writeFile(), 0);
-        QCOMPARE(fileContent(), defaults);
-    }
-
-    void theStoreIsOne()
-    {
-        writeConfig("[Variable]\nSkip = 6\n");
-        CConfig &first = CConfig::instance();
-        QCOMPARE(&CConfig::instance(), &first);
-        QCOMPARE(first.skip(), quint64(6));
-        writeConfig("[Variable]\nSkip = 9\n");
-        QCOMPARE(CConfig::instance().skip(), quint64(6));
-        CConfig::resetInstance();
-        QCOMPARE(CConfig::instance().skip(), quint64(9));
-    }
+#endif
 };
 
 QTEST_GUILESS_MAIN(TestCConfig)

@@ -5,8 +5,10 @@
 #include <QDir>
 #include <QTest>
 
+#ifdef Q_OS_UNIX
 #include <sys/stat.h>
 #include <unistd.h>
+#endif
 #include <zip.h>
 
 #include "patientreader.h"
@@ -505,6 +507,8 @@ private Q_SLOTS:
         QCOMPARE(loadBytes(compoundFile(stream)).error.reason, LoadError::PasswordProtected);
     }
 
+#ifdef Q_OS_UNIX
+    // Elsewhere the library is built without encryption.
     void encryptedPartIsRefused()
     {
         HandmadeWorkbook().save(path());
@@ -517,6 +521,7 @@ private Q_SLOTS:
         QCOMPARE(zip_close(archive), 0);
         QCOMPARE(loadWorkbook(path()).error.reason, LoadError::PasswordProtected);
     }
+#endif
 
     void brokenCellIsRefused_data()
     {
@@ -561,7 +566,10 @@ private Q_SLOTS:
         rows("second sheet data", R"(<row r="1"/></sheetData><sheetData>)");
     }
 
-    void brokenCellIsRefused() { compareDamaged(); }
+    void brokenCellIsRefused()
+    {
+        compareDamaged();
+    }
 
     void brokenPartIsRefused_data()
     {
@@ -595,7 +603,10 @@ private Q_SLOTS:
         QTest::newRow("two parts of formats") << twoFormats;
     }
 
-    void brokenPartIsRefused() { compareDamaged(); }
+    void brokenPartIsRefused()
+    {
+        compareDamaged();
+    }
 
     void brokenReferenceIsRefused_data()
     {
@@ -616,8 +627,13 @@ private Q_SLOTS:
         QTest::newRow("missing relationships") << external;
     }
 
-    void brokenReferenceIsRefused() { compareDamaged(); }
+    void brokenReferenceIsRefused()
+    {
+        compareDamaged();
+    }
 
+#ifdef Q_OS_UNIX
+    // Under Wine the library cannot replace an archive that it has open.
     void flippedBitInAPartIsRefused()
     {
         const QByteArray marker = "5.0625";
@@ -642,6 +658,7 @@ private Q_SLOTS:
         content.replace(marker, "4.0625");
         QCOMPARE(loadBytes(content).error.reason, LoadError::Damaged);
     }
+#endif
 
     void cutArchiveIsRefused()
     {
@@ -770,6 +787,7 @@ private Q_SLOTS:
         QTest::newRow("no name") << QString();
         QTest::newRow("missing file") << path("missing.xlsx");
         QTest::newRow("folder") << m_folder.path();
+#ifdef Q_OS_UNIX
         const QString pipe = path("pipe.xlsx");
         QCOMPARE(mkfifo(qPrintable(pipe), S_IRUSR | S_IWUSR), 0);
         QTest::newRow("pipe") << pipe;
@@ -783,6 +801,7 @@ private Q_SLOTS:
         const QString link = path("link.xlsx");
         QVERIFY(QFile::link(link, link));
         QTest::newRow("link to itself") << link;
+#endif
     }
 
     void fileThatCannotBeReadIsRefusedAtOnce()
@@ -792,7 +811,10 @@ private Q_SLOTS:
     }
 
 private:
-    QString path(const QString &name = "book.xlsx") const { return m_folder.filePath(name); }
+    QString path(const QString &name = "book.xlsx") const
+    {
+        return m_folder.filePath(name);
+    }
     LoadedWorkbook load(const HandmadeWorkbook &workbook) const
     {
         workbook.save(path());

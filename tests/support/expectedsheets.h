@@ -34,7 +34,7 @@ void put(Cells &cells, int row, int column, double value);
 QString differences(const QString &path, const Book &book);
 
 /// The same as another program reads it, and the charts besides: their place, their size, their
-/// series, and that they carry no texts.
+/// series, and that they carry no texts. Always empty on Windows, where that program is not.
 QString differencesElsewhere(const QString &path, const Book &book);
 
 /// The cells as a spreadsheet program reads them: "ssconvert" of Gnumeric or "soffice" of
