@@ -25,7 +25,8 @@ QVector<int> seen;
 } // namespace
 
 // These three take the place of the program's own, which take their time.
-LoadedWorkbook loadWorkbook(const QString &path, int /*textColumn*/)
+LoadedWorkbook loadWorkbook(const QString &path, int /*textColumn*/,
+                            const WorkbookLimits & /*limits*/)
 {
     seen.append(cursorNow());
     if (path.endsWith("damaged.xlsx")) {
