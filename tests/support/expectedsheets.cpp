@@ -2,6 +2,7 @@
 #include "support/expectedsheets.h"
 
 #include <cmath>
+#include <memory>
 
 #include <QFile>
 #include <QJsonArray>
@@ -104,23 +105,82 @@ QByteArray asJson(const Book &book)
     return QJsonDocument(sheets).toJson(QJsonDocument::Compact);
 }
 
-// What the script beside this file says of the workbook, called with it and the expectation behind
-// \p arguments; empty when it says "ok".
-QString complaintOf(const QString &script, const QStringList &arguments, const QString &path,
-                    const Book &book)
+// Writes what the workbook in the file \p path has to hold beside it; empty when there is no place.
+QString expectationFor(const QString &path, const Book &book)
 {
-    const QString found = QFINDTESTDATA(script);
-    QFile expectation(path + ".json");
-    if (found.isEmpty() || !expectation.open(QIODevice::WriteOnly)) {
-        return "no script or no place for the expectation";
+    QFile file(path + ".json");
+    const QByteArray json = asJson(book);
+    return file.open(QIODevice::WriteOnly) && file.write(json) == json.size() ? file.fileName()
+                                                                              : QString();
+}
+
+#ifdef Q_OS_WIN
+constexpr bool hasOtherReader = false;
+#else
+constexpr bool hasOtherReader = true;
+#endif
+constexpr int longestAnswer = 300000; // milliseconds
+
+// The script that reads with another library, started once: to start takes it longer than to read.
+class OtherReader
+{
+public:
+    OtherReader()
+    {
+        m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        m_process.start("/usr/bin/python3", {QFINDTESTDATA("readback.py")});
     }
-    expectation.write(asJson(book));
-    expectation.close();
+    Q_DISABLE_COPY_MOVE(OtherReader)
+
+    ~OtherReader()
+    {
+        m_process.closeWriteChannel();
+        m_process.waitForFinished();
+    }
+
+    QString complaint(const QString &workbook, const QString &expectation)
+    {
+        const QJsonArray question = {workbook, expectation};
+        m_process.write(QJsonDocument(question).toJson(QJsonDocument::Compact) + '\n');
+        while (!m_process.canReadLine()) {
+            if (!m_process.waitForReadyRead(longestAnswer)) {
+                return "the other reader does not answer: " + m_process.errorString();
+            }
+        }
+        const QJsonDocument answer = QJsonDocument::fromJson(m_process.readLine());
+        if (!answer.isArray()) {
+            return "the other reader gives no list";
+        }
+        QStringList lines;
+        for (const QVariant &line : answer.array().toVariantList()) {
+            lines.append(line.toString());
+        }
+        return lines.mid(0, mostLines).join('\n');
+    }
+
+private:
+    QProcess m_process;
+};
+
+// As long as there is an application, without which a process cannot be waited for.
+OtherReader &otherReader()
+{
+    static std::unique_ptr<OtherReader> reader;
+    if (!reader) {
+        reader = std::make_unique<OtherReader>();
+        qAddPostRoutine([] { reader.reset(); });
+    }
+    return *reader;
+}
+
+// What the script that calls a program says of the workbook; empty when it says "ok".
+QString complaintOf(const QString &program, const QString &path, const QString &expectation)
+{
     QProcess reader;
     reader.setProcessChannelMode(QProcess::MergedChannels);
     reader.start("/usr/bin/python3",
-                 QStringList{found} + arguments + QStringList{path, expectation.fileName()});
-    if (!reader.waitForFinished(300000)) {
+                 {QFINDTESTDATA("readconverted.py"), program, path, expectation});
+    if (!reader.waitForFinished(longestAnswer)) {
         return "the other reader does not run: " + reader.errorString();
     }
     const QString output = QString::fromUtf8(reader.readAll());
@@ -167,18 +227,12 @@ QString differences(const QString &path, const Book &book)
 
 QString differencesElsewhere(const QString &path, const Book &book)
 {
-#ifdef Q_OS_WIN
-    Q_UNUSED(path)
-    Q_UNUSED(book)
-    return {};
-#else
-    return complaintOf("readback.py", {}, path, book);
-#endif
+    return hasOtherReader ? otherReader().complaint(path, expectationFor(path, book)) : QString();
 }
 
 QString differencesIn(const QString &program, const QString &path, const Book &book)
 {
-    return complaintOf("readconverted.py", {program}, path, book);
+    return complaintOf(program, path, expectationFor(path, book));
 }
 
 } // namespace ExpectedSheets

@@ -1,15 +1,16 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: GPL-3.0-or-later
-"""Reads a workbook with openpyxl and compares it with an expectation.
+"""Reads workbooks with openpyxl and compares them with expectations.
 
-usage: readback.py WORKBOOK EXPECTATION
+Each line of the input is a JSON list of two files, a workbook and its expectation; the answer to it
+is one line, a JSON list of what differs.
 
 The expectation is a JSON list of sheets: name, cells as [row, column, value] and the ranges of the
-chart's series. A sheet with series has one plain chart, the others have none. Prints "ok", or one
-line a difference and ends with 1.
+chart's series. A sheet with series has one plain chart, the others have none.
 """
 import json
 import sys
+import traceback
 import warnings
 
 import openpyxl
@@ -97,16 +98,20 @@ def differences(workbook, expectation):
                 yield f"{name}: a chart {wrong}"
 
 
+def answer(workbook, expectation):
+    try:
+        with open(expectation, encoding="utf-8") as file:
+            return list(differences(openpyxl.load_workbook(workbook), json.load(file)))
+    except Exception:  # whatever the reader stumbles over
+        return traceback.format_exc().splitlines()
+
+
 def main():
     # What the reader would only warn of, the next program may take for damage.
     warnings.simplefilter("error")
-    workbook = openpyxl.load_workbook(sys.argv[1])
-    with open(sys.argv[2], encoding="utf-8") as file:
-        expectation = json.load(file)
-    found = list(differences(workbook, expectation))
-    print("\n".join(found) if found else "ok")
-    return 1 if found else 0
+    for line in sys.stdin:
+        print(json.dumps(answer(*json.loads(line))), flush=True)
 
 
 if __name__ == "__main__":
-    sys.exit(main())
+    main()
