@@ -133,21 +133,21 @@ private Q_SLOTS:
              LoadError::None);
         rows("a cell in each row", "<row>" + cell + "</row>", lastRow / shrink,
              LoadError::TooLarge);
-        rows("full rows", "<row>" + cell.repeated(16384) + "</row>", 100 / shrink,
+        rows("full rows", "<row>" + cell.repeated(16384) + "</row>", 80 / shrink,
              LoadError::TooLarge);
         rows("dates", "<row>" + QByteArray(R"(<c s="1"><v>40000</v></c>)").repeated(100) + "</row>",
-             20000 / shrink, LoadError::TooLarge);
+             13000 / shrink, LoadError::TooLarge);
         rows("long texts",
              R"(<row><c t="inlineStr"><is><t>)" + QByteArray(32767, 'x') + "</t></is></c></row>",
-             12000 / shrink, LoadError::TooLarge);
-        rows("elements", QByteArray(R"(<x xmlns="urn:x"/>)").repeated(1024), 10000 / shrink,
+             5600 / shrink, LoadError::TooLarge);
+        rows("elements", QByteArray(R"(<x xmlns="urn:x"/>)").repeated(1024), 8400 / shrink,
              LoadError::TooLarge);
-        rows("ends of lines", QByteArray(mebibyte, '\n'), 100 / shrink, LoadError::TooLarge);
+        rows("ends of lines", QByteArray(mebibyte, '\n'), 32 / shrink, LoadError::TooLarge);
         QByteArray row = "<row";
         for (int i = 0; i < 250; ++i) {
             row += " a" + QByteArray::number(i) + "=\"\"";
         }
-        rows("rows full of attributes", (row + "/>").repeated(100), 2000 / shrink,
+        rows("rows full of attributes", (row + "/>").repeated(100), 1000 / shrink,
              LoadError::TooLarge);
         rows("elements inside each other",
              "<row><c>" + QByteArray("<x:x xmlns:x='x'>").repeated(200), 1, LoadError::TooLarge);
@@ -191,7 +191,7 @@ private Q_SLOTS:
             for (int name = i * inPiece; name < (i + 1) * inPiece; ++name) {
                 piece += "<x" + QByteArray::number(name) + "/>";
             }
-            return i < 3000 / shrink ? piece : QByteArray();
+            return i < 1600 / shrink ? piece : QByteArray();
         };
         savePart(HandmadeWorkbook(), "xl/worksheets/sheet1.xml", "worksheet", names);
         QCOMPARE(load().error.reason, LoadError::TooLarge);
@@ -202,10 +202,10 @@ private Q_SLOTS:
         HandmadeWorkbook workbook;
         workbook.strings = "";
         const char *const part = "xl/sharedStrings.xml";
-        savePart(workbook, part, "sst", repeated("<si/>", 9000'000 / shrink));
+        savePart(workbook, part, "sst", repeated("<si/>", 5600000 / shrink));
         QCOMPARE(load().error.reason, LoadError::TooLarge);
         savePart(workbook, part, "sst",
-                 repeated("<si><t>" + QByteArray(30000, 'x') + "</t></si>", 8000 / shrink));
+                 repeated("<si><t>" + QByteArray(30000, 'x') + "</t></si>", 5800 / shrink));
         QCOMPARE(load().error.reason, LoadError::TooLarge);
 
         // One long text for all cells is one text.
