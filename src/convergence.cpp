@@ -9,6 +9,10 @@
 #include "median.h"
 #include "patientrecord.h"
 
+// The solvers take most of a minute to compile: once, for whoever declares them as extern.
+template class Eigen::JacobiSVD<Eigen::MatrixXd>;
+template class Eigen::ColPivHouseholderQR<Eigen::MatrixXd>;
+
 namespace
 {
 

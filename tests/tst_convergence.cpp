@@ -10,6 +10,9 @@
 #include "patientrecord.h"
 #include "support/numbers.h"
 
+extern template class Eigen::JacobiSVD<Eigen::MatrixXd>;
+extern template class Eigen::ColPivHouseholderQR<Eigen::MatrixXd>;
+
 using Numbers::difference;
 using Numbers::differenceFromZero;
 using Numbers::notANumber;
