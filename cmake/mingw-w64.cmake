@@ -9,8 +9,6 @@ set(CMAKE_SYSTEM_PROCESSOR x86_64)
 set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc-posix)
 set(CMAKE_CXX_COMPILER x86_64-w64-mingw32-g++-posix)
 set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
-# What runs the test programs.
-set(CMAKE_CROSSCOMPILING_EMULATOR wine)
 
 # One file that takes nothing along but what every Windows has.
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-static -Wl,--gc-sections")
