@@ -45,7 +45,7 @@ public:
     /// What did not go as it should; empty after a good tour.
     QStringList run()
     {
-        start();
+        start("first-start.png");
         picture(sheetPicture(tester.path(smallSample), QString(), 7, 9), "workbook.png");
         refuseAFile();
         tester.open(largeSample);
@@ -83,10 +83,21 @@ private:
         }
     }
 
-    /// The first start, without settings: one message.
-    void start()
+    /// Accepts the next message, and keeps a picture of it under this name, if there is one.
+    void expectMessage(const char *name)
     {
-        tester.answers.expectMessage();
+        tester.answers.expect<QMessageBox>([this, name](QMessageBox &box) {
+            if (name) {
+                picture(box.grab(), name);
+            }
+            box.accept();
+        });
+    }
+
+    /// The first start, without settings: one message.
+    void start(const char *name = nullptr)
+    {
+        expectMessage(name);
         tester.start();
         tester.window->resize(windowSize);
         QCoreApplication::processEvents();
@@ -96,10 +107,7 @@ private:
     {
         tester.writeFile("notes.xlsx", "These are notes, not a workbook.");
         tester.answers.expectFile(tester.path("notes.xlsx"));
-        tester.answers.expect<QMessageBox>([this](QMessageBox &box) {
-            picture(box.grab(), "refused.png");
-            box.accept();
-        });
+        expectMessage("refused.png");
         tester.action("Open File")->trigger();
     }
 
