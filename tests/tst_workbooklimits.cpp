@@ -298,7 +298,7 @@ private Q_SLOTS:
         const WorkbookLimits costs;
         row(
             "memory", [](auto *l, qint64 n) { l->memory = n; },
-            3 * costs.cellCost + 2 * costs.rowCost + 2 * costs.textCost + 5 * 2);
+            3 * costs.cellCost + 2 * costs.rowCost + 2 * costs.textCost + 10);
     }
 
     void limitsAreExact()
