@@ -359,6 +359,16 @@ private Q_SLOTS:
         QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
     }
 
+    void patientsWithoutValuesHaveNoNumberedColumns()
+    {
+        TestGroup group = TestGroup::ofSize(1);
+        group.patients[0].values.clear();
+        QXlsx::Document document(written(group));
+        QVERIFY(document.selectSheet("Data"));
+        QVERIFY(!document.cellAt(1, 2));
+        QCOMPARE(document.read(2, 1).toString(), group.patients.at(0).id);
+    }
+
     void chartHasOneSeriesAPatient_data()
     {
         QTest::addColumn<int>("patients");

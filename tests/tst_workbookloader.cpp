@@ -107,6 +107,10 @@ private Q_SLOTS:
         row("number with a type", R"(<c r="B2" t="n"><v>-3</v></c>)", -3.0);
         row("number with an exponent", R"(<c r="B2"><v>1.5E-3</v></c>)", 0.0015);
         row("number with blanks", "<c r=\"B2\"><v> 7\n</v></c>", 7.0);
+        row("number with tabs", "<c r=\"B2\"><v>\t7\t</v></c>", 7.0);
+        row("number with a carriage return behind it", R"(<c r="B2"><v>7&#13;</v></c>)", 7.0);
+        row("number without digits before the point", R"(<c r="B2"><v>.5</v></c>)", 0.5);
+        row("number without digits behind the point", R"(<c r="B2"><v>+5.</v></c>)", 5.0);
         row("number too small for a double", R"(<c r="B2"><v>1e-400</v></c>)", 0.0);
         row("number under a format of numbers", R"(<c r="B2" s="3"><v>42</v></c>)", 42.0);
         row("number as identifier", R"(<c r="A2"><v>1000000</v></c>)", text("1000000"));
@@ -114,6 +118,10 @@ private Q_SLOTS:
         row("digits written out", R"(<c r="A2"><v>1E+06</v></c>)", text("1000000"));
         row("digits of a fraction", R"(<c r="A2"><v>-1.25e-3</v></c>)", text("-0.00125"));
         row("digits around the point", R"(<c r="A2"><v>12.345E1</v></c>)", text("123.45"));
+        row("digits behind a plus", R"(<c r="A2"><v>+1e2</v></c>)", text("100"));
+        row("digits of zero", R"(<c r="A2"><v>0E+03</v></c>)", text("0"));
+        row("zeros before the digits", R"(<c r="A2"><v>007e1</v></c>)", text("70"));
+        row("zeros behind the digits", R"(<c r="A2"><v>1.500e1</v></c>)", text("15"));
         // The least exponent has no positive counterpart.
         row("least exponent", R"(<c r="A2"><v>1e-2147483648</v></c>)", text("0"));
         row("least exponent of more digits", R"(<c r="A2"><v>12345e-2147483648</v></c>)",
@@ -184,6 +192,8 @@ private Q_SLOTS:
         QTest::newRow("custom format")
             << QByteArray(R"(<c r="C2" s="2"><v>44259.5</v></c>)") << true;
         QTest::newRow("time of day") << QByteArray(R"(<c r="C2" s="1"><v>0.25</v></c>)") << true;
+        QTest::newRow("last day of all")
+            << QByteArray(R"(<c r="C2" s="1"><v>2958465</v></c>)") << true;
         QTest::newRow("computed") << QByteArray(R"(<c r="C2" s="1"><f>TODAY()</f><v>44259</v></c>)")
                                   << true;
         QTest::newRow("written as a date")
@@ -195,6 +205,8 @@ private Q_SLOTS:
         // Spreadsheets show these as a row of signs, since there is no date for them.
         QTest::newRow("before all dates")
             << QByteArray(R"(<c r="C2" s="1"><v>-5</v></c>)") << false;
+        QTest::newRow("day after the last")
+            << QByteArray(R"(<c r="C2" s="1"><v>2958466</v></c>)") << false;
         QTest::newRow("after all dates")
             << QByteArray(R"(<c r="C2" s="1"><v>1e300</v></c>)") << false;
         QTest::newRow("written as a year alone")
@@ -264,7 +276,7 @@ private Q_SLOTS:
             const char *xml;
             const char *expected;
         };
-        constexpr std::array<Row, 21> rows = {{
+        constexpr std::array<Row, 25> rows = {{
             {"line feed", "a\nb", "a\nb"},
             {"tab", "a\tb", "a\tb"},
             {"carriage return", "a\rb", "a\nb"},
@@ -284,6 +296,16 @@ private Q_SLOTS:
             {"escaped control character", "a_x0001_b", "a\uFFFDb"},
             {"escaped null", "a_x0000_b", "a\uFFFDb"},
             {"control character above 127", "a&#x9B;b", "a\uFFFDb"},
+            {"delete",
+             "a\x7F"
+             "b",
+             "a\uFFFDb"},
+            {"last control character", "a&#x9F;b", "a\uFFFDb"},
+            {"blank that does not break behind a control character",
+             "_x0001_\xC2\xA0"
+             "b",
+             "\uFFFD\u00A0b"},
+            {"first half of all", "a_xD800_b", "a\uFFFDb"},
             {"half of a pair", "a_xD83D_b", "a\uFFFDb"},
             {"whole pair", "_xD83D__xDE00_", "\U0001F600"},
             {"pair the wrong way round", "_xDE00__xD83D_", "\uFFFD\uFFFD"},
@@ -328,6 +350,18 @@ private Q_SLOTS:
         QCOMPARE(loaded.document->read(2, 2).toString().size(), longest);
         QCOMPARE(loaded.document->read(2, 2).toDouble(), 0.0);
         QCOMPARE(loaded.document->read(2, 3).toString(), QString(longest - 1, 'A') + QChar(0x2026));
+    }
+
+    void cutTextKeepsNoHalfOfAPair()
+    {
+        constexpr int kept = 32765;
+        HandmadeWorkbook workbook;
+        workbook.rows = secondRow(R"(<c t="s"><v>0</v></c>)");
+        workbook.strings =
+            "<si><t>" + QByteArray(kept, 'x') + "&#x1F600;" + QByteArray(9, 'x') + "</t></si>";
+        const LoadedWorkbook loaded = load(workbook);
+        QCOMPARE(loaded.error.reason, LoadError::None);
+        QCOMPARE(loaded.document->read(2, 1).toString(), QString(kept, 'x') + QChar(0x2026));
     }
 
     void missingReferencesFollowTheOneBefore()
@@ -540,6 +574,9 @@ private Q_SLOTS:
         cell("number that is not finite", R"(<c r="B2"><v>1e999</v></c>)");
         cell("not a number by name", R"(<c r="B2"><v>nan</v></c>)");
         cell("hexadecimal number", R"(<c r="B2"><v>0x10</v></c>)");
+        cell("number without a digit", R"(<c r="B2"><v>.</v></c>)");
+        cell("number without an exponent", R"(<c r="B2"><v>5e+</v></c>)");
+        cell("number with more behind it", R"(<c r="B2"><v>5e1x</v></c>)");
         cell("truth that is none", R"(<c r="B2" t="b"><v>2</v></c>)");
         cell("error that is a number", R"(<c r="B2" t="e"><v>5</v></c>)");
         cell("text out of the table", R"(<c r="B2" t="s"><v>1</v></c>)");

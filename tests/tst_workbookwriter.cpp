@@ -5,6 +5,7 @@
 #include <limits>
 
 #include <QtTest>
+#include <QXmlStreamReader>
 
 #include "support/expectedsheets.h"
 #include "support/numbers.h"
@@ -155,6 +156,29 @@ private Q_SLOTS:
                              R"(<row r="5"><c r="B5" t="n"><v>7</v></c></row></sheetData>)"));
     }
 
+    void partsAreXmlOfVersionOne_data()
+    {
+        QTest::addColumn<QByteArray>("part");
+        for (const char *part :
+             {"docProps/core.xml", "xl/sharedStrings.xml", "xl/worksheets/sheet1.xml"}) {
+            QTest::newRow(part) << QByteArray(part);
+        }
+    }
+
+    void partsAreXmlOfVersionOne()
+    {
+        QFETCH(const QByteArray, part);
+        QVERIFY(save(sheetOfText("text")));
+        QXmlStreamReader xml(partOf(path, part));
+        QCOMPARE(xml.readNext(), QXmlStreamReader::StartDocument);
+        QCOMPARE(xml.documentVersion().toString(), "1.0");
+        QCOMPARE(xml.documentEncoding().toString(), "UTF-8");
+        while (!xml.atEnd()) {
+            xml.readNext();
+        }
+        QCOMPARE(xml.errorString(), QString());
+    }
+
     void sheetOfOneCellAndOfNone()
     {
         ExpectedSheets::Cells cells;
@@ -228,6 +252,29 @@ private Q_SLOTS:
         const QByteArray strings = partOf(path, "xl/sharedStrings.xml");
         QVERIFY(strings.contains('\n'));
         QVERIFY(!strings.contains('\r'));
+    }
+
+    // Without the mark some readers drop blanks at the ends and make lines one.
+    void textsThatNeedTheirBlanksAreMarked_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<bool>("marked");
+        QTest::newRow("blank in front") << " a" << true;
+        QTest::newRow("blank behind") << "a " << true;
+        QTest::newRow("line feed inside") << "a\nb" << true;
+        QTest::newRow("tab inside") << "a\tb" << true;
+        QTest::newRow("blank inside") << "a b" << false;
+        QTest::newRow("empty") << "" << false;
+    }
+
+    void textsThatNeedTheirBlanksAreMarked()
+    {
+        QFETCH(const QString, text);
+        QFETCH(const bool, marked);
+        QVERIFY(save(sheetOfText(text)));
+        const QByteArray strings = partOf(path, "xl/sharedStrings.xml");
+        const QByteArray start = marked ? R"(<si><t xml:space="preserve">)" : "<si><t>";
+        QVERIFY(strings.contains(start + text.toUtf8() + "</t></si>"));
     }
 
     void textThatLooksLikeAnEscapeIsEscaped_data()

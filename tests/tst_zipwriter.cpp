@@ -184,6 +184,14 @@ private Q_SLOTS:
         QCOMPARE(archive.mid(30, 4), QByteArray("part"));
     }
 
+    void partsAreFromTheFirstMomentThatTheFormatKnows()
+    {
+        ZipWriter zip;
+        zip.add("part", "content");
+        // 0:00 on 1 January of the year 0 after 1980.
+        QCOMPARE(archiveOf(zip).mid(10, 4), QByteArray("\0\0\x21\0", 4));
+    }
+
     void deviceThatTakesFewBytesAtATimeGetsAll()
     {
         ZipWriter fast;
