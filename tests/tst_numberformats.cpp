@@ -81,6 +81,7 @@ private Q_SLOTS:
                   R"("day "0)",
                   R"(0.0\ \m\m\o\l)",
                   "[Red]0",
+                  "[Magenta]0",
                   "[>100]0",
                   "[$SEK] 0",
                   "_d0",
