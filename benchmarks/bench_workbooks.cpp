@@ -266,7 +266,7 @@ int main(int argc, char **argv)
                 "file");
     Measurement measurement;
     bool good = true;
-    for (const int patients : qAsConst(sizes)) {
+    for (const int patients : std::as_const(sizes)) {
         good = measurement.run(patients) && good;
         good = measurement.runWide(patients) && good;
     }

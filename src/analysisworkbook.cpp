@@ -212,7 +212,7 @@ void putNotes(FixedTexts &texts, const std::array<Note, count> &notes)
 void addSheet(Analysis &analysis, const QString &name, const FixedTexts &texts,
               const PatientCells &cellsOf, int firstRow = firstPatientRow)
 {
-    const int patients = analysis.patients.size();
+    const int patients = int(analysis.patients.size());
     const int rows = std::max(firstRow + patients - 1, texts.lastKey());
     const auto fill = [texts, cellsOf, firstRow, patients](int row, RowCells &cells) {
         const int patient = row - firstRow;
@@ -300,7 +300,7 @@ void addComparison(Analysis &analysis, const Comparison &comparison, const Marks
     putTexts(texts, 1, 1,
              {comparison.corner, QLatin1String("Reference: ") + comparison.referenceLabel});
     putTexts(texts, 1, 3, comparison.headings);
-    putTexts(texts, 1, 3 + comparison.headings.size(), {shareHeading});
+    putTexts(texts, 1, 3 + int(comparison.headings.size()), {shareHeading});
     putNotes(texts, notes);
     const auto cellsOf = [&patients = analysis.patients, marks, reference](int k, RowCells &cells) {
         cells.text(1, patients.at(k).id);
@@ -355,7 +355,7 @@ void addColumnPairs(Analysis &analysis, const QString &sheet, int firstColumn,
                     const QStringList &labels, const Marks &marks)
 {
     constexpr int step = 3;
-    const QVector<QPair<int, int>> pairs = orderedPairs(labels.size());
+    const QVector<QPair<int, int>> pairs = orderedPairs(int(labels.size()));
     FixedTexts texts;
     int column = firstColumn;
     for (const auto &[left, right] : pairs) {

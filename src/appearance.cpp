@@ -34,11 +34,29 @@ void takeLightPalette()
     }
 }
 
+/// Takes the light palette again when the desktop changes to a dark one.
+class LightPaletteKeeper : public QObject
+{
+public:
+    using QObject::QObject;
+
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (watched == qApp && event->type() == QEvent::ApplicationPaletteChange) {
+            takeLightPalette();
+        }
+        return QObject::eventFilter(watched, event);
+    }
+};
+
 } // namespace
 
 void Appearance::prepare()
 {
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+    // Later ones always scale, and say that the attribute is out of date.
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+#endif
     QGuiApplication::setHighDpiScaleFactorRoundingPolicy(
         Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
 }
@@ -46,5 +64,7 @@ void Appearance::prepare()
 void Appearance::settle()
 {
     takeLightPalette();
-    QObject::connect(qApp, &QGuiApplication::paletteChanged, qApp, &takeLightPalette);
+    auto *const keeper = new LightPaletteKeeper(qApp);
+    keeper->setObjectName(QStringLiteral("lightPaletteKeeper"));
+    qApp->installEventFilter(keeper);
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "centers.h"
 
+#include <utility>
+
 #include "cconfig.h"
 #include "median.h"
 
@@ -13,10 +15,10 @@ using Center = double (*)(QVector<double>);
 double average(QVector<double> values) // NOLINT(performance-unnecessary-value-param)
 {
     double sum = 0.0;
-    for (const double value : qAsConst(values)) {
+    for (const double value : std::as_const(values)) {
         sum += value;
     }
-    return sum / values.size();
+    return sum / double(values.size());
 }
 
 QVector<double> columnCenters(const QVector<PatientScoreRecord> &scores, ScoreList list,

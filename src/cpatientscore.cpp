@@ -52,7 +52,7 @@ int CPatientScore::rowCount(const QModelIndex & /*parent*/) const
 
 int CPatientScore::columnCount(const QModelIndex & /*parent*/) const
 {
-    return scores.size();
+    return int(scores.size());
 }
 
 QVariant CPatientScore::data(const QModelIndex &index, int role) const
@@ -73,7 +73,7 @@ QVariant CPatientScore::data(const QModelIndex &index, int role) const
 
 QVariant CPatientScore::headerData(int section, Qt::Orientation orientation, int role) const
 {
-    const int sections = orientation == Qt::Horizontal ? scores.size() : rows;
+    const int sections = orientation == Qt::Horizontal ? int(scores.size()) : rows;
     if (role != Qt::DisplayRole || section < 0 || section >= sections) {
         return {};
     }

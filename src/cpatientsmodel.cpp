@@ -21,7 +21,7 @@ CPatientsModel::CPatientsModel(QVector<PatientRecord> &patientList,
 
 int CPatientsModel::rowCount(const QModelIndex & /*parent*/) const
 {
-    return patients.size();
+    return int(patients.size());
 }
 
 int CPatientsModel::columnCount(const QModelIndex & /*parent*/) const

@@ -35,7 +35,7 @@ int largestValueCount(const Patients &patients)
 {
     int count = 0;
     for (const PatientRecord &patient : patients) {
-        count = std::max(count, patient.values.size());
+        count = std::max(count, int(patient.values.size()));
     }
     return count;
 }
@@ -56,7 +56,7 @@ SheetRows dataRows(const Patients &patients)
             cells.number(firstValueColumn + i, patient.values.at(i));
         }
     };
-    return {firstPatient - 1 + patients.size(), fill};
+    return {firstPatient - 1 + int(patients.size()), fill};
 }
 
 /// A row of "Method result": a method, and where its results stand.
@@ -96,7 +96,7 @@ SheetRows resultRows(const Patients &patients, const Scores &scores)
             cells.number(firstPatient + k, (scores.at(k).*result.values).at(result.index));
         }
     };
-    return {firstMethodRow - 1 + rows.size(), fill};
+    return {firstMethodRow - 1 + int(rows.size()), fill};
 }
 
 void addGraph(WorkbookWriter &workbook, const Patients &patients)
@@ -105,10 +105,10 @@ void addGraph(WorkbookWriter &workbook, const Patients &patients)
     QXlsx::Chart *chart = workbook.insertChart(2, 2, {1400, 500});
     chart->setChartType(QXlsx::Chart::CT_ScatterChart);
     // Spreadsheet programs call a workbook with a larger chart damaged.
-    const int count = std::min(patients.size(), WorkbookWriter::largestSeriesCount);
+    const int count = std::min(int(patients.size()), WorkbookWriter::largestSeriesCount);
     for (int k = 0; k < count; ++k) {
         const int row = firstPatient + k;
-        const int lastColumn = firstValueColumn - 1 + patients.at(k).values.size();
+        const int lastColumn = firstValueColumn - 1 + int(patients.at(k).values.size());
         chart->addSeries(
             {row, firstValueColumn, row, std::min(lastColumn, RowCells::largestColumn)},
             workbook.sheet(dataSheet));

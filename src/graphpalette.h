@@ -12,7 +12,7 @@ public:
     static const GraphPalette &instance();
 
     /// How many colours there are: 63.
-    int size() const { return colors.size(); }
+    int size() const { return int(colors.size()); }
     /// The colour of the patient with the index \p patient; the first colour follows the last one.
     QColor color(int patient) const { return colors.at(patient % colors.size()); }
 

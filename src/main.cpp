@@ -13,8 +13,9 @@ int main(int argc, char *argv[])
 
     QTranslator translator;
     // Null strings ask for the defaults. An empty string that is not null would be taken literally.
-    translator.load(QStringLiteral("czech_cs"), QString(), QString(), QString());
-    QCoreApplication::installTranslator(&translator);
+    if (translator.load(QStringLiteral("czech_cs"), QString(), QString(), QString())) {
+        QCoreApplication::installTranslator(&translator);
+    }
 
     MainWindow window;
     window.show();

@@ -341,7 +341,7 @@ QString MainWindow::tooFewValuesText(const QVector<PatientRecord> &read,
     QString text =
         tr("Every patient needs at least two values. Nothing was opened. These rows have "
            "fewer:");
-    const int named = std::min(indices.size(), mostNamedPatients);
+    const int named = std::min(int(indices.size()), mostNamedPatients);
     for (int i = 0; i < named; ++i) {
         const int index = indices.at(i);
         text += QLatin1Char('\n')

@@ -18,7 +18,7 @@ double median(QVector<double> values)
         return std::numeric_limits<double>::quiet_NaN();
     }
     sortAscending(values);
-    const int count = values.size();
+    const int count = int(values.size());
     if (count % 2 == 1) {
         return values.at((count - 1) / 2);
     }

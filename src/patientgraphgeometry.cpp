@@ -48,7 +48,8 @@ PatientGraphGeometry::PatientGraphGeometry(const QVector<PatientRecord> &patient
 {
     buildAxes(bounds);
     buildPatientPaths(patients);
-    buildHorizontalLabels(bounds, patients.isEmpty() ? 0 : patients.first().values.size(), width);
+    buildHorizontalLabels(bounds, patients.isEmpty() ? 0 : int(patients.first().values.size()),
+                          width);
     buildLegend(patients, width, textWidth);
 }
 

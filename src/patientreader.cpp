@@ -42,7 +42,7 @@ QVector<double> readPatientValues(const QXlsx::Document &document, int patient)
     const int row = workbookRow(patient);
     // NaN differs from 0 and does not end the row.
     for (;;) {
-        const double value = document.read(row, firstValueColumn + values.size()).toDouble();
+        const double value = document.read(row, firstValueColumn + int(values.size())).toDouble();
         if (value == 0.0) {
             break;
         }

@@ -14,7 +14,7 @@ namespace
 
 double populationDeviation(const QVector<double> &values, double sum)
 {
-    const double count = values.size();
+    const auto count = double(values.size());
     const double mean = sum / count;
     double squares = 0.0;
     for (const double value : values) {
@@ -57,7 +57,7 @@ double differenceStandardDeviationOffset(const QVector<double> &values)
 
 double interquartileRange(const QVector<double> &values)
 {
-    const int count = values.size();
+    const int count = int(values.size());
     if (count < 2) {
         return count == 1 ? 0.0 : std::numeric_limits<double>::quiet_NaN();
     }

@@ -4,11 +4,11 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QFile>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
-#include <QTextStream>
 #include <QTimer>
 
 namespace
@@ -16,10 +16,12 @@ namespace
 
 void print(const QStringList &texts)
 {
-    QTextStream out(stdout);
-    out.setCodec("UTF-8");
+    QFile out;
+    if (!out.open(stdout, QFile::WriteOnly)) {
+        qFatal("cannot write what is shown");
+    }
     for (const QString &text : texts) {
-        out << text << '\n';
+        out.write(text.toUtf8() + '\n');
     }
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <array>
 #include <cmath>
+#include <memory>
 
 #include <QApplication>
 #include <QInputDialog>
@@ -118,7 +119,7 @@ private Q_SLOTS:
     void init() { QApplication::setPalette(QApplication::style()->standardPalette()); }
     void cleanup()
     {
-        QObject::disconnect(qApp, &QGuiApplication::paletteChanged, nullptr, nullptr);
+        const std::unique_ptr<QObject> keeper(qApp->findChild<QObject *>("lightPaletteKeeper"));
     }
 
     void noTextIsCutThatIsWholeAt96_data()

@@ -2,6 +2,7 @@
 #include <cmath>
 
 #include <memory>
+#include <utility>
 
 #include <QDir>
 #include <QFile>
@@ -157,7 +158,7 @@ private Q_SLOTS:
         }
         // 667 numbers stand before the others; the entry 500 is the 501st smallest of them.
         Series numbers;
-        for (const double value : qAsConst(values)) {
+        for (const double value : std::as_const(values)) {
             if (value == value) {
                 numbers.prepend(value);
             }

@@ -45,7 +45,7 @@ bool isMedianStep(const Series &values, double result)
         below += step < result ? 1 : 0;
         above += step > result ? 1 : 0;
     }
-    const int steps = values.size() - 1;
+    const int steps = int(values.size()) - 1;
     return steps % 2 == 0 ? below == above : below == steps / 2 && above == steps / 2;
 }
 
@@ -59,7 +59,7 @@ struct Reference {
 // Slope from the sums about the means.
 Reference slope(const Series &values)
 {
-    const int count = values.size();
+    const int count = int(values.size());
     const long double center = (count - 1) / 2.0L;
     long double xy = 0.0L;
     long double xx = 0.0L;
@@ -319,7 +319,7 @@ private Q_SLOTS:
             if (run % 4 == 0) {
                 values.fill(values.first());
             }
-            const int count = values.size();
+            const int count = int(values.size());
             Eigen::MatrixXd a(count, 2);
             Eigen::VectorXd b(count);
             Series steps;

@@ -132,8 +132,8 @@ private Q_SLOTS:
         for (int row = 0; row < 6; ++row) {
             QCOMPARE(fixture.text(row, 0), QString("%1.5").arg(row));
             QCOMPARE(fixture.text(row, 1), QString("1%1.5").arg(row));
-            QCOMPARE(int(fixture.model.data(fixture.model.index(row, 0)).type()),
-                     int(QVariant::String));
+            QCOMPARE(fixture.model.data(fixture.model.index(row, 0)).userType(),
+                     int(QMetaType::QString));
         }
     }
 

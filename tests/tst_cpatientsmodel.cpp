@@ -86,7 +86,7 @@ private Q_SLOTS:
         Fixture fixture;
         fixture.add("  A ", {0, 0, 0}, {0, 0, 0});
         const QVariant cell = fixture.model.data(fixture.model.index(0, 0));
-        QCOMPARE(int(cell.type()), int(QVariant::String));
+        QCOMPARE(cell.userType(), int(QMetaType::QString));
         QCOMPARE(cell.toString(), "  A ");
     }
 
@@ -141,8 +141,8 @@ private Q_SLOTS:
                     chosen.convergence[c] = convergenceCenter;
                     chosen.variability[v] = variabilityCenter;
                     QCOMPARE(fixture.mark(0), mark);
-                    QCOMPARE(int(fixture.model.data(fixture.model.index(0, 1)).type()),
-                             int(QVariant::String));
+                    QCOMPARE(fixture.model.data(fixture.model.index(0, 1)).userType(),
+                             int(QMetaType::QString));
                 }
             }
         }

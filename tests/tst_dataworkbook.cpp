@@ -60,7 +60,7 @@ Book expectedBook(const TestGroup &group, const QString &clippedLabel)
         const PatientRecord &patient = group.patients.at(k);
         put(data, k + 2, 1, patient.id);
         put(results, 1, k + 2, patient.id);
-        const int count = patient.values.size();
+        const int count = int(patient.values.size());
         for (int j = 0; j < count; ++j) {
             put(data, 1, j + 2, j + 1);
             putNumber(data, k + 2, j + 2, patient.values.at(j));
@@ -345,8 +345,8 @@ private Q_SLOTS:
         QVERIFY(document.selectSheet("Method result"));
         QCOMPARE(document.read(4, 2), QVariant("nan"));
         QCOMPARE(document.read(6, 3), QVariant("nan"));
-        QCOMPARE(document.read(4, 3).type(), QVariant::Double);
-        QCOMPARE(document.read(6, 2).type(), QVariant::Double);
+        QCOMPARE(document.read(4, 3).userType(), int(QMetaType::Double));
+        QCOMPARE(document.read(6, 2).userType(), int(QMetaType::Double));
     }
 
     void patientWithoutValuesHasNoSeries()

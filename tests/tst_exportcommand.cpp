@@ -180,9 +180,9 @@ private Q_SLOTS:
             if (reader.readNext() != QXmlStreamReader::StartElement) {
                 continue;
             }
-            if (reader.name() == "title") {
+            if (reader.name() == QLatin1String("title")) {
                 titles << reader.readElementText();
-            } else if (reader.name() == "text") {
+            } else if (reader.name() == QLatin1String("text")) {
                 labels << reader.readElementText().trimmed();
             }
         }

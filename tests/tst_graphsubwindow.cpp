@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <limits>
+#include <utility>
 
 #include <QPainter>
 #include <QtTest>
@@ -184,7 +185,7 @@ private Q_SLOTS:
         QStringList expected;
         int x = 20;
         int y = 310;
-        for (const PatientRecord &patient : qAsConst(patients)) {
+        for (const PatientRecord &patient : std::as_const(patients)) {
             const int width = 25 + legendWidth(patient.id) + 15;
             if (x + width >= 700) {
                 x = 20;

@@ -47,7 +47,7 @@ Patients sample(const QString &name)
 
 Series seriesOf(const Patients &patients, const QString &id)
 {
-    const auto *patient =
+    const auto patient =
         std::find_if(patients.begin(), patients.end(),
                      [&id](const PatientRecord &candidate) { return candidate.id == id; });
     return patient == patients.end() ? Series() : patient->values;
@@ -64,7 +64,7 @@ double sumOver(const Series &values, const std::function<double(double x, double
 
 double mean(const Series &values)
 {
-    return sumOver(values, [](double, double y) { return y; }) / values.size();
+    return sumOver(values, [](double, double y) { return y; }) / double(values.size());
 }
 
 double squaresAroundMean(const Series &values)
@@ -182,8 +182,8 @@ QString likeShown(const QVariant &expected, const QString &shown)
     if (shown.contains('e')) {
         return QString::number(expected.toDouble(), 'e', 0).replace("e-0", "e-");
     }
-    const int point = shown.indexOf('.');
-    const int decimals = point < 0 ? 0 : shown.size() - point - 1;
+    const int point = int(shown.indexOf('.'));
+    const int decimals = point < 0 ? 0 : int(shown.size()) - point - 1;
     return QString::number(expected.toDouble(), 'f', decimals);
 }
 
@@ -439,7 +439,7 @@ private:
     static void addMethods(const Row &row)
     {
         const Series y = seriesOf(sample("glymark-small.xlsx"), "P001");
-        const double n = y.size();
+        const auto n = double(y.size());
         row("P001", "| y | # | # | # | # | # | # | # | # |", variants(y));
         row("mean", "Here n = #, Σy = # and the mean is ȳ = #.", {n, n * mean(y), mean(y)});
 
@@ -488,7 +488,7 @@ private:
     static void addSpreads(const Row &row)
     {
         const Series y = seriesOf(sample("glymark-small.xlsx"), "P001");
-        const double n = y.size();
+        const auto n = double(y.size());
         const double squares = squaresAroundMean(y);
         const double deviation = standardDeviation(y);
         const double sampleDeviation = std::sqrt(squares / (n - 1));
@@ -502,7 +502,7 @@ private:
         const Series steps = stepsFrom(y, 3);
         const double stepSquares = squaresAroundMean(steps);
         const double offset3 = differenceStandardDeviationOffset(y);
-        const double sampleOffset = std::sqrt(stepSquares / (steps.size() - 1));
+        const double sampleOffset = std::sqrt(stepSquares / double(steps.size() - 1));
         CConfig::instance().saveConfig(0, 0, 1, 0, 1);
         const double offset0 = differenceStandardDeviationOffset(y);
         CConfig::instance().createDefaultConfig();
@@ -566,7 +566,7 @@ private:
     static void addSample(const Row &row)
     {
         const Patients patients = sample("glymark-sample.xlsx");
-        const double count = patients.size();
+        const auto count = double(patients.size());
         const auto lengths =
             resultsOf(patients, [](const Series &values) { return double(values.size()); });
         row("lengths", "of the # to # values of each of the # patients",
@@ -576,7 +576,7 @@ private:
             return exponentialFit(mapped(
                 values, [](double value) { return value * percentPerUnit + percentOfNone; }));
         };
-        const double changed = changedSides(patients, exponentialFit, inPercent).size();
+        const auto changed = double(changedSides(patients, exponentialFit, inPercent).size());
         row("percent", "mmol/mol / # + #, # of its # patients change sides",
             {1 / percentPerUnit, percentOfNone, changed, count});
         row("percent in the README", "# of its # patients change sides", {changed, count},

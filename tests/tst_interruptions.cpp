@@ -38,7 +38,7 @@ public:
     }
 
     QMdiArea *area() const { return window->findChild<QMdiArea *>(); }
-    int graphs() const { return area()->subWindowList().size(); }
+    int graphs() const { return int(area()->subWindowList().size()); }
     QStringList patients() const
     {
         QStringList ids;

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <random>
+#include <utility>
 
 #include <QAbstractButton>
 #include <QComboBox>
@@ -46,14 +47,14 @@ long double deviation(const std::vector<long double> &values)
     for (const long double value : values) {
         squares += (value - mean) * (value - mean);
     }
-    return std::sqrt(squares / values.size());
+    return std::sqrt(squares / double(values.size()));
 }
 
 double middle(QVector<double> values)
 {
     std::sort(values.begin(), values.end(),
               [](double a, double b) { return std::isnan(a) ? false : std::isnan(b) || a < b; });
-    const int n = values.size();
+    const int n = int(values.size());
     return n % 2 ? values[n / 2] : (values[n / 2 - 1] + values[n / 2]) * 0.5;
 }
 
@@ -115,8 +116,8 @@ double stepSpread(const QVector<double> &values, int skip)
 double quartiles(QVector<double> s)
 {
     std::sort(s.begin(), s.end());
-    const int half = s.size() / 2;
-    const auto at = [&s](int i) { return s[std::min(i, s.size() - 1)]; };
+    const int half = int(s.size()) / 2;
+    const auto at = [&s](int i) { return s[std::min(i, int(s.size()) - 1)]; };
     if (half % 2) {
         return at((half - 1) / 2 + half) - at((half - 1) / 2);
     }
@@ -249,7 +250,7 @@ private:
 
     void openGood()
     {
-        const int which = below(good.size());
+        const int which = below(int(good.size()));
         tester.open(QString("good%1.xlsx").arg(which));
         expected = good.at(which);
     }
@@ -273,7 +274,7 @@ private:
     {
         for (int i = 0; i < 3 && !expected.isEmpty(); ++i) {
             const QModelIndex index =
-                tester.patientTable()->model()->index(below(expected.size()), below(2));
+                tester.patientTable()->model()->index(below(int(expected.size())), below(2));
             tester.patientTable()->scrollTo(index);
             QTest::mouseClick(tester.patientTable()->viewport(), Qt::LeftButton,
                               maybe(2) ? Qt::ControlModifier : Qt::NoModifier,
@@ -318,7 +319,7 @@ private:
         if (open.isEmpty()) {
             return;
         }
-        QMdiSubWindow *subWindow = open.at(below(open.size()));
+        QMdiSubWindow *subWindow = open.at(below(int(open.size())));
         area->setActiveSubWindow(subWindow);
         if (open.size() > 8 || maybe(4)) {
             subWindow->close();
@@ -340,7 +341,7 @@ private:
         if (expected.isEmpty()) {
             return;
         }
-        const int row = below(expected.size());
+        const int row = below(int(expected.size()));
         const QModelIndex index = tester.patientTable()->model()->index(row, below(2));
         tester.patientTable()->scrollTo(index);
         Q_EMIT tester.patientTable()->customContextMenuRequested(
@@ -438,7 +439,7 @@ private:
 
     void interruptOpen()
     {
-        const int which = below(good.size());
+        const int which = below(int(good.size()));
         tester.answers.expectInterruptedFile(anotherCommand(),
                                              tester.path(QString("good%1.xlsx").arg(which)));
         tester.trigger("Open File");
@@ -523,10 +524,10 @@ private:
             return Independent::middle(column);
         }
         double sum = 0;
-        for (const double value : qAsConst(column)) {
+        for (const double value : std::as_const(column)) {
             sum += value;
         }
-        return sum / column.size();
+        return sum / double(column.size());
     }
 
     QString tablesComplaint() const

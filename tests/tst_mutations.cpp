@@ -32,7 +32,7 @@ class Dice
 {
 public:
     explicit Dice(unsigned seed) : m_engine(seed) { }
-    int below(int bound) { return bound > 0 ? static_cast<int>(m_engine() % unsigned(bound)) : 0; }
+    int below(qint64 bound) { return bound > 0 ? int(m_engine() % quint64(bound)) : 0; }
 
 private:
     std::mt19937 m_engine;
@@ -83,9 +83,9 @@ void repeatBlock(QByteArray *bytes, Dice *dice)
 // Blocks from one tag to another, which leave the XML whole more often than others.
 void moveElements(QByteArray *bytes, Dice *dice)
 {
-    const int from = bytes->indexOf('<', dice->below(bytes->size()));
-    const int to = bytes->indexOf('<', from + 1 + dice->below(200));
-    const int target = bytes->indexOf('<', dice->below(bytes->size()));
+    const int from = int(bytes->indexOf('<', dice->below(bytes->size())));
+    const int to = int(bytes->indexOf('<', from + 1 + dice->below(200)));
+    const int target = int(bytes->indexOf('<', dice->below(bytes->size())));
     if (from >= 0 && to > from && target >= 0) {
         const QByteArray block = bytes->mid(from, to - from);
         bytes->insert(target, block);

@@ -28,7 +28,7 @@ QVector<PatientRecord> group(const QVector<QVector<double>> &series)
 // Ten pixels a character.
 double textWidth(const QString &text)
 {
-    return 10.0 * text.size();
+    return 10.0 * double(text.size());
 }
 
 PatientGraphGeometry geometryOf(const QVector<PatientRecord> &patients, double width = 700,

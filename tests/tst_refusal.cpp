@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include <utility>
+
 #include <QCoreApplication>
 #include <QSet>
 #include <QTest>
@@ -57,7 +59,7 @@ private Q_SLOTS:
             }
         }
         QCOMPARE(texts.size(), parts * damages);
-        for (const QString &text : qAsConst(texts)) {
+        for (const QString &text : std::as_const(texts)) {
             QVERIFY2(!text.contains("(:") && !text.contains(": )"), qPrintable(text));
         }
     }

@@ -32,7 +32,7 @@ QVector<PatientScoreRecord> scoresOf(const QVector<Pair> &pairs)
 // Ten pixels a character.
 double textWidth(const QString &text)
 {
-    return 10.0 * text.size();
+    return 10.0 * double(text.size());
 }
 
 ResultPlotTexts texts()

@@ -324,7 +324,7 @@ private Q_SLOTS:
         const ResultSubWindow window(scoresOf(pairs), 0, 0, centerY, centerX);
         RecordingPaintDevice device;
         draw(&device, window);
-        QTEST(device.operations(Operation::Ellipse).size(), "dots");
+        QTEST(int(device.operations(Operation::Ellipse).size()), "dots");
         QVERIFY(pathPoints(device.operations(Operation::Path).first().path)
                     .startsWith("10,200 690,200; 350,10 350,390"));
         const QStringList all = device.summaries();

@@ -167,7 +167,7 @@ private Q_SLOTS:
             QVERIFY(after.at(i).variability.at(1) != before.at(i).variability.at(1));
             // Population deviation of all steps.
             const QVector<double> &values = patients.at(i).values;
-            const double count = values.size() - 1;
+            const auto count = double(values.size() - 1);
             const double mean = (values.first() - values.last()) / count;
             double squares = 0;
             for (int step = 0; step < count; ++step) {

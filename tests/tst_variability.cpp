@@ -71,13 +71,13 @@ double deviationInOrder(const Series &values)
     for (const double value : values) {
         sum += value;
     }
-    const double mean = sum / values.size();
+    const double mean = sum / double(values.size());
     double squares = 0.0;
     for (const double value : values) {
         const double distance = value - mean;
         squares += distance * distance;
     }
-    return std::sqrt(squares / values.size());
+    return std::sqrt(squares / double(values.size()));
 }
 
 // The entry with the given number of entries before it, found without a sort.
@@ -390,8 +390,8 @@ private Q_SLOTS:
                                 steps.isEmpty() ? notANumber : spread(steps), 1e-12),
                      QString());
 
-            const int half = values.size() / 2;
-            const int top = values.size() - 1;
+            const int half = int(values.size()) / 2;
+            const int top = int(values.size()) - 1;
             const int low = half % 2 == 1 ? (half - 1) / 2 : half / 2 - 1;
             const int lowNext = half % 2 == 1 ? low : low + 1;
             const int high = half % 2 == 1 ? low + half : lowNext + half;

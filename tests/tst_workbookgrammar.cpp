@@ -289,7 +289,7 @@ HandmadeWorkbook workbookOf(const Rule &rule)
     HandmadeWorkbook workbook = onePatient();
     const QByteArray xml = rule.xml;
     const auto put = [&xml](QByteArray *into, const char *before) {
-        const int at = into->indexOf(before);
+        const int at = int(into->indexOf(before));
         Q_ASSERT(at >= 0);
         into->insert(at, xml);
     };

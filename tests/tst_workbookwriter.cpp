@@ -47,7 +47,7 @@ CellSheet sheetOf(const QString &name, const ExpectedSheets::Cells &cells)
                            if (cellRow != row) {
                                break;
                            }
-                           if (it->type() == QVariant::String) {
+                           if (it->userType() == QMetaType::QString) {
                                out.text(column, it->toString());
                            } else {
                                out.number(column, it->toDouble());

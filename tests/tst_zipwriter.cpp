@@ -217,7 +217,7 @@ private Q_SLOTS:
         QFETCH(int, missing);
         ZipWriter whole;
         whole.add("part", noise(50000));
-        const int size = archiveOf(whole).size();
+        const int size = int(archiveOf(whole).size());
         QVERIFY(size > 50000);
         ZipWriter zip;
         zip.add("part", noise(50000));

@@ -50,7 +50,7 @@ int escapedUnit(const QString &text, int position)
 
 void decodeEscapes(QString *text)
 {
-    int from = text->indexOf(QLatin1String("_x"));
+    int from = int(text->indexOf(QLatin1String("_x")));
     if (from < 0) {
         return;
     }
@@ -67,13 +67,13 @@ void decodeEscapes(QString *text)
 void escapeEscapes(QString *text)
 {
     static const QString escapedUnderscore = QStringLiteral("_x005F_");
-    int from = text->indexOf(QLatin1String("_x"));
+    int from = int(text->indexOf(QLatin1String("_x")));
     while (from >= 0) {
         const bool escape = escapedUnit(*text, from) >= 0;
         if (escape) {
             text->replace(from, 1, escapedUnderscore);
         }
-        from = text->indexOf(QLatin1String("_x"), from + (escape ? escapeLength : 1));
+        from = int(text->indexOf(QLatin1String("_x"), from + (escape ? escapeLength : 1)));
     }
 }
 
@@ -224,14 +224,20 @@ bool toNumber(const QByteArray &text, double *value)
         return false;
     }
     // Below the smallest number the conversion reports a failure and gives 0, which is right.
-    *value = number.toDouble();
+    // Beyond the largest one bytes give infinity or 0, as the release of the toolkit has it; texts
+    // do not.
+    bool isInRange = false;
+    *value = number.toDouble(&isInRange);
+    if (!isInRange) {
+        *value = QString::fromLatin1(number).toDouble();
+    }
     return std::isfinite(*value);
 }
 
 QString plainDigits(const QByteArray &number)
 {
     QByteArray mantissa = withoutBlanks(number);
-    const int exponentAt = qMax(mantissa.indexOf('e'), mantissa.indexOf('E'));
+    const int exponentAt = int(qMax(mantissa.indexOf('e'), mantissa.indexOf('E')));
     if (exponentAt < 0) {
         return QString::fromLatin1(mantissa);
     }
@@ -246,14 +252,14 @@ QString plainDigits(const QByteArray &number)
     if (mantissa.startsWith('-') || mantissa.startsWith('+')) {
         mantissa.remove(0, 1);
     }
-    const int point = mantissa.indexOf('.') < 0 ? mantissa.size() : mantissa.indexOf('.');
+    const int point = int(mantissa.indexOf('.') < 0 ? mantissa.size() : mantissa.indexOf('.'));
     QByteArray digits = mantissa.left(point) + mantissa.mid(point + 1);
     int wholeDigits = point + exponent;
     if (wholeDigits < 1) {
         digits.prepend(QByteArray(1 - wholeDigits, '0'));
         wholeDigits = 1;
     }
-    digits.append(QByteArray(qMax(0, wholeDigits - digits.size()), '0'));
+    digits.append(QByteArray(qMax(0, wholeDigits - int(digits.size())), '0'));
     QByteArray fraction = digits.mid(wholeDigits);
     while (fraction.endsWith('0')) {
         fraction.chop(1);

@@ -27,9 +27,9 @@ const QString digitPlaceholders = QStringLiteral("0#?");
 // time: nothing but one letter of times, once or several times.
 int skipBracket(const QString &code, int position, bool *elapsed)
 {
-    const int end = code.indexOf(QLatin1Char(']'), position);
+    const int end = int(code.indexOf(QLatin1Char(']'), position));
     if (end < 0) {
-        return code.size();
+        return int(code.size());
     }
     const QString inside = code.mid(position + 1, end - position - 1).toLower();
     const QString letter = inside.left(1);
@@ -40,8 +40,8 @@ int skipBracket(const QString &code, int position, bool *elapsed)
 
 int skipQuotes(const QString &code, int position)
 {
-    const int end = code.indexOf(QLatin1Char('"'), position + 1);
-    return end < 0 ? code.size() : end + 1;
+    const int end = int(code.indexOf(QLatin1Char('"'), position + 1));
+    return end < 0 ? int(code.size()) : end + 1;
 }
 
 int nextSection(const QString &code, int position)
@@ -92,12 +92,12 @@ bool isCalendarWord(const QString &letters)
 }
 
 // The length of the code of dates and times that \p text begins with; 0 without one.
-int dateCodeLength(const QStringRef &text)
+int dateCodeLength(QStringView text)
 {
     for (const char *const code : {"am/pm", "a/p"}) {
         const QLatin1String latin(code);
         if (text.startsWith(latin, Qt::CaseInsensitive)) {
-            return latin.size();
+            return int(latin.size());
         }
     }
     return dateLetters.contains(text.at(0), Qt::CaseInsensitive) ? 1 : 0;
@@ -105,7 +105,7 @@ int dateCodeLength(const QStringRef &text)
 
 // Whether the letters side by side that \p text begins with are codes of dates and times, all of
 // them. A T joins the day and the hour, as in "yyyymmddThhmm".
-bool isDateWord(QStringRef text)
+bool isDateWord(QStringView text)
 {
     QChar before;
     while (!text.isEmpty() && isWordLetter(text.at(0))) {
@@ -141,7 +141,7 @@ bool isDateCode(const QString &code)
         if (isWordLetter(character)) {
             const int end = skipLetters(code, position);
             const QString letters = code.mid(position, end - position).toLower();
-            if (isDateWord(code.midRef(position)) || isCalendarWord(letters)) {
+            if (isDateWord(QStringView(code).mid(position)) || isCalendarWord(letters)) {
                 return true;
             }
             position = letters == QLatin1String("general") ? nextSection(code, position) : end;

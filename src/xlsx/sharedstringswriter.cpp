@@ -39,7 +39,7 @@ int SharedStringsWriter::enter(const QString &text)
     if (found != m_indexes.constEnd()) {
         return *found;
     }
-    const int index = m_texts.size();
+    const int index = int(m_texts.size());
     m_indexes.insert(text, index);
     m_texts.append(text);
     return index;

@@ -41,7 +41,7 @@ bool WorkbookWriter::addSheet(const CellSheet &sheet)
         // Without any text the library leaves out the part with the texts.
         document.write(1, 1, QXlsx::RichString(sheet.name));
     }
-    cellSheets.push_back({document.sheetNames().size(), sheet.rows});
+    cellSheets.push_back({int(document.sheetNames().size()), sheet.rows});
     return true;
 }
 

@@ -78,7 +78,8 @@ private:
     {
         zip_int64_t copied = 0;
         while (copied < length && hasMore()) {
-            const zip_int64_t count = std::min(length - copied, m_piece.size() - m_taken);
+            const zip_int64_t count =
+                std::min<zip_int64_t>(length - copied, m_piece.size() - m_taken);
             std::memcpy(data + copied, m_piece.constData() + m_taken, static_cast<size_t>(count));
             copied += count;
             m_taken += count;

@@ -77,7 +77,7 @@ int expectedKvadrant(const TestGroup &group, int k, int pair)
         return 0;
     }
     const QString mark = QString(c < mc ? "B/" : "W/") + QString(v < mv ? "B" : "W");
-    return QStringList({"W/W", "B/W", "B/B", "W/B"}).indexOf(mark) + 1;
+    return int(QStringList({"W/W", "B/W", "B/B", "W/B"}).indexOf(mark)) + 1;
 }
 
 int expectedFlag(const TestGroup &group, int k, bool convergence, int method)
@@ -130,7 +130,7 @@ public:
 private:
     int kvadrant(int k, int pair) const { return m_kvadrants.at(k).at(pair); }
 
-    int count() const { return m_group.patients.size(); }
+    int count() const { return int(m_group.patients.size()); }
 
     void label(Cells &cells, int row, int column, const QString &text) const
     {

@@ -24,8 +24,8 @@ constexpr int mostLines = 20;
 
 QString described(const QVariant &value)
 {
-    return value.type() == QVariant::String ? '"' + value.toString() + '"'
-                                            : QString::number(value.toDouble(), 'g', 17);
+    return value.userType() == QMetaType::QString ? '"' + value.toString() + '"'
+                                                  : QString::number(value.toDouble(), 'g', 17);
 }
 
 // The content of a cell that is a plain text or a plain number, otherwise what it is instead.
@@ -49,11 +49,11 @@ QVariant contentOf(const QXlsx::Cell &cell)
 
 bool same(const QVariant &a, const QVariant &b)
 {
-    if (a.type() != b.type()) {
+    if (a.userType() != b.userType()) {
         return false;
     }
-    return a.type() == QVariant::String ? a.toString() == b.toString()
-                                        : a.toDouble() == b.toDouble();
+    return a.userType() == QMetaType::QString ? a.toString() == b.toString()
+                                              : a.toDouble() == b.toDouble();
 }
 
 Cells cellsOf(const QXlsx::Worksheet &sheet)
@@ -128,7 +128,7 @@ public:
     OtherReader()
     {
         m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        m_process.start("/usr/bin/python3", {QFINDTESTDATA("readback.py")});
+        m_process.start("/usr/bin/python3", {SOURCE_FOLDER "/tests/support/readback.py"});
     }
     Q_DISABLE_COPY_MOVE(OtherReader)
 
@@ -179,7 +179,7 @@ QString complaintOf(const QString &program, const QString &path, const QString &
     QProcess reader;
     reader.setProcessChannelMode(QProcess::MergedChannels);
     reader.start("/usr/bin/python3",
-                 {QFINDTESTDATA("readconverted.py"), program, path, expectation});
+                 {SOURCE_FOLDER "/tests/support/readconverted.py", program, path, expectation});
     if (!reader.waitForFinished(longestAnswer)) {
         return "the other reader does not run: " + reader.errorString();
     }

@@ -17,7 +17,10 @@ public:
     QList<QMdiSubWindow *> subWindows() const { return area()->subWindowList(); }
 
     void select(const QVector<int> &rows) const;
-    int selectedRows() const { return patientTable()->selectionModel()->selectedRows().size(); }
+    int selectedRows() const
+    {
+        return int(patientTable()->selectionModel()->selectedRows().size());
+    }
     void press(const char *buttonText) const;
     /// Accepts the next name dialog after typing \p name; a null name leaves the offered one, which
     /// is noted in offeredNames.

@@ -46,7 +46,8 @@ QString texts(const QByteArray &svg)
     QStringList all;
     QXmlStreamReader reader(svg);
     while (!reader.atEnd()) {
-        if (reader.readNext() == QXmlStreamReader::StartElement && reader.name() == "text") {
+        if (reader.readNext() == QXmlStreamReader::StartElement
+            && reader.name() == QLatin1String("text")) {
             all << reader.readElementText().trimmed();
         }
     }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "support/testgroups.h"
 
+#include <utility>
+
 #include "centers.h"
 #include "convergence.h"
 #include "variability.h"
@@ -66,7 +68,7 @@ TestGroup TestGroup::ofScores(const QVector<QVector<double>> &convergence,
 void TestGroup::analyse()
 {
     scores.clear();
-    for (const PatientRecord &record : qAsConst(patients)) {
+    for (const PatientRecord &record : std::as_const(patients)) {
         scores.append({record.id, convergenceValues(record), variabilityValues(record)});
     }
     center();
