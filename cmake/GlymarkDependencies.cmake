@@ -1,7 +1,14 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 # Everything that the program is built upon, found once.
 
-find_package(Qt5 5.15 REQUIRED COMPONENTS Core Gui Widgets Svg PrintSupport)
+# Version 5 is what is released; 6 is for the day when a distribution drops it.
+set(GLYMARK_QT 5 CACHE STRING "Major version of Qt: 5 or 6")
+set_property(CACHE GLYMARK_QT PROPERTY STRINGS 5 6)
+set(qt_minimum_5 5.15)
+set(qt_minimum_6 6.4)
+find_package(Qt${GLYMARK_QT} ${qt_minimum_${GLYMARK_QT}} REQUIRED
+    COMPONENTS Core Gui Widgets Svg PrintSupport)
+
 # Its version 5 calls itself compatible with no older one, so the version is compared here.
 find_package(Eigen3 REQUIRED NO_MODULE)
 if(Eigen3_VERSION VERSION_LESS 3.3)
@@ -17,9 +24,9 @@ pkg_check_modules(libzip REQUIRED IMPORTED_TARGET libzip>=1.7)
 # From version 1.5 on the package carries the Qt version in its name; the target is the same.
 find_package(QXlsx CONFIG QUIET)
 if(NOT QXlsx_FOUND)
-    find_package(QXlsxQt5 CONFIG QUIET)
+    find_package(QXlsxQt${GLYMARK_QT} CONFIG QUIET)
 endif()
 if(NOT TARGET QXlsx::QXlsx)
-    message(FATAL_ERROR "QXlsx for Qt 5 is not here. Run script/setup, which installs or builds it, "
-        "and use a preset or -DCMAKE_PREFIX_PATH=${PROJECT_SOURCE_DIR}/build/deps")
+    message(FATAL_ERROR "QXlsx for Qt ${GLYMARK_QT} is not here. Run script/setup, which installs or "
+        "builds it, and use a preset")
 endif()
