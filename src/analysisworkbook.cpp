@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <functional>
 #include <iterator>
 
@@ -39,7 +40,8 @@ public:
     std::array<int, count> row(int patient) const
     {
         std::array<int, count> row;
-        std::copy_n(m_numbers.begin() + patient * m_columns, count, row.begin());
+        const auto first = static_cast<std::ptrdiff_t>(patient) * m_columns;
+        std::copy_n(m_numbers.begin() + first, count, row.begin());
         return row;
     }
 
