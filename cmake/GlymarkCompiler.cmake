@@ -43,7 +43,7 @@ target_compile_options(glymark_one_argument INTERFACE
 
 add_library(glymark_test_options INTERFACE)
 target_link_libraries(glymark_test_options INTERFACE glymark_common_options glymark_one_argument)
-# Tests are compiled more often than they are run: what they test is optimised, they are not.
+# To compile tests takes longer than to run them: what they test is optimised, they are not.
 if(BUILD_TESTING AND NOT WIN32)
     target_compile_options(glymark_test_options INTERFACE -O0)
 endif()
