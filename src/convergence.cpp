@@ -4,14 +4,9 @@
 #include <cmath>
 #include <limits>
 
-#include <Eigen/Dense>
-
+#include "linearsolvers.h"
 #include "median.h"
 #include "patientrecord.h"
-
-// The solvers take most of a minute to compile: once, for whoever declares them as extern.
-template class Eigen::JacobiSVD<Eigen::MatrixXd>;
-template class Eigen::ColPivHouseholderQR<Eigen::MatrixXd>;
 
 namespace
 {
@@ -48,9 +43,7 @@ double linearLeastSquares(const QVector<double> &values)
         a(i, 1) = 1.0;
         b(i) = values.at(i);
     }
-    const Eigen::VectorXd c =
-        Eigen::JacobiSVD<Eigen::MatrixXd>(a, Eigen::ComputeThinU | Eigen::ComputeThinV).solve(b);
-    return c(0);
+    return solveLeastSquares(a, b)(0);
 }
 
 double exponentialFit(const QVector<double> &values)
@@ -81,6 +74,5 @@ double exponentialFit(const QVector<double> &values)
     m << s0, s1, s1, s2;
     Eigen::VectorXd r(2);
     r << s3, s4;
-    const Eigen::VectorXd c = Eigen::ColPivHouseholderQR<Eigen::MatrixXd>(m).solve(r);
-    return c(1);
+    return solveSquare(m, r)(1);
 }

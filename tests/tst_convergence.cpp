@@ -1,17 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <cmath>
 
-#include <Eigen/Dense>
 #include <QRandomGenerator>
 #include <QtTest>
 
 #include "convergence.h"
+#include "linearsolvers.h"
 #include "median.h"
 #include "patientrecord.h"
 #include "support/numbers.h"
-
-extern template class Eigen::JacobiSVD<Eigen::MatrixXd>;
-extern template class Eigen::ColPivHouseholderQR<Eigen::MatrixXd>;
 
 using Numbers::difference;
 using Numbers::differenceFromZero;
@@ -343,20 +340,30 @@ private Q_SLOTS:
             const int m = count - 1;
             const double step =
                 m % 2 == 1 ? steps.at((m - 1) / 2) : (steps.at(m / 2 - 1) + steps.at(m / 2)) * 0.5;
-            const Eigen::JacobiSVD<Eigen::MatrixXd> svd(a,
-                                                        Eigen::ComputeThinU | Eigen::ComputeThinV);
-            const Eigen::VectorXd line = svd.solve(b);
             Eigen::MatrixXd sums(2, 2);
             sums << s.at(0), s.at(1), s.at(1), s.at(2);
             Eigen::VectorXd right(2);
             right << s.at(3), s.at(4);
-            const Eigen::VectorXd curve =
-                Eigen::ColPivHouseholderQR<Eigen::MatrixXd>(sums).solve(right);
 
             QCOMPARE(difference(medianDifference(values), step, 0.0), QString());
-            QCOMPARE(difference(linearLeastSquares(values), line(0), 0.0), QString());
-            QCOMPARE(difference(exponentialFit(values), curve(1), 0.0), QString());
+            QCOMPARE(difference(linearLeastSquares(values), solveLeastSquares(a, b)(0), 0.0),
+                     QString());
+            QCOMPARE(difference(exponentialFit(values), solveSquare(sums, right)(1), 0.0),
+                     QString());
         }
+    }
+
+    void dependentColumns()
+    {
+        Eigen::MatrixXd a(2, 2);
+        a << 1.0, 1.0, 2.0, 2.0;
+        const Eigen::VectorXd b = Eigen::Vector2d(2.0, 4.0);
+        const Eigen::VectorXd shortest = solveLeastSquares(a, b);
+        QCOMPARE(difference(shortest(0), 1.0, 1e-15), QString());
+        QCOMPARE(difference(shortest(1), 1.0, 1e-15), QString());
+        const Eigen::VectorXd one = solveSquare(a, b);
+        QCOMPARE(difference(one.sum(), 2.0, 1e-15), QString());
+        QCOMPARE(one.minCoeff(), 0.0);
     }
 
     void randomSeriesAgreeWithClosedForms()
