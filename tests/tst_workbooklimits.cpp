@@ -57,26 +57,30 @@ struct Stream {
     QByteArray after;
 
     QByteArray current;
+    int taken = 0; // bytes of the current piece
     int next = 0;
     bool ended = false;
 
     void restart()
     {
         current = before;
+        taken = 0;
         next = 0;
         ended = false;
     }
 
     zip_int64_t read(char *data, zip_uint64_t size)
     {
-        while (current.isEmpty() && !ended) {
+        while (taken == current.size() && !ended) {
             current = pieces(next++);
+            taken = 0;
             ended = current.isNull();
             current = ended ? after : current;
         }
-        const int count = static_cast<int>(qMin<zip_uint64_t>(size, zip_uint64_t(current.size())));
-        std::copy_n(current.constData(), count, data);
-        current.remove(0, count);
+        const auto left = static_cast<zip_uint64_t>(current.size() - taken);
+        const int count = static_cast<int>(qMin<zip_uint64_t>(size, left));
+        std::copy_n(current.constData() + taken, count, data);
+        taken += count;
         return count;
     }
 
