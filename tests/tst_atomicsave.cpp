@@ -454,6 +454,26 @@ private Q_SLOTS:
         QCOMPARE(namesIn("shared"), QStringList("file"));
     }
 
+    // Nobody can write to a program that runs, not even who may.
+    void runningProgramInAReadOnlyFolderIsRefused()
+    {
+        const QByteArray shell = contentOf("/bin/sh");
+        makeLockedFile(shell, 0777);
+        QProcess program;
+        program.start(QDir().absoluteFilePath("locked/file"), QStringList());
+        QVERIFY(program.waitForStarted());
+        const int result = asOrdinaryUser(
+            [] { return saveAtomically("locked/file", longContent()) ? 1 : int(Done); });
+        program.kill();
+        program.waitForFinished();
+        if (result == NoUser) {
+            QSKIP("this machine does not let root become an ordinary user");
+        }
+        QCOMPARE(result, int(Done));
+        QCOMPARE(contentOf("locked/file"), shell);
+        QCOMPARE(chmod("locked", 0755), 0);
+    }
+
     void failureInPlacePutsTheOldContentBack_data()
     {
         QTest::addColumn<QByteArray>("before");
