@@ -8,6 +8,7 @@
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QProcess>
+#include <QProxyStyle>
 #include <QPushButton>
 #include <QStyle>
 #include <QTabWidget>
@@ -109,6 +110,13 @@ QVector<QImage> pictures()
     return all;
 }
 
+/// A style that is dark itself.
+class DarkStyle : public QProxyStyle
+{
+public:
+    QPalette standardPalette() const override { return darkPalette(); }
+};
+
 } // namespace
 
 class TestAppearance : public QObject
@@ -116,7 +124,11 @@ class TestAppearance : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init() { QApplication::setPalette(QApplication::style()->standardPalette()); }
+    void init()
+    {
+        QApplication::setStyle("Fusion");
+        QApplication::setPalette(QApplication::style()->standardPalette());
+    }
     void cleanup()
     {
         const std::unique_ptr<QObject> keeper(qApp->findChild<QObject *>("lightPaletteKeeper"));
@@ -175,6 +187,28 @@ private Q_SLOTS:
         QCoreApplication::processEvents();
         QCOMPARE(QApplication::palette().color(QPalette::Base),
                  QApplication::style()->standardPalette().color(QPalette::Base));
+    }
+
+    void lightPaletteIsThatOfTheStyle()
+    {
+        const QColor fusion = QApplication::palette().color(QPalette::Window);
+        QStyle *const style = QApplication::setStyle("Windows");
+        QVERIFY(style->standardPalette().color(QPalette::Window) != fusion);
+        QApplication::setPalette(darkPalette());
+        Appearance::settle();
+        QCOMPARE(QApplication::palette().color(QPalette::Window),
+                 style->standardPalette().color(QPalette::Window));
+    }
+
+    void darkStyleGetsALightPalette()
+    {
+        const QPalette fusion = QApplication::palette();
+        QApplication::setStyle(new DarkStyle);
+        QApplication::setPalette(darkPalette());
+        Appearance::settle();
+        for (const auto role : {QPalette::Window, QPalette::Base, QPalette::Text}) {
+            QCOMPARE(QApplication::palette().color(role), fusion.color(role));
+        }
     }
 
     void lightDesktopKeepsItsPalette()
