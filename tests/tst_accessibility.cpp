@@ -135,7 +135,7 @@ private Q_SLOTS:
         Tester tester;
         QVERIFY(tester.focus(tester.patientTable()));
         tester.patientTable()->setCurrentIndex(tester.patientsModel()->index(1, 0));
-        QContextMenuEvent menuKey(QContextMenuEvent::Keyboard, QPoint());
+        QContextMenuEvent menuKey(QContextMenuEvent::Keyboard, QPoint(), QPoint());
         QCoreApplication::sendEvent(tester.window->windowHandle(), &menuKey);
         auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
         QVERIFY(menu);
