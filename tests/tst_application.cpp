@@ -41,7 +41,8 @@ private Q_SLOTS:
             config.close();
             return all;
         };
-        QTRY_COMPARE_WITH_TIMEOUT(content(), QByteArray("[Method]\nConvergence = 0\n"), 20000);
+        const QByteArray expected = "[Method]\nConvergence = 0\n";
+        QVERIFY(QTest::qWaitFor([&] { return content() == expected; }, 20000));
         program.kill();
         program.waitForFinished();
     }

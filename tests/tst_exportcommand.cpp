@@ -244,11 +244,12 @@ private Q_SLOTS:
             tabs->setCurrentIndex(tab);
             PaintCounter counter;
             tabs->widget(tab)->installEventFilter(&counter);
-            QTRY_VERIFY(counter.count > 0);
+            QVERIFY(QTest::qWaitFor([&] { return counter.count > 0; }));
             QCoreApplication::processEvents();
             counter.count = 0;
             exportGraphs(*tabs, tester.path("page.svg"));
-            QTRY_COMPARE(counter.count, 1);
+            QVERIFY(QTest::qWaitFor([&] { return counter.count > 0; }));
+            QCOMPARE(counter.count, 1);
         }
     }
 };

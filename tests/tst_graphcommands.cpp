@@ -239,7 +239,7 @@ private Q_SLOTS:
         subWindow->close();
         QCOMPARE(tester.subWindows().size(), 0);
         QVERIFY(tester.area()->currentSubWindow() == nullptr);
-        QTRY_VERIFY(subWindow.isNull());
+        QVERIFY(QTest::qWaitFor([&] { return subWindow.isNull(); }));
         QVERIFY(graph.isNull());
     }
 
