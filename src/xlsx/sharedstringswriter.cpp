@@ -8,17 +8,10 @@ namespace
 
 constexpr int pieceSize = 64 * 1024;
 
-bool isBlank(char character)
-{
-    return character == ' ' || character == '\t' || character == '\n';
-}
-
 // Without being told so, some readers drop the blanks at the ends and make lines one.
 bool needsItsBlanks(const QByteArray &text)
 {
-    return !text.isEmpty()
-        && (isBlank(text.front()) || isBlank(text.back()) || text.contains('\n')
-            || text.contains('\t'));
+    return text.startsWith(' ') || text.endsWith(' ') || text.contains('\n') || text.contains('\t');
 }
 
 QByteArray item(const QString &text)
