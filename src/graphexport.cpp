@@ -12,6 +12,23 @@
 #include "resultsubwindow.h"
 #include "xmltext.h"
 
+namespace
+{
+
+// Later releases of the toolkit escape the title, earlier ones write it as it is.
+bool escapesTitles()
+{
+    QBuffer page;
+    QSvgGenerator generator;
+    generator.setOutputDevice(&page);
+    generator.setTitle(QStringLiteral("&"));
+    QPainter painter(&generator);
+    painter.end();
+    return page.data().contains("&amp;");
+}
+
+} // namespace
+
 ExportPage ExportPage::a4()
 {
     QPrinter printer(QPrinter::ScreenResolution);
@@ -48,8 +65,8 @@ void exportGraphs(const QTabWidget &tabs, const QString &fileName)
     QBuffer file;
     QSvgGenerator generator;
     generator.setOutputDevice(&file);
-    // The generator writes the title as it is.
-    generator.setTitle(xmlText(patientGraph->windowTitle()).toHtmlEscaped());
+    const QString title = xmlText(patientGraph->windowTitle());
+    generator.setTitle(escapesTitles() ? title : title.toHtmlEscaped());
     generator.setSize(page.paper);
     generator.setViewBox(page.printable.toRect());
 
