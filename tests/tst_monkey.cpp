@@ -344,8 +344,9 @@ private:
         const int row = below(int(expected.size()));
         const QModelIndex index = tester.patientTable()->model()->index(row, below(2));
         tester.patientTable()->scrollTo(index);
-        Q_EMIT tester.patientTable()->customContextMenuRequested(
-            tester.patientTable()->visualRect(index).center());
+        const QPoint pos = tester.patientTable()->visualRect(index).center();
+        QTest::mouseMove(tester.patientTable()->viewport(), pos);
+        Q_EMIT tester.patientTable()->customContextMenuRequested(pos);
         auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
         if (maybe(4)) {
             menu->close();

@@ -60,6 +60,8 @@ QMenu *GraphTester::openMenu(int row) const
 {
     const QModelIndex index = patientTable()->model()->index(row, 0);
     const QPoint pos = patientTable()->visualRect(index).center();
+    // A menu takes no click of a pointer that has not moved since it opened.
+    QTest::mouseMove(patientTable()->viewport(), pos);
     Q_EMIT patientTable()->customContextMenuRequested(pos);
     return qobject_cast<QMenu *>(QApplication::activePopupWidget());
 }
