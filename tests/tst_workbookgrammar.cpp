@@ -207,6 +207,8 @@ const QVector<Rule> grammar = {
     {InRow, "same cell empty", R"(<c r="B2" s="2"/>)", Passed, "says nothing"},
     {InValueCell, "cm, vm, ph", R"(cm="1" vm="1" ph="1")", Passed, oldWordsOnly},
     {InValueCell, "unknown attribute", R"(tt="s")", Refused, "could say what the value means"},
+    {InValueCell, "attribute of another vocabulary", R"(xmlns:x="urn:x" x:tt="s")", Passed,
+     "is no word of this format"},
     {InValueCell, "type n", R"(t="n")", Read, "a number"},
     {InValueCell, "type b", R"(t="b")", Refused, "5 is neither true nor false"},
     {InValueCell, "unknown type", R"(t="x")", Refused, "the value could be anything"},
