@@ -8,7 +8,7 @@
 namespace
 {
 
-enum Node { SheetNode = 1, NumberFormatsNode, NumberFormatNode, CellFormatsNode, CellFormatNode };
+enum Node { SheetNode, NumberFormatsNode, NumberFormatNode, CellFormatsNode, CellFormatNode };
 
 // An unknown element could hold the formats, and one among them would shift all that follow.
 constexpr std::array<XmlStep, 14> steps = {{

@@ -36,8 +36,8 @@ QByteArray signature()
 
 bool isEncryptedPackage(QFile *file)
 {
-    const std::array<QByteArray, 2> names = {entryName(QStringLiteral("EncryptionInfo")),
-                                             entryName(QStringLiteral("EncryptedPackage"))};
+    const std::array names = {entryName(QStringLiteral("EncryptionInfo")),
+                              entryName(QStringLiteral("EncryptedPackage"))};
     constexpr int pieceSize = 8192 * entrySize;
     file->seek(0);
     QByteArray piece = file->read(pieceSize);

@@ -8,7 +8,7 @@
 namespace
 {
 
-enum Node { TypesNode = 1, OverrideNode };
+enum Node { TypesNode, OverrideNode };
 
 constexpr std::array<XmlStep, 2> steps = {{
     {"Types", XmlReader::document, XmlOutcome::Read, TypesNode},

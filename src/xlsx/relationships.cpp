@@ -11,7 +11,7 @@
 namespace
 {
 
-enum Node { AllNode = 1, OneNode };
+enum Node { AllNode, OneNode };
 
 constexpr std::array<XmlStep, 2> steps = {{
     {"Relationships", XmlReader::document, XmlOutcome::Read, AllNode, XmlOutcome::Refused},

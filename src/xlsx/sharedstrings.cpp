@@ -8,7 +8,7 @@
 namespace
 {
 
-enum Node { TableNode = 1, ItemNode, RunNode, TextNode };
+enum Node { TableNode, ItemNode, RunNode, TextNode };
 
 // An unknown element among the items would shift all that follow. Phonetic runs hold texts too,
 // which repeat what the others say.

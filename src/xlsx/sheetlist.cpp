@@ -8,7 +8,7 @@
 namespace
 {
 
-enum Node { BookNode = 1, PropertiesNode, SheetsNode, SheetNode };
+enum Node { BookNode, PropertiesNode, SheetsNode, SheetNode };
 
 // An unknown element among the sheets could be the first visible one.
 constexpr std::array<XmlStep, 4> steps = {{

@@ -14,7 +14,7 @@
 namespace
 {
 
-enum Node { SheetNode = 1, DataNode, RowNode, CellNode, ValueNode, InlineNode, RunNode, TextNode };
+enum Node { SheetNode, DataNode, RowNode, CellNode, ValueNode, InlineNode, RunNode, TextNode };
 
 // An unknown element could be a row, a cell or a content, without which all that follow would be
 // shifted. Phonetic runs hold texts too, which repeat what the others say.

@@ -57,7 +57,7 @@ QString nonFiniteText(double number)
     if (std::isnan(number)) {
         return QStringLiteral("nan");
     }
-    return number > 0 ? QStringLiteral("inf") : QStringLiteral("-inf");
+    return std::signbit(number) ? QStringLiteral("-inf") : QStringLiteral("inf");
 }
 
 QByteArray reference(int row, int column)

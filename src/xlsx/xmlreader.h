@@ -80,8 +80,8 @@ class XmlReader
 {
 public:
     /// The node that holds the first element of the part, which has to be one of the steps. A
-    /// derived class numbers its own nodes from 1 on.
-    static constexpr int document = 0;
+    /// derived class numbers its own nodes from 0 on.
+    static constexpr int document = -1;
 
     Q_DISABLE_COPY_MOVE(XmlReader)
     virtual ~XmlReader();
