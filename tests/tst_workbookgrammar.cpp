@@ -548,6 +548,25 @@ private Q_SLOTS:
         compareOnePatient(loadWorkbook(path()));
     }
 
+    void nameOfAPartMayBeginAtTheTop_data()
+    {
+        QTest::addColumn<QString>("top");
+        QTest::newRow("slash") << "/";
+        QTest::newRow("two slashes") << "//";
+        QTest::newRow("backslash") << "\\";
+    }
+
+    void nameOfAPartMayBeginAtTheTop()
+    {
+        QFETCH(const QString, top);
+        HandmadeWorkbook::Parts parts = onePatient().parts();
+        for (auto &part : parts) {
+            part.first.prepend(top);
+        }
+        TestWorkbooks::savePackage(path(), parts);
+        compareOnePatient(loadWorkbook(path()));
+    }
+
     void wrongChecksumCountsOnlyInPartsThatAreRead()
     {
         HandmadeWorkbook workbook = onePatient();
@@ -649,6 +668,16 @@ private Q_SLOTS:
         HandmadeWorkbook noWorkbook = onePatient();
         noWorkbook.workbookTarget = "xl/none.xml";
         row("missing workbook", noWorkbook, Part::Workbook, Damage::Missing);
+        HandmadeWorkbook twoWorkbooks = onePatient();
+        const QByteArray other =
+            twoWorkbooks.relationship("other", "officeDocument", "xl/other.xml");
+        twoWorkbooks.more = twoWorkbooks.parts();
+        for (auto &part : twoWorkbooks.more) {
+            if (part.first == "_rels/.rels") {
+                part.second.replace("</", other + "</");
+            }
+        }
+        row("two workbooks", twoWorkbooks, Part::Workbook, Damage::Doubled);
     }
 
     void damageSaysWhereAndWhat()

@@ -227,22 +227,54 @@ private Q_SLOTS:
         QVERIFY(!loaded.document->read(2, 3).toString().isEmpty());
     }
 
+    void momentInWordsIsItsNumberOfDays_data()
+    {
+        QTest::addColumn<QByteArray>("moment");
+        QTest::addColumn<double>("days");
+        QTest::newRow("day") << QByteArray("2021-03-04") << 44259.0;
+        QTest::newRow("day and time") << QByteArray("2021-03-04T10:30:00") << 44259.4375;
+        QTest::newRow("time") << QByteArray("10:30:00") << 0.4375;
+        QTest::newRow("half a second") << QByteArray("00:00:00.500") << 0.5 / 86400;
+    }
+
+    void momentInWordsIsItsNumberOfDays()
+    {
+        QFETCH(const QByteArray, moment);
+        QFETCH(const double, days);
+        HandmadeWorkbook workbook;
+        workbook.rows = secondRow(R"(<c r="C2" t="d"><v>)" + moment + "</v></c>");
+        const LoadedWorkbook loaded = load(workbook);
+        QCOMPARE(loaded.error.reason, LoadError::None);
+        QCOMPARE(loaded.document->cellAt(2, 3)->value().toDouble(), days);
+    }
+
+    void datesCountFromTheYearThatTheWorkbookSays_data()
+    {
+        QTest::addColumn<QByteArray>("properties");
+        QTest::addColumn<QDate>("expected");
+        const QDate since1900(2009, 7, 6);
+        const QDate since1904(2013, 7, 7);
+        QTest::newRow("nothing") << QByteArray() << since1900;
+        QTest::newRow("not this") << QByteArray("<workbookPr/>") << since1900;
+        QTest::newRow("0") << QByteArray(R"(<workbookPr date1904="0"/>)") << since1900;
+        QTest::newRow("false") << QByteArray(R"(<workbookPr date1904="false"/>)") << since1900;
+        QTest::newRow("1") << QByteArray(R"(<workbookPr date1904="1"/>)") << since1904;
+        QTest::newRow("true") << QByteArray(R"(<workbookPr date1904="true"/>)") << since1904;
+    }
+
     void datesCountFromTheYearThatTheWorkbookSays()
     {
+        QFETCH(const QDate, expected);
+        QFETCH(const QByteArray, properties);
         HandmadeWorkbook workbook;
+        workbook.properties = properties;
         workbook.styles = dateStyles;
         workbook.rows =
             secondRow(R"(<c r="A2" s="1"><v>40000</v></c><c r="B2" t="d"><v>2009-07-06</v></c>)");
-        const LoadedWorkbook since1900 = load(workbook);
-        QCOMPARE(since1900.error.reason, LoadError::None);
-        QCOMPARE(since1900.document->read(2, 1).toDate(), QDate(2009, 7, 6));
-        QCOMPARE(since1900.document->read(2, 2).toDate(), QDate(2009, 7, 6));
-
-        workbook.properties = R"(<workbookPr date1904="1"/>)";
-        const LoadedWorkbook since1904 = load(workbook);
-        QCOMPARE(since1904.error.reason, LoadError::None);
-        QCOMPARE(since1904.document->read(2, 1).toDate(), QDate(2013, 7, 7));
-        QCOMPARE(since1904.document->read(2, 2).toDate(), QDate(2009, 7, 6));
+        const LoadedWorkbook loaded = load(workbook);
+        QCOMPARE(loaded.error.reason, LoadError::None);
+        QCOMPARE(loaded.document->read(2, 1).toDate(), expected);
+        QCOMPARE(loaded.document->read(2, 2).toDate(), QDate(2009, 7, 6));
     }
 
     void emptyCellGivesNothing_data()
@@ -276,7 +308,7 @@ private Q_SLOTS:
             const char *xml;
             const char *expected;
         };
-        constexpr std::array<Row, 25> rows = {{
+        constexpr std::array<Row, 27> rows = {{
             {"line feed", "a\nb", "a\nb"},
             {"tab", "a\tb", "a\tb"},
             {"carriage return", "a\rb", "a\nb"},
@@ -293,6 +325,8 @@ private Q_SLOTS:
             {"escaped escape", "_x005F_x000D_", "_x000D_"},
             {"no escape", "_x00G0_ _x00_", "_x00G0_ _x00_"},
             {"escape at the end", "a_x0041", "a_x0041"},
+            {"escape without an end", "_x0041Ab", "_x0041Ab"},
+            {"escape of another letter", "_y0041_ _x", "_y0041_ _x"},
             {"escaped control character", "a_x0001_b", "a\uFFFDb"},
             {"escaped null", "a_x0000_b", "a\uFFFDb"},
             {"control character above 127", "a&#x9B;b", "a\uFFFDb"},

@@ -155,6 +155,14 @@ private Q_SLOTS:
         QCOMPARE(partOf(archive, "left out"), QByteArray("y"));
     }
 
+    void twoPartsOfOneNameAreRefused()
+    {
+        ZipWriter zip;
+        zip.add("part", "x");
+        zip.add("part", "y");
+        QVERIFY(archiveOf(zip).isEmpty());
+    }
+
     void damagedArchiveIsRefused()
     {
         ZipWriter zip;
