@@ -2,11 +2,10 @@
 #include "xlsx/sharedstringswriter.h"
 
 #include "xlsx/celltext.h"
+#include "xlsx/zipwriter.h"
 
 namespace
 {
-
-constexpr int pieceSize = 64 * 1024;
 
 // Without being told so, some readers drop the blanks at the ends and make lines one.
 bool needsItsBlanks(const QByteArray &text)
@@ -65,7 +64,7 @@ bool SharedStringsWriter::next(QByteArray *xml)
         m_written = 0;
         xml->append(head());
     }
-    while (m_written < m_texts.size() && xml->size() < pieceSize) {
+    while (m_written < m_texts.size() && xml->size() < ZipWriter::pieceSize) {
         xml->append(item(m_texts.at(m_written)));
         ++m_written;
     }

@@ -9,12 +9,10 @@
 #include <string_view>
 
 #include "xlsx/sharedstringswriter.h"
+#include "xlsx/zipwriter.h"
 
 namespace
 {
-
-// Enough rows at a time that asking costs nothing, and few enough that they stay small.
-constexpr int pieceSize = 64 * 1024;
 
 // A place, a number and what stands around them take 60 bytes at most.
 using CellXml = std::array<char, 96>;
@@ -110,7 +108,7 @@ public:
     void putRows(const SheetRows &rows, int *row)
     {
         const int count = std::min(rows.count, SheetRows::largestCount);
-        while (*row < count && m_xml.size() < pieceSize) {
+        while (*row < count && m_xml.size() < ZipWriter::pieceSize) {
             ++*row;
             startRow(*row);
             rows.fill(*row, *this);

@@ -16,6 +16,9 @@ public:
     /// Puts the next piece of a part in place of what \p piece holds; false, and no piece, behind
     /// the last one.
     using Pieces = std::function<bool(QByteArray *piece)>;
+    /// About how many bytes a piece should have: enough that asking for it costs nothing, and few
+    /// enough that it stays small.
+    static constexpr int pieceSize = 64 * 1024;
 
     /// Adds the part \p name, whose content is asked for while the archive is written. The pieces
     /// have \p size bytes together, or the archive cannot be written.
