@@ -38,6 +38,7 @@ private Q_SLOTS:
     {
         void *const other = ParserMemory::allocate(20);
         void *block = ParserMemory::allocate(40);
+        QVERIFY(block != nullptr);
         std::memset(block, 7, 40);
         block = ParserMemory::reallocate(block, 80);
         QVERIFY(block != nullptr);
@@ -60,6 +61,7 @@ private Q_SLOTS:
     void blockThatCannotGrowStaysAsItIs()
     {
         void *const block = ParserMemory::allocate(40);
+        QVERIFY(block != nullptr);
         std::memset(block, 7, 40);
         QCOMPARE(ParserMemory::reallocate(block, 101), nullptr);
         QCOMPARE(QByteArray(static_cast<const char *>(block), 40), QByteArray(40, 7));
