@@ -24,7 +24,7 @@ QByteArray entryName(const QString &name)
         units.append(static_cast<char>(character.unicode()));
         units.append('\0');
     }
-    return units.append(QByteArray(nameSize - units.size(), '\0'));
+    return units.leftJustified(nameSize, '\0');
 }
 
 } // namespace
