@@ -576,6 +576,7 @@ private Q_SLOTS:
         QCOMPARE(loadBytes(file).error.reason, LoadError::PasswordProtected);
         // The entry of the stream, of 128 bytes, ends the file.
         QCOMPARE(loadBytes(file.left(1024 + 128)).error.reason, LoadError::PasswordProtected);
+        QCOMPARE(loadBytes(file.left(1024 + 127)).error.reason, LoadError::OldFormat);
     }
 
 #ifdef Q_OS_UNIX
