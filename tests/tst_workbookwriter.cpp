@@ -339,12 +339,16 @@ private Q_SLOTS:
         const CellSheet sheet = sheetOfText("text");
         const QByteArray zone = qgetenv("TZ");
         QVector<QByteArray> files;
+        // Archives count in steps of two seconds.
+        const auto step = [] { return QDateTime::currentSecsSinceEpoch() / 2; };
+        qint64 first = 0;
         for (const char *name : {"UTC", "Pacific/Kiritimati", "America/New_York"}) {
+            QVERIFY(QTest::qWaitFor([step, first] { return step() != first; }));
             qputenv("TZ", name);
             tzset();
             QVERIFY(save(sheet));
             files.append(m_folder.readFile(path));
-            QTest::qWait(files.size() == 1 ? 2100 : 0);
+            first = first == 0 ? step() : first;
         }
         zone.isNull() ? qunsetenv("TZ") : qputenv("TZ", zone);
         tzset();
