@@ -436,8 +436,8 @@ private Q_SLOTS:
         QCOMPARE(loadWorkbook(path(), 1, limits).error.reason, LoadError::None);
     }
 
-    // An element counts twice, with each attribute, name space and piece of text once more, and so
-    // does the declaration in front.
+    // An element counts twice, with each attribute, name space and piece of text once more. The
+    // declaration in front of a part counts once.
     void eachItemOfXmlCounts()
     {
         HandmadeWorkbook workbook;
