@@ -11,8 +11,8 @@
 
 #include <QFileInfo>
 
-#include "atomicsave.h"
-#include "wholenumber.h"
+#include "base/atomicsave.h"
+#include "base/truncation.h"
 
 struct CConfig::Setting {
     const char *section;

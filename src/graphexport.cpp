@@ -7,10 +7,10 @@
 #include <QSvgGenerator>
 #include <QTabWidget>
 
-#include "atomicsave.h"
+#include "base/atomicsave.h"
+#include "base/xmltext.h"
 #include "graphsubwindow.h"
 #include "resultsubwindow.h"
-#include "xmltext.h"
 
 namespace
 {

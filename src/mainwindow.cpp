@@ -23,6 +23,7 @@
 #include <QVBoxLayout>
 
 #include "analysisworkbook.h"
+#include "base/xmltext.h"
 #include "cconfig.h"
 #include "centers.h"
 #include "cpatientscore.h"
@@ -36,7 +37,6 @@
 #include "resultsubwindow.h"
 #include "scores.h"
 #include "settingsdialog.h"
-#include "xmltext.h"
 
 namespace
 {

@@ -3,8 +3,8 @@
 
 #include <cmath>
 
-#include "wholenumber.h"
-#include "xmltext.h"
+#include "base/truncation.h"
+#include "base/xmltext.h"
 
 namespace
 {

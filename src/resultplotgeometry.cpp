@@ -3,7 +3,7 @@
 
 #include <cmath>
 
-#include "xmltext.h"
+#include "base/xmltext.h"
 
 namespace
 {

@@ -9,7 +9,7 @@
 #include <share.h>
 #endif
 
-#include "atomicsave.h"
+#include "base/atomicsave.h"
 #include "cconfig.h"
 #include "dataworkbook.h"
 #include "patientreader.h"

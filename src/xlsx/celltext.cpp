@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "base/xmltext.h"
 #include "xlsx/workbooklimits.h"
-#include "xmltext.h"
 
 namespace CellText
 {

@@ -4,7 +4,7 @@
 #include <QBuffer>
 #include <xlsxrichstring.h>
 
-#include "atomicsave.h"
+#include "base/atomicsave.h"
 #include "xlsx/sharedstringswriter.h"
 #include "xlsx/zipwriter.h"
 

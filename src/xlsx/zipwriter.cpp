@@ -9,7 +9,7 @@
 
 #include <zip.h>
 
-#include "atomicsave.h"
+#include "base/atomicsave.h"
 
 namespace
 {

@@ -4,10 +4,10 @@
 
 #include <QTest>
 
+#include "base/truncation.h"
 #include "support/numbers.h"
-#include "wholenumber.h"
 
-class TestWholeNumber : public QObject
+class TestTruncation : public QObject
 {
     Q_OBJECT
 
@@ -53,5 +53,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestWholeNumber)
-#include "tst_wholenumber.moc"
+QTEST_GUILESS_MAIN(TestTruncation)
+#include "tst_truncation.moc"

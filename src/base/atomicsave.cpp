@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "atomicsave.h"
+#include "base/atomicsave.h"
 
 #include <filesystem>
 #include <system_error>

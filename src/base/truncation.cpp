@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "wholenumber.h"
+#include "base/truncation.h"
 
 #include <cmath>
 #include <limits>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <QTest>
 
-#include "xmltext.h"
+#include "base/xmltext.h"
 
 class TestXmlText : public QObject
 {
