@@ -14,7 +14,7 @@
 
 #include <sys/resource.h>
 
-#include "xlsx/workbookloader.h"
+#include "xlsx/reading/workbookloader.h"
 
 namespace
 {

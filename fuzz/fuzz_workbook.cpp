@@ -14,7 +14,7 @@
 #include <zip.h>
 
 #include "patientreader.h"
-#include "xlsx/workbookloader.h"
+#include "xlsx/reading/workbookloader.h"
 
 // The functions that the fuzzer calls, and the one that it lends.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size);

@@ -14,7 +14,7 @@
 #include "kvadrants.h"
 #include "methods.h"
 #include "variability.h"
-#include "xlsx/workbookwriter.h"
+#include "xlsx/writing/workbookwriter.h"
 
 namespace
 {

@@ -10,7 +10,7 @@
 #include "kvadrants.h"
 #include "patientrecord.h"
 #include "patientscorerecord.h"
-#include "xlsx/sheetwriter.h"
+#include "xlsx/writing/sheetwriter.h"
 
 /// Writes the analysis workbook of 21 sheets to the file \p fileName: the kvadrant of each patient
 /// under all nine pairs of a convergence and a variability method, how far pairs and methods agree

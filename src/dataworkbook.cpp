@@ -7,7 +7,7 @@
 
 #include "cconfig.h"
 #include "methods.h"
-#include "xlsx/workbookwriter.h"
+#include "xlsx/writing/workbookwriter.h"
 
 namespace
 {

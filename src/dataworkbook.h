@@ -8,7 +8,7 @@
 
 #include "patientrecord.h"
 #include "patientscorerecord.h"
-#include "xlsx/sheetwriter.h"
+#include "xlsx/writing/sheetwriter.h"
 
 /// Writes the data workbook to the file \p fileName: the sheet "Data" with all measured values, one
 /// row a patient, the sheet "Method result" with the six results, one column a patient, and the

@@ -4,7 +4,7 @@
 #include <QVariant>
 #include <xlsxdocument.h>
 
-#include "xlsx/workbookloader.h"
+#include "xlsx/reading/workbookloader.h"
 
 namespace
 {

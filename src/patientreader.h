@@ -5,7 +5,7 @@
 #include <QVector>
 
 #include "patientrecord.h"
-#include "xlsx/loaderror.h"
+#include "xlsx/reading/loaderror.h"
 
 namespace QXlsx
 {

@@ -7,7 +7,7 @@
 
 #include <QCoreApplication>
 
-#include "xlsx/loaderror.h"
+#include "xlsx/reading/loaderror.h"
 
 namespace
 {

@@ -11,7 +11,7 @@
 #include "support/numbers.h"
 #include "support/testgroups.h"
 #include "support/workingfolder.h"
-#include "xlsx/workbookwriter.h"
+#include "xlsx/writing/workbookwriter.h"
 
 using ExpectedSheets::Book;
 using ExpectedSheets::Cells;

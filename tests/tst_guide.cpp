@@ -24,8 +24,9 @@
 #include "support/documents.h"
 #include "support/workingfolder.h"
 #include "variability.h"
-#include "xlsx/workbooklimits.h"
-#include "xlsx/workbookwriter.h"
+#include "xlsx/formatlimits.h"
+#include "xlsx/reading/workbooklimits.h"
+#include "xlsx/writing/workbookwriter.h"
 
 using Series = QVector<double>;
 using Patients = QVector<PatientRecord>;

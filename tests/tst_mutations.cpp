@@ -13,7 +13,7 @@
 #include "patientreader.h"
 #include "support/testworkbooks.h"
 #include "support/workingfolder.h"
-#include "xlsx/workbookloader.h"
+#include "xlsx/reading/workbookloader.h"
 
 namespace
 {

@@ -10,7 +10,7 @@
 #include "support/numbers.h"
 #include "support/testworkbooks.h"
 #include "support/workingfolder.h"
-#include "xlsx/workbookloader.h"
+#include "xlsx/reading/workbookloader.h"
 
 using Numbers::difference;
 using Numbers::infinity;

@@ -7,7 +7,7 @@
 #include <QTranslator>
 
 #include "refusal.h"
-#include "xlsx/loaderror.h"
+#include "xlsx/reading/loaderror.h"
 
 namespace
 {

@@ -6,7 +6,7 @@
 #include "analysisworkbook.h"
 #include "dataworkbook.h"
 #include "support/mainwindowtester.h"
-#include "xlsx/workbookloader.h"
+#include "xlsx/reading/workbookloader.h"
 
 namespace
 {

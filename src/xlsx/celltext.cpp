@@ -5,7 +5,7 @@
 #include <cmath>
 
 #include "base/xmltext.h"
-#include "xlsx/workbooklimits.h"
+#include "xlsx/formatlimits.h"
 
 namespace CellText
 {

@@ -1,0 +1,753 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <zip.h>
+
+#include "patientreader.h"
+#include "support/handmadeworkbook.h"
+#include "support/testworkbooks.h"
+#include "xlsx/reading/workbookloader.h"
+
+Q_DECLARE_METATYPE(HandmadeWorkbook)
+
+namespace
+{
+
+using Values = QVector<double>;
+using Part = LoadError::Part;
+using Damage = LoadError::Damage;
+
+const QByteArray packageNamespace = "http://schemas.openxmlformats.org/package/2006/relationships";
+
+// Identifier and value of the one patient, the value under the second format, which is a number's.
+const QByteArray firstCells = R"(<c r="A2" t="s"><v>0</v></c><c r="B2" s="1"><v>5</v></c>)";
+
+HandmadeWorkbook onePatient(const QByteArray &more = {})
+{
+    HandmadeWorkbook workbook;
+    workbook.rows = R"(<row r="2">)" + firstCells + more + "</row>";
+    workbook.strings = "<si><t>P1</t></si>";
+    workbook.styles = R"(<numFmts><numFmt numFmtId="164" formatCode="0.0"/>)"
+                      R"(<numFmt numFmtId="165" formatCode="d.m.yyyy"/></numFmts>)"
+                      R"(<cellXfs><xf numFmtId="0"/><xf numFmtId="164"/><xf numFmtId="165"/>)"
+                      R"(<xf numFmtId="14"/><xf numFmtId="400"/></cellXfs>)";
+    return workbook;
+}
+
+// What the reader does with a piece of a part.
+enum Outcome {
+    Read, // its content counts
+    Passed, // as if it were not there
+    Refused // the whole file is
+};
+
+// Where in the workbook of one patient the piece stands.
+enum Where {
+    InPackageRelationships,
+    InWorkbook,
+    InSheets,
+    InSheet, // an attribute of the one sheet
+    InRelationships,
+    InStyles,
+    InFormats,
+    InFormat, // an attribute of the second format
+    InStrings,
+    InText, // of the identifier
+    InWorksheet,
+    InSheetData,
+    InRow,
+    InRowElement, // an attribute of the row
+    InValueCell, // an attribute of the cell of the value
+    InValue
+};
+
+// One row of the grammar: an element or attribute that writers use, and why the reader may treat it
+// so without changing a number. Values are those of the one patient, when the file is read.
+struct Rule {
+    Where where;
+    const char *name;
+    const char *xml;
+    Outcome outcome;
+    const char *why;
+    Values values = {5};
+};
+
+const char *const extension = R"(<extLst><ext uri="x"><a xmlns="urn:a">9</a></ext></extLst>)";
+const char *const oldWordsOnly = "says nothing about a cell";
+
+const QVector<Rule> grammar = {
+    // The package
+    {InPackageRelationships, "relationship of properties",
+     R"(<Relationship Id="p" Type="urn:properties" Target="docProps/app.xml"/>)", Passed,
+     "leads to no cell"},
+    {InPackageRelationships, "relationship without an Id",
+     R"(<Relationship Type="urn:x" Target="x.xml"/>)", Passed, "leads to no cell"},
+    {InPackageRelationships, "unknown element", "<Relation/>", Refused,
+     "could be the workbook that is meant"},
+
+    // The workbook
+    {InWorkbook, "fileVersion, bookViews and the like",
+     R"(<fileVersion appName="x"/><bookViews><workbookView activeTab="3"/></bookViews>)", Passed,
+     "the first visible worksheet is read, whichever is shown first"},
+    {InWorkbook, "workbookPr", R"(<workbookPr date1904="1" codeName="x"/>)", Read,
+     "the day from which dates count; they are no values"},
+    {InWorkbook, "definedNames",
+     "<definedNames><definedName name='n'>A1</definedName></definedNames>", Passed, oldWordsOnly},
+    {InWorkbook, "extLst", extension, Passed, oldWordsOnly},
+    {InWorkbook, "second list of sheets", "<sheets/>", Refused,
+     "could hold the first visible sheet"},
+    {InSheets, "unknown element", R"(<shet name="x" r:id="sheet"/>)", Refused,
+     "could be the first visible sheet"},
+    {InSheets, "element of another vocabulary", R"(<x:y xmlns:x="urn:x"/>)", Passed,
+     "is no sheet of this format"},
+    {InSheets, "elements inside of a sheet",
+     R"(<sheet name="x" sheetId="9" r:id="sheet"><custom/><extLst><ext uri="x"/></extLst></sheet>)",
+     Passed, "the relationship alone leads to the part"},
+    {InSheet, "state hidden", R"(state="hidden")", Read, "only a visible sheet goes before it"},
+    {InSheet, "state veryHidden", R"(state="veryHidden")", Read, "as hidden"},
+    {InSheet, "state in another word", R"(state="gone")", Passed,
+     "a sheet is visible unless a known word hides it"},
+    {InSheet, "empty state", R"(state="")", Passed, "as without"},
+    {InSheet, "unknown attribute", R"(kind="x")", Passed,
+     "the relationship alone leads to the part"},
+
+    // The relationships of the workbook
+    {InRelationships, "theme, calcChain, externalLink",
+     R"(<Relationship Id="t" Type="urn:theme" Target="theme/theme1.xml"/>)", Passed,
+     "leads to no cell"},
+    {InRelationships, "two with one Id",
+     R"(<Relationship Id="t" Type="urn:a" Target="a"/><Relationship Id="t" Type="urn:b" Target="b"/>)",
+     Refused, "either could be a garbled way to the formats"},
+    {InRelationships, "relationship without an Id",
+     R"(<Relationship Type="urn:x" Target="x.xml"/>)", Passed, "leads to no cell"},
+    {InRelationships, "the same relationship twice",
+     R"(<Relationship Id="sheet" Type="http://schemas.openxmlformats.org/officeDocument/2006/)"
+     R"(relationships/worksheet" Target="worksheets/sheet1.xml"/>)",
+     Passed, "both lead to the same part"},
+    {InRelationships, "external target",
+     R"(<Relationship Id="e" Type="urn:link" TargetMode="External" Target="http://x/"/>)", Passed,
+     "nothing outside of the file is read"},
+    {InRelationships, "unknown element", "<Relation/>", Refused,
+     "could be the sheet that is meant"},
+
+    // The styles
+    {InStyles, "fonts, fills, borders, cellStyleXfs and the like",
+     R"(<fonts count="9"/><cellStyleXfs><xf numFmtId="14"/></cellStyleXfs><dxfs/>)", Passed,
+     "cells name the formats of cellXfs alone"},
+    {InStyles, "extLst", extension, Passed, oldWordsOnly},
+    {InStyles, "number format without a code", R"(<numFmts><numFmt numFmtId="400"/></numFmts>)",
+     Passed, "as one that is not declared"},
+    {InStyles, "number format without an index", R"(<numFmts><numFmt formatCode="d"/></numFmts>)",
+     Passed, "no cell can name it"},
+    {InStyles, "second table of formats", R"(<cellXfs><xf numFmtId="14"/></cellXfs>)", Refused,
+     "a cell could mean either"},
+    {InStyles, "unknown element", "<cellXgs/>", Refused, "could be the table of formats"},
+    {InStyles, "unknown element among number formats", "<numFmts><fmt/></numFmts>", Refused,
+     "could be the format of a date"},
+    {InFormats, "unknown element", "<fx/>", Refused, "would shift all formats behind it"},
+    {InFormat, "applyNumberFormat", R"(applyNumberFormat="0")", Passed,
+     "programs show the format all the same"},
+    {InFormat, "fontId, xfId and the like", R"(fontId="7" xfId="99" quotePrefix="1")", Passed,
+     oldWordsOnly},
+
+    // The shared strings
+    {InStrings, "empty item", "<si/>", Read, "counts as an item, so that none shifts"},
+    {InStrings, "extLst", extension, Passed, oldWordsOnly},
+    {InStrings, "unknown element", "<st/>", Refused, "would shift all texts behind it"},
+    {InText, "phonetic text", R"(<rPh sb="0" eb="1"><t>9</t></rPh><phoneticPr fontId="1"/>)",
+     Passed, "repeats the text in another script"},
+    {InText, "run", "<r><rPr><b/></rPr><t></t></r>", Read, "its text belongs to the item"},
+    {InText, "second text", "<t>9</t>", Refused, "joined they would read as another text"},
+    {InText, "unknown element", "<tt/>", Refused, "could hold text"},
+
+    // The worksheet
+    {InWorksheet, "dimension, even a wrong one", R"(<dimension ref="A1:Z9"/>)", Passed,
+     "the cells say themselves where they are"},
+    {InWorksheet, "sheetPr, sheetViews, cols",
+     R"(<sheetPr/><sheetViews/><cols><col s="2"/></cols>)", Passed,
+     "each cell names its own format"},
+    {InWorksheet, "sheetProtection", R"(<sheetProtection sheet="1"/>)", Passed,
+     "keeps users from writing, not programs from reading"},
+    {InWorksheet, "mergeCells, autoFilter, drawing and the like",
+     R"(<mergeCells><mergeCell ref="A1:B2"/></mergeCells><autoFilter ref="A1"/>)", Passed,
+     "merging leaves the cells what they hold"},
+    {InWorksheet, "extLst", extension, Passed, oldWordsOnly},
+    {InSheetData, "empty row", "<row/>", Read, "counts, so that no row shifts"},
+    {InSheetData, "row out of order", R"(<row r="1"><c r="A1"><v>1</v></c></row>)", Read,
+     "its number says where it belongs"},
+    {InSheetData, "unknown element", "<rw/>", Refused, "could be a row"},
+    {InSheetData, "row 0", R"(<row r="0"/>)", Refused, "belongs nowhere"},
+    {InSheetData, "row of no number", R"(<row r="x"/>)", Refused, "belongs nowhere"},
+    {InRowElement, "spans, ht, s and the like", R"(spans="1:3" ht="9" s="2" customFormat="1")",
+     Passed, "each cell names its own format"},
+    {InRowElement, "hidden", R"(hidden="1")", Passed, "hidden rows are rows"},
+    {InRow, "extLst", extension, Passed, oldWordsOnly},
+    {InRow, "unknown element", "<cell/>", Refused, "could be a cell"},
+    {InRow,
+     "cell without a reference",
+     "<c><v>6</v></c>",
+     Read,
+     "follows the one before it",
+     {5, 6}},
+    {InRow,
+     "cell of small letters",
+     R"(<c r="c2"><v>6</v></c>)",
+     Read,
+     "columns have no case",
+     {5, 6}},
+    {InRow, "cell of another row", R"(<c r="C3"><v>6</v></c>)", Refused,
+     "belongs to one row or the other"},
+    {InRow, "same cell with the same content", R"(<c r="B2"><v>5.0</v></c>)", Passed,
+     "says the same"},
+    {InRow, "same cell with another content", R"(<c r="B2"><v>6</v></c>)", Refused,
+     "either could be meant"},
+    {InRow, "same cell as a date", R"(<c r="B2" s="2"><v>5</v></c>)", Refused,
+     "either could be meant"},
+    {InRow, "same cell empty", R"(<c r="B2" s="2"/>)", Passed, "says nothing"},
+    {InValueCell, "cm, vm, ph", R"(cm="1" vm="1" ph="1")", Passed, oldWordsOnly},
+    {InValueCell, "unknown attribute", R"(tt="s")", Refused, "could say what the value means"},
+    {InValueCell, "attribute of another vocabulary", R"(xmlns:x="urn:x" x:tt="s")", Passed,
+     "is no word of this format"},
+    {InValueCell, "type n", R"(t="n")", Read, "a number"},
+    {InValueCell, "type b", R"(t="b")", Refused, "5 is neither true nor false"},
+    {InValueCell, "unknown type", R"(t="x")", Refused, "the value could be anything"},
+    {InValueCell, "empty type", R"(t="")", Refused, "the value could be anything"},
+    {InValue, "f", "<f>1+1</f>", Passed, "the value stored with it counts"},
+    {InValue, "extLst", extension, Passed, oldWordsOnly},
+    {InValue, "second value", "<v>6</v>", Refused, "either could be meant"},
+    {InValue, "inline text beside a number", "<is><t>6</t></is>", Refused, "either could be meant"},
+    {InValue, "unknown element", "<w>6</w>", Refused, "could be the value"},
+
+    // Cells behind the first value
+    {InRow,
+     "empty format",
+     R"(<c r="C2" s=""><v>6</v></c>)",
+     Read,
+     "no program shows a number without a format as a date",
+     {5, 6}},
+    {InRow,
+     "format beyond the table",
+     R"(<c r="C2" s="99"><v>6</v></c>)",
+     Read,
+     "as an empty format",
+     {5, 6}},
+    {InRow,
+     "number format that is not declared",
+     R"(<c r="C2" s="4"><v>6</v></c>)",
+     Read,
+     "as an empty format",
+     {5, 6}},
+    {InRow, "format that is no number", R"(<c r="C2" s="x"><v>6</v></c>)", Refused,
+     "could mean a date"},
+    {InRow, "declared date", R"(<c r="C2" s="2"><v>6</v></c><c r="D2"><v>7</v></c>)", Read,
+     "a date ends the values"},
+    {InRow, "built-in date", R"(<c r="C2" s="3"><v>6</v></c><c r="D2"><v>7</v></c>)", Read,
+     "a date ends the values"},
+    {InRow,
+     "inline text",
+     R"(<c r="C2" t="inlineStr"><is><t>6</t></is></c>)",
+     Read,
+     "its text",
+     {5, 6}},
+    {InRow,
+     "inline text beside a value",
+     R"(<c r="C2" t="inlineStr"><is><t>6</t></is><v>7</v></c>)",
+     Read,
+     "the type says which of the two counts",
+     {5, 6}},
+    {InRow,
+     "inline text behind a value",
+     R"(<c r="C2" t="inlineStr"><v>7</v><is><t>6</t></is></c>)",
+     Read,
+     "the type says which of the two counts",
+     {5, 6}},
+    {InRow,
+     "inline text in a value",
+     R"(<c r="C2" t="inlineStr"><v>6</v></c>)",
+     Read,
+     "there is no other text",
+     {5, 6}},
+    {InRow, "inline text without any", R"(<c r="C2" t="inlineStr"/><c r="D2"><v>7</v></c>)", Read,
+     "an empty cell, which ends the values"},
+    {InRow, "two inline texts", R"(<c r="C2" t="inlineStr"><is/><is><t>6</t></is></c>)", Refused,
+     "either could be meant"},
+    {InRow, "shared text without an index", R"(<c r="C2" t="s"/><c r="D2"><v>7</v></c>)", Read,
+     "an empty cell, which ends the values"},
+    {InRow, "shared text out of the table", R"(<c r="C2" t="s"><v>1</v></c>)", Refused,
+     "the text is unknown"},
+    {InRow, "formula of text without a result", R"(<c r="C2" t="str"><f>A1</f></c>)", Read,
+     "an empty cell, which ends the values"},
+    {InRow, "number that is none", R"(<c r="C2"><v>5,5</v></c>)", Refused, "the number is unknown"},
+    {InRow, "number by name", R"(<c r="C2"><v>INF</v></c>)", Refused, "the number is unknown"},
+    {InRow, "error", R"(<c r="C2" t="e"><v>#N/A</v></c><c r="D2"><v>7</v></c>)", Read,
+     "no number, which ends the values"},
+    {InRow, "error that is a number", R"(<c r="C2" t="e"><v>6</v></c>)", Refused,
+     "would count as a value"},
+};
+
+HandmadeWorkbook workbookOf(const Rule &rule)
+{
+    HandmadeWorkbook workbook = onePatient();
+    const QByteArray xml = rule.xml;
+    const auto put = [&xml](QByteArray *into, const char *before) {
+        const int at = int(into->indexOf(before));
+        Q_ASSERT(at >= 0);
+        into->insert(at, xml);
+    };
+    switch (rule.where) {
+    case InPackageRelationships:
+        workbook.more = {{"_rels/.rels",
+                          "<Relationships xmlns=\"" + packageNamespace + "\">"
+                              + workbook.relationship("book", "officeDocument", "xl/workbook.xml")
+                              + xml + "</Relationships>"}};
+        break;
+    case InWorkbook:
+        workbook.properties = xml;
+        break;
+    case InSheets:
+        workbook.sheets += xml;
+        break;
+    case InSheet:
+        workbook.sheets.replace("/>", ' ' + xml + "/>");
+        break;
+    case InRelationships:
+        workbook.relationships = xml;
+        break;
+    case InStyles:
+        workbook.styles += xml;
+        break;
+    case InFormats:
+        put(&workbook.styles, R"(<xf numFmtId="165")");
+        break;
+    case InFormat:
+        workbook.styles.replace(R"(<xf numFmtId="164")", R"(<xf numFmtId="164" )" + xml);
+        break;
+    case InStrings:
+        workbook.strings += xml;
+        break;
+    case InText:
+        put(&workbook.strings, "</si>");
+        break;
+    case InWorksheet:
+        workbook.more = {
+            {workbook.sheetPart,
+             workbook.part("worksheet",
+                           xml + "<sheetData>" + workbook.rows + "</sheetData>" + xml)}};
+        break;
+    case InSheetData:
+        workbook.rows += xml;
+        break;
+    case InRow:
+        put(&workbook.rows, "</row>");
+        break;
+    case InRowElement:
+        workbook.rows.replace("<row ", "<row " + xml + ' ');
+        break;
+    case InValueCell:
+        workbook.rows.replace(R"(<c r="B2" s="1")", R"(<c r="B2" )" + xml);
+        break;
+    case InValue:
+        put(&workbook.rows, "</c></row>");
+        break;
+    }
+    return workbook;
+}
+
+} // namespace
+
+/// What the reader does with each element and attribute of the parts that it reads: the table
+/// above, and the cases that need files of their own.
+class TestWorkbookGrammar : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { QVERIFY(m_folder.isValid()); }
+
+    void eachPieceIsTreatedAsTheTableSays_data()
+    {
+        QTest::addColumn<int>("index");
+        for (int i = 0; i < grammar.size(); ++i) {
+            QTest::addRow("%d: %s (%s)", grammar.at(i).where, grammar.at(i).name, grammar.at(i).why)
+                << i;
+        }
+    }
+
+    void eachPieceIsTreatedAsTheTableSays()
+    {
+        QFETCH(const int, index);
+        const Rule &rule = grammar.at(index);
+        const LoadedWorkbook loaded = load(workbookOf(rule));
+        if (rule.outcome == Refused) {
+            QCOMPARE(loaded.error.reason, LoadError::Damaged);
+            return;
+        }
+        QCOMPARE(loaded.error.reason, LoadError::None);
+        QCOMPARE(readPatientId(*loaded.document, 2), QString("P1"));
+        QCOMPARE(readPatientValues(*loaded.document, 0), rule.values);
+    }
+
+    void sheetWithoutAPartIsPassedOver_data()
+    {
+        QTest::addColumn<QByteArray>("sheet");
+        QTest::newRow("empty r:id") << QByteArray(R"(<sheet name="M" sheetId="9" r:id=""/>)");
+        QTest::newRow("no r:id") << QByteArray(R"(<sheet name="M" sheetId="9"/>)");
+        QTest::newRow("r:id of nothing") << QByteArray(R"(<sheet name="M" r:id="none"/>)");
+        QTest::newRow("external part") << QByteArray(R"(<sheet name="M" r:id="far"/>)");
+        QTest::newRow("missing part") << QByteArray(R"(<sheet name="M" r:id="gone"/>)");
+        QTest::newRow("missing part of an unknown kind")
+            << QByteArray(R"(<sheet name="M" r:id="what"/>)");
+    }
+
+    void sheetWithoutAPartIsPassedOver()
+    {
+        QFETCH(const QByteArray, sheet);
+        HandmadeWorkbook workbook = onePatient();
+        workbook.relationships = workbook.relationship("gone", "worksheet", "worksheets/none.xml")
+            + workbook.relationship("what", "somesheet", "worksheets/none.xml")
+            + R"(<Relationship Id="far" Type="x" TargetMode="External" Target="http://x/"/>)";
+        workbook.sheets.prepend(sheet);
+        compareOnePatient(load(workbook));
+        workbook.sheets = sheet;
+        QCOMPARE(load(workbook).error.reason, LoadError::NoWorksheet);
+    }
+
+    // The names of parts have no checksum, so that a damaged one must not pass for a missing part.
+    void partThatLostItsNameIsNotMissing_data()
+    {
+        QTest::addColumn<QByteArray>("part");
+        QTest::addColumn<int>("where");
+        QTest::newRow("sheet") << QByteArray("xl/worksheets/sheet1.xml")
+                               << static_cast<int>(Part::Worksheet);
+        QTest::newRow("formats") << QByteArray("xl/styles.xml")
+                                 << static_cast<int>(Part::CellFormats);
+        QTest::newRow("texts") << QByteArray("xl/sharedStrings.xml")
+                               << static_cast<int>(Part::SharedTexts);
+    }
+
+    void partThatLostItsNameIsNotMissing()
+    {
+        QFETCH(const QByteArray, part);
+        QFETCH(const int, where);
+        HandmadeWorkbook workbook = onePatient();
+        workbook.sheets += R"(<sheet name="Two" sheetId="2" r:id="second"/>)";
+        workbook.relationships = workbook.relationship("second", "worksheet", "second.xml");
+        workbook.more = {{"xl/second.xml", workbook.part("worksheet", "<sheetData/>")}};
+        QByteArray content = bytes(workbook);
+        // The list at the end of the archive holds the last of the two names.
+        content[content.lastIndexOf(part)] = 'y';
+        const LoadError error = loadBytes(content).error;
+        QCOMPARE(error.reason, LoadError::Damaged);
+        QCOMPARE(static_cast<int>(error.damage), static_cast<int>(Damage::Missing));
+        QCOMPARE(static_cast<int>(error.part), where);
+    }
+
+    void partToWhichNothingLeadsIsNotMissing_data()
+    {
+        QTest::addColumn<QByteArray>("from");
+        QTest::addColumn<int>("where");
+        QTest::newRow("sheet") << QByteArray("worksheets/sheet1.xml")
+                               << static_cast<int>(Part::Worksheet);
+        QTest::newRow("formats") << QByteArray("styles.xml") << static_cast<int>(Part::CellFormats);
+        QTest::newRow("formats of a garbled kind")
+            << QByteArray("/styles") << static_cast<int>(Part::CellFormats);
+    }
+
+    void partToWhichNothingLeadsIsNotMissing()
+    {
+        QFETCH(const QByteArray, from);
+        QFETCH(const int, where);
+        HandmadeWorkbook workbook = onePatient();
+        workbook.sheets += R"(<sheet name="Two" sheetId="2" r:id="second"/>)";
+        workbook.relationships = workbook.relationship("second", "worksheet", "second.xml");
+        const QByteArray type = "application/vnd.openxmlformats-officedocument.spreadsheetml.";
+        workbook.more = workbook.parts();
+        for (auto &part : workbook.more) {
+            if (part.first == workbook.relationshipsPart) {
+                part.second.replace(from, "gone.xml");
+            }
+        }
+        workbook.more.append({"xl/second.xml", workbook.part("worksheet", "<sheetData/>")});
+        workbook.more.append(
+            {"[Content_Types].xml",
+             R"(<Types xmlns="http://schemas.openxmlformats.org/package/2006/content-types">)"
+             R"(<Override PartName="/xl/worksheets/sheet1.xml" ContentType=")"
+                 + type + R"(worksheet+xml"/><Override PartName="/xl/styles.xml" ContentType=")"
+                 + type + R"(styles+xml"/></Types>)"});
+        const LoadError error = load(workbook).error;
+        QCOMPARE(error.reason, LoadError::Damaged);
+        QCOMPARE(static_cast<int>(error.damage), static_cast<int>(Damage::Missing));
+        QCOMPARE(static_cast<int>(error.part), where);
+    }
+
+    void unknownKindOfSheetIsRefusedOnlyInFront()
+    {
+        HandmadeWorkbook workbook = onePatient();
+        const QByteArray unknown = R"(<sheet name="M" r:id="what"/>)";
+        workbook.relationships = workbook.relationship("what", "somesheet", "second.xml");
+        workbook.more = {{"xl/second.xml", workbook.part("worksheet", "<sheetData/>")}};
+        workbook.sheets += unknown;
+        compareOnePatient(load(workbook));
+        workbook.sheets = unknown + workbook.sheets;
+        compareDamage(load(workbook), Part::Worksheet, Damage::SheetKind);
+    }
+
+    // A worksheet that no sheet leads to may be the one that the sheet without a part meant.
+    void sheetThatLostItsPartIsNotPassedOver()
+    {
+        HandmadeWorkbook workbook = onePatient();
+        workbook.sheets = R"(<sheet name="One" sheetId="1" r:id="shee"/>)"
+                          R"(<sheet name="Two" sheetId="2" r:id="second"/>)";
+        workbook.relationships = workbook.relationship("second", "worksheet", "second.xml");
+        workbook.more = {{"xl/second.xml", workbook.part("worksheet", "<sheetData/>")}};
+        compareDamage(load(workbook), Part::Worksheet, Damage::Missing);
+    }
+
+    void missingFormatsAreNone()
+    {
+        HandmadeWorkbook workbook = onePatient(R"(<c r="C2" s="1"><v>6</v></c>)");
+        workbook.styles = QByteArray();
+        workbook.relationships = workbook.relationship("format", "styles", "styles.xml");
+        const LoadedWorkbook loaded = load(workbook);
+        QCOMPARE(loaded.error.reason, LoadError::None);
+        QCOMPARE(readPatientValues(*loaded.document, 0), Values({5, 6}));
+    }
+
+    void missingTextsAreRefusedOnlyWhenACellNeedsThem()
+    {
+        HandmadeWorkbook workbook = onePatient();
+        workbook.strings = QByteArray();
+        workbook.relationships = workbook.relationship("t", "sharedStrings", "sharedStrings.xml");
+        compareDamage(load(workbook), Part::Worksheet, Damage::TextIndex, "A2");
+        workbook.rows = R"(<row r="2"><c r="A2" t="str"><v>P1</v></c><c r="B2"><v>5</v></c></row>)";
+        compareOnePatient(load(workbook));
+    }
+
+    void partsThatNobodyReadsAreNotLookedAt_data()
+    {
+        QTest::addColumn<HandmadeWorkbook::Parts>("parts");
+        const auto parts = [](const QString &name, const QByteArray &content) {
+            return HandmadeWorkbook::Parts({{name, content}});
+        };
+        QTest::newRow("broken XML") << parts("xl/theme/theme1.xml", "<a");
+        QTest::newRow("empty") << parts("docProps/core.xml", "");
+        QTest::newRow("broken content types") << parts("[Content_Types].xml", "<Types><");
+        QTest::newRow("twice") << HandmadeWorkbook::Parts(
+            {{"xl/calcChain.xml", "<a/>"}, {"xl/CalcChain.xml", "<b/>"}});
+        QTest::newRow("name with a backslash") << parts("xl\\media\\a.png", "x");
+        QTest::newRow("name that leads upwards") << parts("../../x", "x");
+        QTest::newRow("name that is badly encoded") << parts("xl/%zz%2", "x");
+        QTest::newRow("second sheet that is broken") << parts("xl/worksheets/sheet2.xml", "<row");
+    }
+
+    void partsThatNobodyReadsAreNotLookedAt()
+    {
+        QFETCH(const HandmadeWorkbook::Parts, parts);
+        TestWorkbooks::savePackage(path(), onePatient().parts() + parts);
+        compareOnePatient(loadWorkbook(path()));
+    }
+
+    void nameOfAPartMayBeginAtTheTop_data()
+    {
+        QTest::addColumn<QString>("top");
+        QTest::newRow("slash") << "/";
+        QTest::newRow("two slashes") << "//";
+        QTest::newRow("backslash") << "\\";
+    }
+
+    void nameOfAPartMayBeginAtTheTop()
+    {
+        QFETCH(const QString, top);
+        HandmadeWorkbook::Parts parts = onePatient().parts();
+        for (auto &part : parts) {
+            part.first.prepend(top);
+        }
+        TestWorkbooks::savePackage(path(), parts);
+        compareOnePatient(loadWorkbook(path()));
+    }
+
+    void wrongChecksumCountsOnlyInPartsThatAreRead()
+    {
+        HandmadeWorkbook workbook = onePatient();
+        workbook.more = {{"xl/theme/theme1.xml", "<theme>original</theme>"}};
+        const QByteArray whole = uncompressed(workbook);
+        QByteArray content = whole;
+        compareOnePatient(loadBytes(content.replace("original", "changed!")));
+        content = whole;
+        compareDamage(loadBytes(content.replace("<t>P1</t>", "<t>P2</t>")), Part::SharedTexts,
+                      Damage::Content);
+    }
+
+    void utf8WithoutAHyphenIsUtf8_data()
+    {
+        QTest::addColumn<QByteArray>("name");
+        QTest::newRow("small") << QByteArray("utf8");
+        QTest::newRow("large") << QByteArray("UTF8");
+    }
+
+    void utf8WithoutAHyphenIsUtf8()
+    {
+        QFETCH(const QByteArray, name);
+        const QString identifier = QString::fromUtf8("Žofie 😀");
+        HandmadeWorkbook workbook = onePatient();
+        workbook.strings = "<si><t>" + identifier.toUtf8() + "</t></si>";
+        for (auto &part : workbook.more = workbook.parts()) {
+            part.second.replace("UTF-8", name);
+        }
+        const LoadedWorkbook loaded = load(workbook);
+        QCOMPARE(loaded.error.reason, LoadError::None);
+        QCOMPARE(readPatientId(*loaded.document, 2), identifier);
+        QCOMPARE(readPatientValues(*loaded.document, 0), Values({5}));
+    }
+
+    void unknownEncodingIsRefused()
+    {
+        HandmadeWorkbook workbook = onePatient();
+        workbook.more = workbook.parts();
+        for (auto &part : workbook.more) {
+            if (part.first == workbook.sheetPart) {
+                part.second.replace("UTF-8", "utf9");
+            }
+        }
+        compareDamage(load(workbook), Part::Worksheet, Damage::Xml);
+    }
+
+    void damageSaysWhereAndWhat_data()
+    {
+        QTest::addColumn<HandmadeWorkbook>("workbook");
+        QTest::addColumn<int>("part");
+        QTest::addColumn<int>("damage");
+        QTest::addColumn<QString>("cell");
+        const auto row = [](const char *name, const HandmadeWorkbook &workbook, Part part,
+                            Damage damage, const QString &cell = {}) {
+            QTest::newRow(name) << workbook << static_cast<int>(part) << static_cast<int>(damage)
+                                << cell;
+        };
+        const auto cell = [row](const char *name, const char *xml, Damage damage,
+                                const QString &where = "C2") {
+            row(name, onePatient(xml), Part::Worksheet, damage, where);
+        };
+        const auto replaced = [](const QString &part, const QByteArray &content) {
+            HandmadeWorkbook workbook = onePatient();
+            workbook.more = {{part, content}};
+            return workbook;
+        };
+        cell("number", R"(<c r="C2"><v>x</v></c>)", Damage::Number);
+        cell("truth", R"(<c r="C2" t="b"><v>x</v></c>)", Damage::TruthValue);
+        cell("error", R"(<c r="C2" t="e"><v>6</v></c>)", Damage::ErrorValue);
+        cell("type", R"(<c r="C2" t="x"/>)", Damage::CellType);
+        cell("format", R"(<c r="C2" s="x"/>)", Damage::Index);
+        cell("attribute", R"(<c r="C2" x="x"/>)", Damage::Attribute);
+        cell("text", R"(<c r="C2" t="s"><v>7</v></c>)", Damage::TextIndex);
+        cell("two values", R"(<c r="C2"><v>6</v><v>6</v></c>)", Damage::TwoContents);
+        cell("element", R"(<c r="C2"><w/></c>)", Damage::Element);
+        cell("twice", R"(<c r="B2"><v>6</v></c>)", Damage::CellTwice, "B2");
+        cell("without a reference", "<c><v>x</v></c>", Damage::Number);
+        cell("reference", R"(<c r="2"/>)", Damage::Reference, {});
+        cell("XML inside of the cell", R"(<c r="C2"><v>6</w></c>)", Damage::Xml);
+        cell("XML behind the cell", R"(<c r="C2"><v>6</v></c></w>)", Damage::Xml, {});
+        cell("element behind the cell", R"(<c r="C2"><v>6</v></c><w/>)", Damage::Element, {});
+        row("list of the package", replaced("_rels/.rels", "<"), Part::PackageRelationships,
+            Damage::Xml);
+        row("workbook",
+            replaced("xl/workbook.xml", onePatient().part("workbook", "<sheets/><sheets/>")),
+            Part::Workbook, Damage::Element);
+        row("relationships", replaced("xl/_rels/workbook.xml.rels", "<x/>"),
+            Part::WorkbookRelationships, Damage::Element);
+        row("formats", replaced("xl/styles.xml", "<!DOCTYPE a []><a/>"), Part::CellFormats,
+            Damage::DocumentType);
+        row("texts", replaced("xl/sharedStrings.xml", ""), Part::SharedTexts, Damage::Xml);
+        HandmadeWorkbook twoTexts = onePatient();
+        twoTexts.relationships = twoTexts.relationship("more", "sharedStrings", "more.xml");
+        row("two parts of texts", twoTexts, Part::SharedTexts, Damage::Doubled);
+        HandmadeWorkbook sameName = onePatient();
+        sameName.relationships = sameName.relationship("sheet", "theme", "theme.xml");
+        row("two relationships of one name", sameName, Part::WorkbookRelationships,
+            Damage::Identifier);
+        HandmadeWorkbook noWorkbook = onePatient();
+        noWorkbook.workbookTarget = "xl/none.xml";
+        row("missing workbook", noWorkbook, Part::Workbook, Damage::Missing);
+        HandmadeWorkbook twoWorkbooks = onePatient();
+        const QByteArray other =
+            twoWorkbooks.relationship("other", "officeDocument", "xl/other.xml");
+        twoWorkbooks.more = twoWorkbooks.parts();
+        for (auto &part : twoWorkbooks.more) {
+            if (part.first == "_rels/.rels") {
+                part.second.replace("</", other + "</");
+            }
+        }
+        row("two workbooks", twoWorkbooks, Part::Workbook, Damage::Doubled);
+    }
+
+    void damageSaysWhereAndWhat()
+    {
+        QFETCH(const HandmadeWorkbook, workbook);
+        QFETCH(const int, part);
+        QFETCH(const int, damage);
+        QFETCH(const QString, cell);
+        compareDamage(load(workbook), static_cast<Part>(part), static_cast<Damage>(damage), cell);
+    }
+
+private:
+    static void compareOnePatient(const LoadedWorkbook &loaded)
+    {
+        QCOMPARE(loaded.error.reason, LoadError::None);
+        QCOMPARE(readPatientId(*loaded.document, 2), QString("P1"));
+        QCOMPARE(readPatientValues(*loaded.document, 0), Values({5}));
+    }
+
+    static void compareDamage(const LoadedWorkbook &loaded, Part part, Damage damage,
+                              const QString &cell = {})
+    {
+        QCOMPARE(loaded.error.reason, LoadError::Damaged);
+        QCOMPARE(static_cast<int>(loaded.error.part), static_cast<int>(part));
+        QCOMPARE(static_cast<int>(loaded.error.damage), static_cast<int>(damage));
+        QCOMPARE(loaded.error.cell, cell);
+        QVERIFY(!loaded.document);
+    }
+
+    QString path() const { return m_folder.filePath("book.xlsx"); }
+
+    LoadedWorkbook load(const HandmadeWorkbook &workbook) const
+    {
+        workbook.save(path());
+        return loadWorkbook(path());
+    }
+
+    QByteArray bytes(const HandmadeWorkbook &workbook) const
+    {
+        workbook.save(path());
+        QFile file(path());
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
+    // So that what the parts hold can be found in the archive.
+    QByteArray uncompressed(const HandmadeWorkbook &workbook) const
+    {
+        workbook.save(path());
+        zip_t *const archive = zip_open(qPrintable(path()), 0, nullptr);
+        const zip_int64_t count = zip_get_num_entries(archive, 0);
+        for (zip_int64_t i = 0; i < count; ++i) {
+            zip_set_file_compression(archive, static_cast<zip_uint64_t>(i), ZIP_CM_STORE, 0);
+        }
+        zip_close(archive);
+        QFile file(path());
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+
+    LoadedWorkbook loadBytes(const QByteArray &content) const
+    {
+        QFile file(path());
+        if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size()) {
+            qFatal("cannot write %s", qPrintable(file.fileName()));
+        }
+        file.close();
+        return loadWorkbook(path());
+    }
+
+    QTemporaryDir m_folder;
+};
+
+QTEST_GUILESS_MAIN(TestWorkbookGrammar)
+#include "tst_workbookgrammar.moc"
