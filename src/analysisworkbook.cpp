@@ -9,10 +9,10 @@
 
 #include <QMap>
 
-#include "cconfig.h"
 #include "convergence.h"
 #include "kvadrants.h"
 #include "methods.h"
+#include "settings/cconfig.h"
 #include "variability.h"
 #include "xlsx/writing/workbookwriter.h"
 

@@ -3,8 +3,8 @@
 
 #include <utility>
 
-#include "cconfig.h"
 #include "median.h"
+#include "settings/cconfig.h"
 
 namespace
 {

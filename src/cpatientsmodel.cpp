@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cpatientsmodel.h"
 
-#include "cconfig.h"
 #include "centers.h"
 #include "kvadrants.h"
+#include "settings/cconfig.h"
 
 namespace
 {

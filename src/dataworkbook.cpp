@@ -5,8 +5,8 @@
 
 #include <xlsxcellrange.h>
 
-#include "cconfig.h"
 #include "methods.h"
+#include "settings/cconfig.h"
 #include "xlsx/writing/workbookwriter.h"
 
 namespace

@@ -24,7 +24,6 @@
 
 #include "analysisworkbook.h"
 #include "base/xmltext.h"
-#include "cconfig.h"
 #include "centers.h"
 #include "cpatientscore.h"
 #include "cpatientsmodel.h"
@@ -36,6 +35,7 @@
 #include "refusal.h"
 #include "resultsubwindow.h"
 #include "scores.h"
+#include "settings/cconfig.h"
 #include "settingsdialog.h"
 
 namespace

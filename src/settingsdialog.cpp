@@ -11,8 +11,8 @@
 #include <QSpinBox>
 #include <QVBoxLayout>
 
-#include "cconfig.h"
 #include "methods.h"
+#include "settings/cconfig.h"
 
 namespace
 {

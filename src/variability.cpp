@@ -5,9 +5,9 @@
 #include <cmath>
 #include <limits>
 
-#include "cconfig.h"
 #include "median.h"
 #include "patientrecord.h"
+#include "settings/cconfig.h"
 
 namespace
 {

@@ -5,7 +5,7 @@
 #include <QtTest>
 #include <xlsxdocument.h>
 
-#include "cconfig.h"
+#include "settings/cconfig.h"
 #include "support/expectedanalysis.h"
 #include "support/expectedsheets.h"
 #include "support/numbers.h"

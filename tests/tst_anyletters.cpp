@@ -10,9 +10,9 @@
 #endif
 
 #include "base/atomicsave.h"
-#include "cconfig.h"
 #include "dataworkbook.h"
 #include "patientreader.h"
+#include "settings/cconfig.h"
 #include "support/testgroups.h"
 #include "support/testworkbooks.h"
 #include "support/workingfolder.h"

@@ -8,8 +8,8 @@
 #include <QFile>
 #include <QtTest>
 
-#include "cconfig.h"
 #include "centers.h"
+#include "settings/cconfig.h"
 #include "support/numbers.h"
 #include "support/workingfolder.h"
 

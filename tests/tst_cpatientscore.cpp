@@ -7,8 +7,8 @@
 #include <QDir>
 #include <QtTest>
 
-#include "cconfig.h"
 #include "cpatientscore.h"
+#include "settings/cconfig.h"
 #include "support/modeltesting.h"
 #include "support/numbers.h"
 #include "support/workingfolder.h"

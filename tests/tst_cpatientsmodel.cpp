@@ -6,8 +6,8 @@
 #include <QDir>
 #include <QtTest>
 
-#include "cconfig.h"
 #include "cpatientsmodel.h"
+#include "settings/cconfig.h"
 #include "support/modeltesting.h"
 #include "support/numbers.h"
 #include "support/workingfolder.h"

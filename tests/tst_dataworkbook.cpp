@@ -6,7 +6,7 @@
 #include <QtTest>
 #include <xlsxdocument.h>
 
-#include "cconfig.h"
+#include "settings/cconfig.h"
 #include "support/expectedsheets.h"
 #include "support/numbers.h"
 #include "support/testgroups.h"

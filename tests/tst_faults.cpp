@@ -8,7 +8,7 @@
 #include <QSpinBox>
 #include <QTest>
 
-#include "cconfig.h"
+#include "settings/cconfig.h"
 #include "settingsdialog.h"
 #include "support/mainwindowtester.h"
 #include "support/ordinaryuser.h"

@@ -11,7 +11,6 @@
 #include <xlsxdocument.h>
 
 #include "analysisworkbook.h"
-#include "cconfig.h"
 #include "centers.h"
 #include "convergence.h"
 #include "dataworkbook.h"
@@ -21,6 +20,7 @@
 #include "patientreader.h"
 #include "resultplotgeometry.h"
 #include "scores.h"
+#include "settings/cconfig.h"
 #include "support/documents.h"
 #include "support/workingfolder.h"
 #include "variability.h"

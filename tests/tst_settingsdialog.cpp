@@ -14,7 +14,7 @@
 #include <QSpinBox>
 #include <QtTest>
 
-#include "cconfig.h"
+#include "settings/cconfig.h"
 #include "settingsdialog.h"
 #include "support/modalanswers.h"
 #include "support/workingfolder.h"

@@ -8,8 +8,8 @@
 #include <QRandomGenerator>
 #include <QtTest>
 
-#include "cconfig.h"
 #include "patientrecord.h"
+#include "settings/cconfig.h"
 #include "support/numbers.h"
 #include "support/workingfolder.h"
 #include "variability.h"

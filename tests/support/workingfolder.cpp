@@ -4,7 +4,7 @@
 #include <QDir>
 #include <QFile>
 
-#include "cconfig.h"
+#include "settings/cconfig.h"
 
 namespace
 {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "cconfig.h"
+#include "settings/cconfig.h"
 
 #include <algorithm>
 #include <charconv>

@@ -7,7 +7,7 @@
 #include <QFile>
 #include <QtTest>
 
-#include "cconfig.h"
+#include "settings/cconfig.h"
 #include "support/commalocale.h"
 #include "support/numbers.h"
 #include "support/workingfolder.h"
