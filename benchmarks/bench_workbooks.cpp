@@ -20,10 +20,10 @@
 #include <xlsxwriter.h>
 #endif
 
+#include "analysis/centers.h"
+#include "analysis/patientanalysis.h"
 #include "analysisworkbook.h"
-#include "centers.h"
 #include "dataworkbook.h"
-#include "scores.h"
 
 namespace
 {

@@ -9,11 +9,11 @@
 
 #include <QMap>
 
-#include "convergence.h"
-#include "kvadrants.h"
-#include "methods.h"
+#include "analysis/convergence.h"
+#include "analysis/kvadrants.h"
+#include "analysis/methodlabels.h"
+#include "analysis/variability.h"
 #include "settings/cconfig.h"
-#include "variability.h"
 #include "xlsx/writing/workbookwriter.h"
 
 namespace

@@ -7,9 +7,9 @@
 #include <QString>
 #include <QVector>
 
-#include "kvadrants.h"
-#include "patientrecord.h"
-#include "patientscorerecord.h"
+#include "analysis/kvadrants.h"
+#include "analysis/patientrecord.h"
+#include "analysis/patientscorerecord.h"
 #include "xlsx/writing/sheetwriter.h"
 
 /// Writes the analysis workbook of 21 sheets to the file \p fileName: the kvadrant of each patient

@@ -3,9 +3,9 @@
 
 #include <QColor>
 
-#include "centers.h"
-#include "kvadrants.h"
-#include "methods.h"
+#include "analysis/centers.h"
+#include "analysis/kvadrants.h"
+#include "analysis/methodlabels.h"
 
 namespace
 {

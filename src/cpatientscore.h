@@ -4,7 +4,7 @@
 #include <QAbstractTableModel>
 #include <QVector>
 
-#include "patientscorerecord.h"
+#include "analysis/patientscorerecord.h"
 
 /// The score table: one row a method, one column a patient, coloured by the side of the center on
 /// which the value lies.

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "cpatientsmodel.h"
 
-#include "centers.h"
-#include "kvadrants.h"
+#include "analysis/centers.h"
+#include "analysis/kvadrants.h"
 #include "settings/cconfig.h"
 
 namespace

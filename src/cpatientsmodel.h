@@ -4,8 +4,8 @@
 #include <QAbstractTableModel>
 #include <QVector>
 
-#include "patientrecord.h"
-#include "patientscorerecord.h"
+#include "analysis/patientrecord.h"
+#include "analysis/patientscorerecord.h"
 
 /// The patient table: one row a patient, with identifier and mark.
 ///

@@ -5,7 +5,7 @@
 
 #include <xlsxcellrange.h>
 
-#include "methods.h"
+#include "analysis/methodlabels.h"
 #include "settings/cconfig.h"
 #include "xlsx/writing/workbookwriter.h"
 

@@ -6,8 +6,8 @@
 #include <QString>
 #include <QVector>
 
-#include "patientrecord.h"
-#include "patientscorerecord.h"
+#include "analysis/patientrecord.h"
+#include "analysis/patientscorerecord.h"
 #include "xlsx/writing/sheetwriter.h"
 
 /// Writes the data workbook to the file \p fileName: the sheet "Data" with all measured values, one

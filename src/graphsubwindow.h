@@ -4,8 +4,8 @@
 #include <QVector>
 #include <QWidget>
 
+#include "analysis/patientrecord.h"
 #include "patientgraphgeometry.h"
-#include "patientrecord.h"
 
 class QPainter;
 

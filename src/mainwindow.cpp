@@ -22,19 +22,19 @@
 #include <QTabWidget>
 #include <QVBoxLayout>
 
+#include "analysis/centers.h"
+#include "analysis/methodlabels.h"
+#include "analysis/patientanalysis.h"
 #include "analysisworkbook.h"
 #include "base/xmltext.h"
-#include "centers.h"
 #include "cpatientscore.h"
 #include "cpatientsmodel.h"
 #include "dataworkbook.h"
 #include "graphexport.h"
 #include "graphsubwindow.h"
-#include "methods.h"
 #include "patientreader.h"
 #include "refusal.h"
 #include "resultsubwindow.h"
-#include "scores.h"
 #include "settings/cconfig.h"
 #include "settingsdialog.h"
 

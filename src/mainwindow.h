@@ -7,8 +7,8 @@
 #include <QPointer>
 #include <QVector>
 
-#include "patientrecord.h"
-#include "patientscorerecord.h"
+#include "analysis/patientrecord.h"
+#include "analysis/patientscorerecord.h"
 
 class CPatientScore;
 class CPatientsModel;

@@ -5,8 +5,8 @@
 #include <QRectF>
 #include <QVector>
 
+#include "analysis/patientrecord.h"
 #include "graphplacement.h"
-#include "patientrecord.h"
 
 /// What the values of a group decide about its patient graph, whatever the size.
 struct PatientGraphBounds {

@@ -4,7 +4,7 @@
 #include <QString>
 #include <QVector>
 
-#include "patientrecord.h"
+#include "analysis/patientrecord.h"
 #include "xlsx/reading/loaderror.h"
 
 namespace QXlsx

@@ -8,8 +8,8 @@
 #include <QString>
 #include <QVector>
 
+#include "analysis/patientscorerecord.h"
 #include "graphplacement.h"
-#include "patientscorerecord.h"
 
 /// One axis of the result plot: its center and the bounds of the values shown.
 struct ResultPlotAxis {

@@ -6,7 +6,7 @@
 #include <QFontMetrics>
 #include <QPainter>
 
-#include "methods.h"
+#include "analysis/methodlabels.h"
 
 namespace
 {

@@ -4,7 +4,7 @@
 #include <QVector>
 #include <QWidget>
 
-#include "patientscorerecord.h"
+#include "analysis/patientscorerecord.h"
 #include "resultplotgeometry.h"
 
 class QPainter;

@@ -11,7 +11,7 @@
 #include <QSpinBox>
 #include <QVBoxLayout>
 
-#include "methods.h"
+#include "analysis/methodlabels.h"
 #include "settings/cconfig.h"
 
 namespace

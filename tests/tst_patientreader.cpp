@@ -4,8 +4,8 @@
 #include <QtTest>
 #include <xlsxabstractsheet.h>
 
+#include "analysis/patientrecord.h"
 #include "patientreader.h"
-#include "patientrecord.h"
 #include "support/handmadeworkbook.h"
 #include "support/numbers.h"
 #include "support/testworkbooks.h"

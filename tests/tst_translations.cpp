@@ -21,7 +21,7 @@
 #include <xlsxcellrange.h>
 #include <xlsxdocument.h>
 
-#include "methods.h"
+#include "analysis/methodlabels.h"
 #include "resultsubwindow.h"
 #include "settingsdialog.h"
 #include "support/mainwindowtester.h"

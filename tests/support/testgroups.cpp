@@ -3,9 +3,9 @@
 
 #include <utility>
 
-#include "centers.h"
-#include "convergence.h"
-#include "variability.h"
+#include "analysis/centers.h"
+#include "analysis/convergence.h"
+#include "analysis/variability.h"
 
 namespace
 {

@@ -4,8 +4,8 @@
 #include <QString>
 #include <QVector>
 
-#include "patientrecord.h"
-#include "patientscorerecord.h"
+#include "analysis/patientrecord.h"
+#include "analysis/patientscorerecord.h"
 
 /// Patients with everything that the workbooks are written from.
 struct TestGroup {

@@ -8,11 +8,11 @@
 #include <QRandomGenerator>
 #include <QtTest>
 
-#include "patientrecord.h"
+#include "analysis/patientrecord.h"
+#include "analysis/variability.h"
 #include "settings/cconfig.h"
 #include "support/numbers.h"
 #include "support/workingfolder.h"
-#include "variability.h"
 
 using Numbers::difference;
 using Numbers::differenceFromZero;

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "centers.h"
+#include "analysis/centers.h"
 
 #include <utility>
 
-#include "median.h"
+#include "analysis/median.h"
 #include "settings/cconfig.h"
 
 namespace

@@ -3,7 +3,7 @@
 
 #include <array>
 
-#include "patientscorerecord.h"
+#include "analysis/patientscorerecord.h"
 
 /// \file
 /// Every rule that says better or worse. A lower value is the better one; the rules differ in what

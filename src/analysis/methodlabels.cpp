@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "methods.h"
+#include "analysis/methodlabels.h"
 
 #include <QtGlobal>
 

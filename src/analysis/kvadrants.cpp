@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "kvadrants.h"
+#include "analysis/kvadrants.h"
 
 #include <cmath>
 

@@ -3,8 +3,8 @@
 
 #include <QVector>
 
-#include "patientrecord.h"
-#include "patientscorerecord.h"
+#include "analysis/patientrecord.h"
+#include "analysis/patientscorerecord.h"
 
 /// The results of every patient by all six methods, in patient order.
 QVector<PatientScoreRecord> scoresOf(const QVector<PatientRecord> &patients);

@@ -3,7 +3,7 @@
 
 #include <QtTest>
 
-#include "kvadrants.h"
+#include "analysis/kvadrants.h"
 #include "support/numbers.h"
 
 using Numbers::infinity;

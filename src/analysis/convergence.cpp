@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "convergence.h"
+#include "analysis/convergence.h"
 
 #include <cmath>
 #include <limits>
 
-#include "linearsolvers.h"
-#include "median.h"
-#include "patientrecord.h"
+#include "analysis/linearsolvers.h"
+#include "analysis/median.h"
+#include "analysis/patientrecord.h"
 
 namespace
 {

@@ -3,7 +3,7 @@
 
 #include <array>
 
-#include "patientscorerecord.h"
+#include "analysis/patientscorerecord.h"
 
 /// One method, and what each place calls it.
 ///

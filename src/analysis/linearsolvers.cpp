@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "linearsolvers.h"
+#include "analysis/linearsolvers.h"
 
 #include <Eigen/QR>
 #include <Eigen/SVD>

@@ -4,10 +4,10 @@
 #include <QRandomGenerator>
 #include <QtTest>
 
-#include "convergence.h"
-#include "linearsolvers.h"
-#include "median.h"
-#include "patientrecord.h"
+#include "analysis/convergence.h"
+#include "analysis/linearsolvers.h"
+#include "analysis/median.h"
+#include "analysis/patientrecord.h"
 #include "support/numbers.h"
 
 using Numbers::difference;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "median.h"
+#include "analysis/median.h"
 
 #include <algorithm>
 #include <cmath>

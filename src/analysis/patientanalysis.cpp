@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "scores.h"
+#include "analysis/patientanalysis.h"
 
-#include "convergence.h"
-#include "variability.h"
+#include "analysis/convergence.h"
+#include "analysis/variability.h"
 
 QVector<PatientScoreRecord> scoresOf(const QVector<PatientRecord> &patients)
 {

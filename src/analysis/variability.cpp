@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "variability.h"
+#include "analysis/variability.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
 
-#include "median.h"
-#include "patientrecord.h"
+#include "analysis/median.h"
+#include "analysis/patientrecord.h"
 #include "settings/cconfig.h"
 
 namespace

@@ -8,7 +8,7 @@
 #include <QFile>
 #include <QtTest>
 
-#include "centers.h"
+#include "analysis/centers.h"
 #include "settings/cconfig.h"
 #include "support/numbers.h"
 #include "support/workingfolder.h"

@@ -3,7 +3,7 @@
 
 #include <QVector>
 
-#include "patientscorerecord.h"
+#include "analysis/patientscorerecord.h"
 
 /// The medians of the three convergence columns over all patients, each column sorted on its own
 /// (NaN behind all numbers). NaN without patients.
