@@ -22,8 +22,8 @@
 
 #include "analysis/centers.h"
 #include "analysis/patientanalysis.h"
-#include "analysisworkbook.h"
-#include "dataworkbook.h"
+#include "workbooks/analysisworkbook.h"
+#include "workbooks/dataworkbook.h"
 
 namespace
 {

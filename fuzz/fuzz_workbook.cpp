@@ -13,7 +13,7 @@
 #include <private/qzipwriter_p.h>
 #include <zip.h>
 
-#include "patientreader.h"
+#include "workbooks/patientreader.h"
 #include "xlsx/reading/workbookloader.h"
 
 // The functions that the fuzzer calls, and the one that it lends.

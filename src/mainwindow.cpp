@@ -25,18 +25,18 @@
 #include "analysis/centers.h"
 #include "analysis/methodlabels.h"
 #include "analysis/patientanalysis.h"
-#include "analysisworkbook.h"
 #include "base/xmltext.h"
 #include "cpatientscore.h"
 #include "cpatientsmodel.h"
-#include "dataworkbook.h"
 #include "graphexport.h"
 #include "graphsubwindow.h"
-#include "patientreader.h"
 #include "refusal.h"
 #include "resultsubwindow.h"
 #include "settings/cconfig.h"
 #include "settingsdialog.h"
+#include "workbooks/analysisworkbook.h"
+#include "workbooks/dataworkbook.h"
+#include "workbooks/patientreader.h"
 
 namespace
 {

@@ -3,9 +3,9 @@
 #include <QMessageBox>
 #include <QtTest>
 
-#include "analysisworkbook.h"
-#include "dataworkbook.h"
 #include "support/mainwindowtester.h"
+#include "workbooks/analysisworkbook.h"
+#include "workbooks/dataworkbook.h"
 #include "xlsx/reading/workbookloader.h"
 
 namespace

@@ -15,11 +15,11 @@
 
 #include <QtTest>
 
-#include "analysisworkbook.h"
-#include "dataworkbook.h"
 #include "support/testgroups.h"
 #include "support/workingfolder.h"
 #include "support/writelimit.h"
+#include "workbooks/analysisworkbook.h"
+#include "workbooks/dataworkbook.h"
 
 namespace
 {

@@ -4,9 +4,9 @@
 
 #include <zip.h>
 
-#include "patientreader.h"
 #include "support/handmadeworkbook.h"
 #include "support/testworkbooks.h"
+#include "workbooks/patientreader.h"
 #include "xlsx/reading/workbookloader.h"
 
 Q_DECLARE_METATYPE(HandmadeWorkbook)

@@ -11,10 +11,10 @@
 #endif
 #include <zip.h>
 
-#include "patientreader.h"
 #include "support/handmadeworkbook.h"
 #include "support/testworkbooks.h"
 #include "support/workingfolder.h"
+#include "workbooks/patientreader.h"
 #include "xlsx/reading/workbookloader.h"
 
 Q_DECLARE_METATYPE(LoadError::Reason)

@@ -5,11 +5,11 @@
 #include <xlsxabstractsheet.h>
 
 #include "analysis/patientrecord.h"
-#include "patientreader.h"
 #include "support/handmadeworkbook.h"
 #include "support/numbers.h"
 #include "support/testworkbooks.h"
 #include "support/workingfolder.h"
+#include "workbooks/patientreader.h"
 #include "xlsx/reading/workbookloader.h"
 
 using Numbers::difference;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "analysisworkbook.h"
+#include "workbooks/analysisworkbook.h"
 
 #include <QSet>
 #include <QtTest>

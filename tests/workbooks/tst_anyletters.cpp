@@ -10,12 +10,12 @@
 #endif
 
 #include "base/atomicsave.h"
-#include "dataworkbook.h"
-#include "patientreader.h"
 #include "settings/cconfig.h"
 #include "support/testgroups.h"
 #include "support/testworkbooks.h"
 #include "support/workingfolder.h"
+#include "workbooks/dataworkbook.h"
+#include "workbooks/patientreader.h"
 
 namespace
 {

@@ -10,9 +10,9 @@
 #include <private/qzipreader_p.h>
 #include <sys/resource.h>
 
-#include "patientreader.h"
 #include "support/testworkbooks.h"
 #include "support/workingfolder.h"
+#include "workbooks/patientreader.h"
 #include "xlsx/reading/workbookloader.h"
 
 namespace

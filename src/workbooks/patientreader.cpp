@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "patientreader.h"
+#include "workbooks/patientreader.h"
 
 #include <QVariant>
 #include <xlsxdocument.h>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "dataworkbook.h"
+#include "workbooks/dataworkbook.h"
 
 #include <limits>
 
