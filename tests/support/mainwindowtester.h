@@ -7,11 +7,11 @@
 #include <QDir>
 #include <QTableView>
 
-#include "cpatientscore.h"
-#include "cpatientsmodel.h"
 #include "mainwindow.h"
 #include "support/modalanswers.h"
 #include "support/workingfolder.h"
+#include "tables/cpatientscore.h"
+#include "tables/cpatientsmodel.h"
 
 /// A main window in a folder of its own, and the ways in which a user reaches what it holds.
 class MainWindowTester

@@ -6,11 +6,11 @@
 #include <QDir>
 #include <QtTest>
 
-#include "cpatientsmodel.h"
 #include "settings/cconfig.h"
 #include "support/modeltesting.h"
 #include "support/numbers.h"
 #include "support/workingfolder.h"
+#include "tables/cpatientsmodel.h"
 
 using Numbers::infinity;
 using Numbers::notANumber;

@@ -7,11 +7,11 @@
 #include <QDir>
 #include <QtTest>
 
-#include "cpatientscore.h"
 #include "settings/cconfig.h"
 #include "support/modeltesting.h"
 #include "support/numbers.h"
 #include "support/workingfolder.h"
+#include "tables/cpatientscore.h"
 
 using Numbers::infinity;
 using Numbers::notANumber;

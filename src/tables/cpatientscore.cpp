@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "cpatientscore.h"
+#include "tables/cpatientscore.h"
 
 #include <QColor>
 

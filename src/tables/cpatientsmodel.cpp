@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "cpatientsmodel.h"
+#include "tables/cpatientsmodel.h"
 
 #include "analysis/centers.h"
 #include "analysis/kvadrants.h"
