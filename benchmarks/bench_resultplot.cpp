@@ -11,8 +11,8 @@
 #include <QImage>
 #include <QPainter>
 
-#include "graphsubwindow.h"
-#include "resultsubwindow.h"
+#include "graphs/graphsubwindow.h"
+#include "graphs/resultsubwindow.h"
 
 namespace
 {

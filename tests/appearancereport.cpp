@@ -21,8 +21,8 @@
 #include <QTextStream>
 #include <QTimer>
 
-#include "graphsubwindow.h"
-#include "resultsubwindow.h"
+#include "graphs/graphsubwindow.h"
+#include "graphs/resultsubwindow.h"
 #include "settingsdialog.h"
 #include "support/modalanswers.h"
 

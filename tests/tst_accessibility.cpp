@@ -13,8 +13,8 @@
 #include <QTest>
 #include <QWindow>
 
-#include "graphsubwindow.h"
-#include "resultsubwindow.h"
+#include "graphs/graphsubwindow.h"
+#include "graphs/resultsubwindow.h"
 #include "support/graphtester.h"
 
 namespace

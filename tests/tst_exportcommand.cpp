@@ -8,7 +8,7 @@
 #include <QTest>
 #include <QXmlStreamReader>
 
-#include "graphexport.h"
+#include "graphs/graphexport.h"
 #include "support/graphtester.h"
 
 namespace

@@ -10,8 +10,8 @@
 #include <QTabWidget>
 #include <QTest>
 
-#include "graphsubwindow.h"
-#include "resultsubwindow.h"
+#include "graphs/graphsubwindow.h"
+#include "graphs/resultsubwindow.h"
 #include "support/graphtester.h"
 #include "support/recordingpaintdevice.h"
 #include "support/testworkbooks.h"

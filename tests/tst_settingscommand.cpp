@@ -8,7 +8,7 @@
 #include <QSpinBox>
 #include <QTest>
 
-#include "resultsubwindow.h"
+#include "graphs/resultsubwindow.h"
 #include "settingsdialog.h"
 #include "support/graphtester.h"
 #include "support/recordingpaintdevice.h"

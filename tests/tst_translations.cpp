@@ -22,7 +22,7 @@
 #include <xlsxdocument.h>
 
 #include "analysis/methodlabels.h"
-#include "resultsubwindow.h"
+#include "graphs/resultsubwindow.h"
 #include "settingsdialog.h"
 #include "support/mainwindowtester.h"
 #include "support/testworkbooks.h"

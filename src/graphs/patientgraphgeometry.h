@@ -6,7 +6,7 @@
 #include <QVector>
 
 #include "analysis/patientrecord.h"
-#include "graphplacement.h"
+#include "graphs/graphplacement.h"
 
 /// What the values of a group decide about its patient graph, whatever the size.
 struct PatientGraphBounds {

@@ -5,7 +5,7 @@
 #include <QWidget>
 
 #include "analysis/patientrecord.h"
-#include "patientgraphgeometry.h"
+#include "graphs/patientgraphgeometry.h"
 
 class QPainter;
 

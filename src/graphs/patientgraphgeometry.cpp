@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "patientgraphgeometry.h"
+#include "graphs/patientgraphgeometry.h"
 
 #include <cmath>
 

@@ -9,7 +9,7 @@
 #include <QVector>
 
 #include "analysis/patientscorerecord.h"
-#include "graphplacement.h"
+#include "graphs/graphplacement.h"
 
 /// One axis of the result plot: its center and the bounds of the values shown.
 struct ResultPlotAxis {

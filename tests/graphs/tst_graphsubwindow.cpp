@@ -5,8 +5,8 @@
 #include <QPainter>
 #include <QtTest>
 
-#include "graphpalette.h"
-#include "graphsubwindow.h"
+#include "graphs/graphpalette.h"
+#include "graphs/graphsubwindow.h"
 #include "support/recordingpaintdevice.h"
 #include "support/svgdrawing.h"
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "graphpalette.h"
+#include "graphs/graphpalette.h"
 
 #include <array>
 

@@ -3,7 +3,7 @@
 
 #include <QtTest>
 
-#include "resultplotgeometry.h"
+#include "graphs/resultplotgeometry.h"
 #include "support/recordingpaintdevice.h"
 
 namespace

@@ -5,7 +5,7 @@
 #include <QWidget>
 
 #include "analysis/patientscorerecord.h"
-#include "resultplotgeometry.h"
+#include "graphs/resultplotgeometry.h"
 
 class QPainter;
 

@@ -4,7 +4,7 @@
 #include <QPainter>
 #include <QtTest>
 
-#include "resultsubwindow.h"
+#include "graphs/resultsubwindow.h"
 #include "support/recordingpaintdevice.h"
 #include "support/svgdrawing.h"
 

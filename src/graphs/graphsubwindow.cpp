@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "graphsubwindow.h"
+#include "graphs/graphsubwindow.h"
 
 #include <QFontMetrics>
 #include <QPainter>
 
-#include "graphpalette.h"
+#include "graphs/graphpalette.h"
 
 namespace
 {

@@ -3,7 +3,7 @@
 
 #include <QtTest>
 
-#include "patientgraphgeometry.h"
+#include "graphs/patientgraphgeometry.h"
 #include "support/recordingpaintdevice.h"
 
 namespace

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "graphexport.h"
+#include "graphs/graphexport.h"
 
 #include <QBuffer>
 #include <QPainter>
@@ -9,8 +9,8 @@
 
 #include "base/atomicsave.h"
 #include "base/xmltext.h"
-#include "graphsubwindow.h"
-#include "resultsubwindow.h"
+#include "graphs/graphsubwindow.h"
+#include "graphs/resultsubwindow.h"
 
 namespace
 {
