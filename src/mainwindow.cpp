@@ -29,7 +29,7 @@
 #include "graphs/graphexport.h"
 #include "graphs/graphsubwindow.h"
 #include "graphs/resultsubwindow.h"
-#include "refusal.h"
+#include "openmessages.h"
 #include "settings/cconfig.h"
 #include "settingsdialog.h"
 #include "tables/cpatientscore.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "refusal.h"
+#include "openmessages.h"
 
 #include <algorithm>
 #include <array>

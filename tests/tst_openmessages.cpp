@@ -6,7 +6,7 @@
 #include <QTest>
 #include <QTranslator>
 
-#include "refusal.h"
+#include "openmessages.h"
 #include "xlsx/reading/loaderror.h"
 
 namespace
@@ -25,7 +25,7 @@ LoadError damageIn(Part part, Damage damage, const QString &cell = {})
 
 } // namespace
 
-class TestRefusal : public QObject
+class TestOpenMessages : public QObject
 {
     Q_OBJECT
 
@@ -77,5 +77,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(TestRefusal)
-#include "tst_refusal.moc"
+QTEST_GUILESS_MAIN(TestOpenMessages)
+#include "tst_openmessages.moc"
