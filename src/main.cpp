@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include <clocale>
+
 #include <QApplication>
 #include <QTranslator>
 
@@ -9,6 +11,8 @@ int main(int argc, char *argv[])
 {
     Appearance::prepare();
     QApplication application(argc, argv);
+    // The application takes the locale of the environment; the settings have a decimal point.
+    std::setlocale(LC_NUMERIC, "C");
     Appearance::settle();
 
     QTranslator translator;

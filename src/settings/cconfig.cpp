@@ -1,11 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "settings/cconfig.h"
 
-#include <algorithm>
-#include <charconv>
-#include <cstddef>
 #include <cstdio>
-#include <cstring>
 #include <limits>
 #include <string>
 
@@ -37,42 +33,6 @@ File openForReading()
         return {nullptr, &std::fclose};
     }
     return {std::fopen(fileName, "rb"), &std::fclose};
-}
-
-// The number that a text holds, by the rules of the library's GetDoubleValue: up to 63 characters,
-// decimal or hexadecimal, and nothing after the number; 0 for any other text. The library's call
-// takes the decimal point from the locale, this takes "." everywhere.
-double numberIn(const char *text)
-{
-    constexpr std::ptrdiff_t longest = 63;
-    const char *end = text + std::strlen(text);
-    if (end - text > longest) {
-        return 0;
-    }
-    text += std::strspn(text, "\t\n\v\f\r ");
-    const bool negative = *text == '-';
-    if (*text == '-' || *text == '+') {
-        ++text;
-    }
-    const bool hexadecimal = text[0] == '0' && (text[1] == 'x' || text[1] == 'X');
-    if (hexadecimal) {
-        text += 2;
-    }
-    // There is no second sign, and behind 0x no infinity.
-    if (*text == '-' || (hexadecimal && std::strspn(text, ".0123456789abcdefABCDEF") == 0)) {
-        return 0;
-    }
-    double number = 0;
-    const auto [rest, error] = std::from_chars(
-        text, end, number, hexadecimal ? std::chars_format::hex : std::chars_format::general);
-    if (rest != end || error == std::errc::invalid_argument) {
-        return 0;
-    }
-    // Only a negative exponent makes so short a text too small; it leaves 0.
-    if (error == std::errc::result_out_of_range && std::find(text, end, '-') == end) {
-        number = std::numeric_limits<double>::infinity();
-    }
-    return negative ? -number : number;
 }
 
 std::unique_ptr<CConfig> &holder()
@@ -133,7 +93,7 @@ bool CConfig::correct(const Setting &setting)
 
 quint64 CConfig::read(const Setting &setting) const
 {
-    return toUnsigned(numberIn(settings.GetValue(setting.section, setting.key, "")));
+    return toUnsigned(settings.GetDoubleValue(setting.section, setting.key, 0.0));
 }
 
 void CConfig::store(const Setting &setting, int value)

@@ -9,8 +9,9 @@
 /// The user's settings, kept in "config.ini" in the working directory.
 ///
 /// The file is read once, when the store is made. Every getter reads the store afresh, as a double
-/// truncated toward zero into an unsigned whole number; a key that is missing, or holds no number,
-/// reads as 0. Only the thread of the user interface may use it.
+/// truncated toward zero into an unsigned whole number; a key that is missing, or whose text is not
+/// a number, reads as 0. SimpleIni takes the decimal point from LC_NUMERIC, which has to be "C".
+/// Only the thread of the user interface may use the store.
 class CConfig
 {
 public:

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "support/workingfolder.h"
 
+#include <clocale>
+
 #include <QDir>
 #include <QFile>
 
@@ -24,6 +26,8 @@ WorkingFolder::WorkingFolder() : previous(QDir::currentPath())
     if (!folder.isValid() || !QDir::setCurrent(folder.path())) {
         qFatal("no temporary folder");
     }
+    // As in the program: the application has just taken the locale of the environment.
+    std::setlocale(LC_NUMERIC, "C");
     CConfig::resetInstance();
 }
 
