@@ -20,6 +20,7 @@
 #include "graphs/resultplotgeometry.h"
 #include "settings/cconfig.h"
 #include "support/documents.h"
+#include "support/fitsums.h"
 #include "support/workingfolder.h"
 #include "workbooks/analysisworkbook.h"
 #include "workbooks/dataworkbook.h"
@@ -74,27 +75,9 @@ double squaresAroundMean(const Series &values)
     return sumOver(values, [=](double, double y) { return (y - center) * (y - center); });
 }
 
-// The five sums of the exponential fit, and the one that the textbook has in place of S2.
-struct Sums {
-    explicit Sums(const Series &values)
-        : s0(sumOver(values, [](double, double y) { return y; })),
-          s1(sumOver(values, [](double x, double y) { return x * y; })),
-          s2(sumOver(values, [](double x, double y) { return y * y * x; })),
-          s3(sumOver(values, [](double, double y) { return y * std::log(y); })),
-          s4(sumOver(values, [](double x, double y) { return x * y * std::log(y); })),
-          textbook(sumOver(values, [](double x, double y) { return x * x * y; }))
-    {
-    }
-    double numerator() const { return s0 * s4 - s1 * s3; }
-    double denominator() const { return s0 * s2 - s1 * s1; }
-    double textbookDenominator() const { return s0 * textbook - s1 * s1; }
-
-    double s0, s1, s2, s3, s4, textbook;
-};
-
 double textbookRate(const Series &values)
 {
-    const Sums sums(values);
+    const FitSums<double> sums(values);
     return sums.numerator() / sums.textbookDenominator();
 }
 
@@ -232,8 +215,10 @@ private Q_SLOTS:
         addMethods(row);
         addTextbookFits(row);
         addSpreads(row);
+        addQuartiles(row);
         addCenters(row);
         addSample(row);
+        addPatientsOfSamples(row);
         addGraphs(row);
         addLimits(row);
         cleanup();
@@ -345,54 +330,46 @@ private Q_SLOTS:
         QCOMPARE(QString("%1").arg(step), shown.at(4));
     }
 
-    // The agreements of P001, and the cells that the guide names.
+    // The agreements of P001.
     void analysisWorkbookIsAsTold()
     {
-        Patients patients = sample("glymark-small.xlsx");
-        QCOMPARE(patients.at(0).id, QString("P001"));
-        patients[0].idealKvadrant = 2;
-        const auto scores = scoresOf(patients);
-        const PatientScoreRecord medians = {
-            {}, convergenceMedians(scores), variabilityMedians(scores)};
-        const QString file = m_folder->filePath("analysis.xlsx");
-        writeAnalysisWorkbook(file, patients, scores, medians, medians);
-        QXlsx::Document workbook(file);
-        const auto cell = [&workbook](const QString &sheet, int row, int column) {
-            return workbook.selectSheet(sheet) ? workbook.read(row, column) : QVariant();
-        };
-
+        const auto workbook = analysisOfSmallSample();
         const QStringList kvadrants = numbersIn(
             guide, "P001 has the kvadrants #, #, #, #, #, #, #, #, # under pairs 0 to 8.");
         QCOMPARE(kvadrants.size(), 9);
         for (int pair = 0; pair < 9; ++pair) {
-            QCOMPARE(cell("Median", 2, 2 + pair).toInt(), kvadrants.at(pair).toInt());
+            QCOMPARE(cell(*workbook, "Median", 2, 2 + pair).toInt(), kvadrants.at(pair).toInt());
         }
-        const double share = cell("Compare 1", 2, 11).toDouble();
+        const double share = cell(*workbook, "Compare 1", 2, 11).toDouble();
         QCOMPARE(share, 3.0 / 8.0);
         QCOMPARE(numbersIn(guide, "and column 11 says #, meaning # %."),
                  QStringList({QString::number(share), QString::number(100 * share)}));
-        const double ideal = cell("IdealCompare", 2, 11).toDouble();
+        const double ideal = cell(*workbook, "IdealCompare", 2, 11).toDouble();
         QCOMPARE(ideal, 4.0 / 9.0);
         QCOMPARE(numbersIn(guide, "four of nine pairs hit it, and \"IdealCompare\" says #..."),
                  QStringList(QString::number(ideal, 'f', 3)));
+    }
 
+    void cellsThatTheGuideNamesHoldWhatItSays()
+    {
+        const auto workbook = analysisOfSmallSample();
         QStringList named;
         for (const QStringList &row : Documents::tableRows(Documents::read(guide))) {
             static const QRegularExpression address("^[A-Z][0-9]$");
             if (row.size() == 4 && address.match(row.at(1)).hasMatch()) {
                 const int column = row.at(1).at(0).unicode() - 'A' + 1;
+                const QString sheet = row.at(0).mid(1).chopped(1);
                 named << row.at(1);
-                QCOMPARE(
-                    cell(row.at(0).mid(1).chopped(1), row.at(1).mid(1).toInt(), column).toString(),
-                    row.at(2));
+                QCOMPARE(cell(*workbook, sheet, row.at(1).mid(1).toInt(), column).toString(),
+                         row.at(2));
             }
         }
         QCOMPARE(named, QStringList({"C1", "C1", "D1"}));
-        QCOMPARE(cell("Compare 1", 1, 7).toString(),
+        QCOMPARE(cell(*workbook, "Compare 1", 1, 7).toString(),
                  QString("Simple linear regression+ Interquartile range"));
-        QCOMPARE(cell("Median", 1, 7).toString(),
+        QCOMPARE(cell(*workbook, "Median", 1, 7).toString(),
                  QString("Simple linear regression + Interquartile range"));
-        QCOMPARE(cell("Compare 6", 1, 2).toString(),
+        QCOMPARE(cell(*workbook, "Compare 6", 1, 2).toString(),
                  QString("Reference: Simple linear regression + Interquartile range"));
     }
 
@@ -436,6 +413,24 @@ private Q_SLOTS:
     }
 
 private:
+    // The analysis workbook of the small sample, with a kvadrant marked for P001.
+    std::unique_ptr<QXlsx::Document> analysisOfSmallSample() const
+    {
+        Patients patients = sample("glymark-small.xlsx");
+        patients[0].idealKvadrant = 2;
+        const auto scores = scoresOf(patients);
+        const PatientScoreRecord medians = {
+            {}, convergenceMedians(scores), variabilityMedians(scores)};
+        const QString file = m_folder->filePath("analysis.xlsx");
+        writeAnalysisWorkbook(file, patients, scores, medians, medians);
+        return std::make_unique<QXlsx::Document>(file);
+    }
+
+    static QVariant cell(QXlsx::Document &workbook, const QString &sheet, int row, int column)
+    {
+        return workbook.selectSheet(sheet) ? workbook.read(row, column) : QVariant();
+    }
+
     template<typename Row>
     static void addMethods(const Row &row)
     {
@@ -463,7 +458,7 @@ private:
     static void addTextbookFits(const Row &row)
     {
         const Series y = seriesOf(sample("glymark-small.xlsx"), "P001");
-        const Sums sums(y);
+        const FitSums<double> sums(y);
         const double textbook = textbookRate(y);
         const auto times = [&y](double factor) {
             return exponentialFit(mapped(y, [=](double value) { return value * factor; }));
@@ -516,7 +511,13 @@ private:
                             offset0}));
         row("cited offset", "| # | # | population standard deviation of successive",
             {offset3, sampleOffset});
+    }
 
+    template<typename Row>
+    static void addQuartiles(const Row &row)
+    {
+        const Series y = seriesOf(sample("glymark-small.xlsx"), "P001");
+        const auto n = double(y.size());
         const Series s = sorted(y);
         const double range = interquartileRange(y);
         row("quartiles",
@@ -602,7 +603,12 @@ private:
             "lie on the median (# for the median difference, # for the interquartile range).",
             {halves, count, onesUnder(patients, medianDifference),
              onesUnder(patients, interquartileRange)});
+    }
 
+    template<typename Row>
+    static void addPatientsOfSamples(const Row &row)
+    {
+        const Patients patients = sample("glymark-sample.xlsx");
         const Series level = sorted(seriesOf(patients, "P019"));
         row("P019",
             "P019 stays between # and # all along. Its median difference is # and counts as "

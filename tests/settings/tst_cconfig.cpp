@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include <array>
 #include <memory>
 
 #include <QDir>
@@ -62,6 +63,74 @@ constexpr auto readOnlyFolder = QFile::ReadOwner | QFile::ExeOwner | QFile::Read
 constexpr auto readOnlyFile =
     QFile::ReadOwner | QFile::ReadUser | QFile::ReadGroup | QFile::ReadOther;
 #endif
+
+/// A setting in the file, and its position among settings().
+struct Key {
+    const char *section;
+    const char *name;
+    int position;
+};
+constexpr Key convergenceKey = {"Method", "Convergence", 0};
+constexpr Key varianceKey = {"Method", "Variance", 1};
+constexpr Key medianKey = {"Result", "Median", 2};
+constexpr Key skipKey = {"Variable", "Skip", 3};
+constexpr Key showKey = {"Info", "Show", 4};
+constexpr std::array keys = {convergenceKey, varianceKey, medianKey, skipKey, showKey};
+
+void addText(const Key &key, const QByteArray &text, quint64 expected,
+             const QByteArray &corrected = {})
+{
+    QTest::addRow("%s %s", key.name, text.constData())
+        << QByteArray(key.section) << QByteArray(key.name) << key.position << text << expected
+        << corrected;
+}
+
+// What reads alike for every setting, and is left as it stands.
+void addTextsThatReadAlike(const Key &key)
+{
+    for (const char *zero :
+         {"0", "0.999", "-0.5", "-0", "1x", "5x", "1 1", "0,5", "abc", "", "0x57p+-0"}) {
+        addText(key, zero, 0);
+    }
+    for (const char *one : {"1", "1.9", "1e0", "10e-1"}) {
+        addText(key, one, 1);
+    }
+    const QByteArray longest = "1." + QByteArray(61, '0');
+    addText(key, longest, 1);
+    addText(key, longest + "0", 0);
+    addText(key, "9" + longest + "0", 0);
+}
+
+// The offset takes any number.
+void addNumbersOfAnySize()
+{
+    const QVector<QPair<QByteArray, quint64>> texts = {
+        {"3", 3},
+        {"2.9", 2},
+        {"5000", 5000},
+        {"-1", largest},
+        {"-2", largest - 1},
+        {"1e300", largest},
+        {"nan", largest},
+        {"inf", largest},
+        {"-Infinity", largest},
+        {"-1e999", largest},
+        {"1e-999", 0},
+        {"\v7", 7},
+        {"+7", 7},
+        {"+-7", 0},
+        {"--7", 0},
+        {"0x1F", 31},
+        {"-0X1p0", largest},
+        {"0x1.8p1", 3},
+        {"0x", 0},
+        {"0x-7", 0},
+        {"0xinf", 0},
+    };
+    for (const auto &[text, expected] : texts) {
+        addText(skipKey, text, expected);
+    }
+}
 
 } // namespace
 
@@ -173,74 +242,22 @@ private Q_SLOTS:
         QTest::addColumn<quint64>("expected");
         QTest::addColumn<QByteArray>("corrected");
 
-        const auto row = [](const char *section, const char *key, int position,
-                            const QByteArray &text, quint64 expected,
-                            const QByteArray &corrected = {}) {
-            QTest::addRow("%s %s", key, text.constData())
-                << QByteArray(section) << QByteArray(key) << position << text << expected
-                << corrected;
-        };
-        // What reads alike for every setting, and is left as it stands.
-        const auto common = [&row](const char *section, const char *key, int position) {
-            const QByteArray longest = "1." + QByteArray(61, '0');
-            row(section, key, position, "0", 0);
-            row(section, key, position, "1", 1);
-            row(section, key, position, "1.9", 1);
-            row(section, key, position, "0.999", 0);
-            row(section, key, position, "-0.5", 0);
-            row(section, key, position, "-0", 0);
-            row(section, key, position, "1e0", 1);
-            row(section, key, position, "10e-1", 1);
-            row(section, key, position, "1x", 0);
-            row(section, key, position, "5x", 0);
-            row(section, key, position, "1 1", 0);
-            row(section, key, position, "0,5", 0);
-            row(section, key, position, "abc", 0);
-            row(section, key, position, "", 0);
-            row(section, key, position, longest, 1);
-            row(section, key, position, longest + "0", 0);
-            row(section, key, position, "9" + longest + "0", 0);
-        };
-        common("Method", "Convergence", 0);
-        common("Method", "Variance", 1);
-        common("Result", "Median", 2);
-        common("Variable", "Skip", 3);
-        common("Info", "Show", 4);
-
-        row("Method", "Convergence", 0, "2", 2);
-        row("Method", "Convergence", 0, "2.9", 2);
-        row("Method", "Variance", 1, "2", 2);
-        row("Method", "Variance", 1, "2.9", 2);
-        for (const char *bad : {"3", "3.0", "-1", "-1.5", "1e300", "-1e300", "nan", "inf"}) {
-            row("Method", "Convergence", 0, bad, 0, "0");
-            row("Method", "Variance", 1, bad, 0, "0");
+        for (const Key &key : keys) {
+            addTextsThatReadAlike(key);
         }
-        for (const char *bad : {"2", "2.9", "3", "-1", "-2", "1e300", "nan", "-inf"}) {
-            row("Result", "Median", 2, bad, 1, "1");
-            row("Info", "Show", 4, bad, 1, "1");
+        for (const Key &key : {convergenceKey, varianceKey}) {
+            addText(key, "2", 2);
+            addText(key, "2.9", 2);
+            for (const char *bad : {"3", "3.0", "-1", "-1.5", "1e300", "-1e300", "nan", "inf"}) {
+                addText(key, bad, 0, "0");
+            }
         }
-        row("Variable", "Skip", 3, "3", 3);
-        row("Variable", "Skip", 3, "2.9", 2);
-        row("Variable", "Skip", 3, "5000", 5000);
-        row("Variable", "Skip", 3, "-1", largest);
-        row("Variable", "Skip", 3, "-2", largest - 1);
-        row("Variable", "Skip", 3, "1e300", largest);
-        row("Variable", "Skip", 3, "nan", largest);
-        row("Variable", "Skip", 3, "inf", largest);
-        row("Variable", "Skip", 3, "-Infinity", largest);
-        row("Variable", "Skip", 3, "-1e999", largest);
-        row("Variable", "Skip", 3, "1e-999", 0);
-        row("Variable", "Skip", 3, "\v7", 7);
-        row("Variable", "Skip", 3, "+7", 7);
-        row("Variable", "Skip", 3, "+-7", 0);
-        row("Variable", "Skip", 3, "--7", 0);
-        row("Variable", "Skip", 3, "0x1F", 31);
-        row("Variable", "Skip", 3, "-0X1p0", largest);
-        row("Variable", "Skip", 3, "0x1.8p1", 3);
-        row("Variable", "Skip", 3, "0x", 0);
-        row("Variable", "Skip", 3, "0x-7", 0);
-        row("Variable", "Skip", 3, "0xinf", 0);
-        row("Variable", "Skip", 3, "0x57p+-0", 0);
+        for (const Key &key : {medianKey, showKey}) {
+            for (const char *bad : {"2", "2.9", "3", "-1", "-2", "1e300", "nan", "-inf"}) {
+                addText(key, bad, 1, "1");
+            }
+        }
+        addNumbersOfAnySize();
     }
 
     void aTextBecomesASetting()
