@@ -35,14 +35,14 @@ add_library(glymark_options INTERFACE)
 target_link_libraries(glymark_options INTERFACE glymark_common_options)
 target_compile_definitions(glymark_options INTERFACE QT_NO_CAST_FROM_ASCII)
 
-# QSKIP() is a macro of any number of arguments, called with one. The option has to stand behind the
-# warnings, as what is linked last.
+# QSKIP() is a macro with any number of arguments, called with one. The option has to come after the
+# warnings, and so be linked last.
 add_library(glymark_one_argument INTERFACE)
 target_compile_options(glymark_one_argument INTERFACE
     $<$<CXX_COMPILER_ID:Clang>:-Wno-gnu-zero-variadic-macro-arguments>)
 
 # What the tests themselves do with pointers is left to the address sanitizer, so that they compile a
-# fifth faster. Has to stand behind the sanitizers.
+# fifth faster. Has to come after the sanitizers.
 add_library(glymark_unchecked_pointers INTERFACE)
 if(GLYMARK_SANITIZE)
     target_compile_options(glymark_unchecked_pointers INTERFACE

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 # Everything that the program is built upon, found once.
 
-# Version 5 is what is released; 6 is for the day when a distribution drops it.
+# Version 5 is released; 6 keeps the program alive when a distribution drops 5.
 set(GLYMARK_QT 5 CACHE STRING "Major version of Qt: 5 or 6")
 set_property(CACHE GLYMARK_QT PROPERTY STRINGS 5 6)
 set(qt_minimum_5 5.15)

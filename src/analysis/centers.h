@@ -6,7 +6,7 @@
 #include "analysis/patientscorerecord.h"
 
 /// The medians of the three convergence columns over all patients, each column sorted on its own
-/// (NaN behind all numbers). NaN without patients.
+/// (NaN after all numbers). NaN without patients.
 QVector<double> convergenceMedians(const QVector<PatientScoreRecord> &scores);
 /// The same for the three variability columns.
 QVector<double> variabilityMedians(const QVector<PatientScoreRecord> &scores);

@@ -26,13 +26,13 @@ double medianDifference(const QVector<double> &values);
 /// NaN for fewer than two values.
 double linearLeastSquares(const QVector<double> &values);
 
-/// Coefficient k of y = C * e^(k * x), from a weighted fit of ln y; it has no unit.
+/// Coefficient k of y = C * e^(k * x), from a weighted fit of ln y.
 ///
 /// k solves [S0 S1; S1 S2] (ln C, k) = (S3, S4) with, over all indices x, S0 = sum y,
 /// S1 = sum x y, S2 = sum y y x, S3 = sum y ln y, S4 = sum x y ln y. NaN for a series with a
 /// negative value and for fewer than two values. For a singular system the coefficient of the
 /// dropped column is 0.
 ///
-/// Required as is: S2 takes y squared times x, where the textbook's fit takes x squared times y, so
-/// that k is much smaller than the growth rate of the series.
+/// Required as is: S2 takes y squared times x, where the textbook's fit takes x squared times y.
+/// So k is much smaller than the growth rate of the series, and its size depends on the unit of y.
 double exponentialFit(const QVector<double> &values);

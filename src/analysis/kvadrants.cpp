@@ -3,8 +3,8 @@
 
 #include <cmath>
 
-// Required as is: the two halves are no mirror images, so that NaN is worse in the first and better
-// in the second.
+// Required as is: the two comparisons are not mirror images, so NaN is worse in the first and
+// better in the second.
 Mark markOf(const PatientScoreRecord &score, const PatientScoreRecord &center,
             int convergenceMethod, int variabilityMethod)
 {
@@ -40,7 +40,7 @@ int kvadrantOf(double convergence, double variability, double convergenceCenter,
 std::array<int, pairCount> pairKvadrants(const PatientScoreRecord &score,
                                          const PatientScoreRecord &medianCenter)
 {
-    // Required as is: no pair meets the medians of its own methods.
+    // Required as is: no pair is compared with the medians of its own methods.
     const double convergenceCenter = medianCenter.convergence.at(0);
     const double variabilityCenter = medianCenter.variability.at(0);
     std::array<int, pairCount> kvadrants{};

@@ -6,10 +6,10 @@
 #include "analysis/patientscorerecord.h"
 
 /// \file
-/// Every rule that says better or worse. A lower value is the better one; the rules differ in what
-/// they make of equality and of NaN.
+/// Every rule that says better or worse. A lower value is the better one; the rules differ in how
+/// they treat equality and NaN.
 ///
-/// | Rule         | Where it shows              | below   | equal     | above  | NaN on a side |
+/// | Rule         | Where it shows              | below   | equal     | above  | NaN in either |
 /// |--------------|-----------------------------|---------|-----------|--------|---------------|
 /// | `markOf`     | patient table, convergence  | B       | W         | W      | W             |
 /// | `markOf`     | patient table, variability  | B       | W         | W      | B             |
@@ -17,9 +17,9 @@
 /// | `kvadrantOf` | kvadrant of a pair          | better  | worse     | worse  | noKvadrant    |
 /// | `worseFlag`  | flag of a method            | 0       | 1         | 1      | 0             |
 ///
-/// They differ in the center as well. Mark, colour and flag hold each value against the center of
-/// its own method, the kvadrants of the pairs against those of the first two methods. Mark and
-/// colour take the center that the settings choose, kvadrant and flag always the median.
+/// They differ in the center as well. Mark, colour and flag compare each value with the center of
+/// its own method; the kvadrants of all pairs compare with the centers of the first two methods.
+/// Mark and colour use the center that the settings choose, kvadrant and flag always the median.
 
 /// The mark of a patient: better or worse than the center.
 struct Mark {
@@ -39,7 +39,7 @@ Side sideOf(double value, double center);
 /// 3 * convergence method + variability method.
 inline constexpr int pairCount = methodCount * methodCount;
 
-/// What kvadrantOf() says where a number is NaN.
+/// What kvadrantOf() returns where a number is NaN.
 inline constexpr int noKvadrant = 0;
 
 /// The kvadrant of a point: 1 worse/worse, 2 better/worse, 3 better/better, 4 worse/better
@@ -52,7 +52,7 @@ int kvadrantOf(double convergence, double variability, double convergenceCenter,
 std::array<int, pairCount> pairKvadrants(const PatientScoreRecord &score,
                                          const PatientScoreRecord &medianCenter);
 
-/// 1 where \p value is worse than \p center, otherwise 0.
+/// 1 where \p value is worse than \p center or equal to it, otherwise 0.
 int worseFlag(double value, double center);
 
 /// The flags of one patient for the methods of \p list, each against the median of its own method.

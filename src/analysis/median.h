@@ -3,9 +3,9 @@
 
 #include <QVector>
 
-/// Sorts \p values ascending, NaN behind all numbers.
+/// Sorts \p values ascending, NaN after all numbers.
 void sortAscending(QVector<double> &values);
 
 /// The median of \p values: the middle one, or half the sum of the two in the middle. NaN sorts
-/// behind all numbers. Without values the result is NaN.
+/// after all numbers. Without values the result is NaN.
 double median(QVector<double> values);

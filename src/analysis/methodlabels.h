@@ -5,7 +5,7 @@
 
 #include "analysis/patientscorerecord.h"
 
-/// One method, and what each place calls it.
+/// One method, and its label in each place.
 ///
 /// Required as is: each place has its own wording, and readers of the saved workbooks rely on it.
 struct Method {
@@ -16,7 +16,7 @@ struct Method {
     /// The header of the score table, with the axis of the result plot in brackets; source text in
     /// the context CPatientScore.
     const char *scoreTable;
-    /// The line at the foot of the result plot; source text in the context ResultSubWindow.
+    /// The line at the bottom of the result plot; source text in the context ResultSubWindow.
     const char *plot;
     /// The label of the data workbook, never translated.
     const char *dataWorkbook;

@@ -6,7 +6,7 @@
 
 /// The results of one patient, or the center of each result over all patients.
 ///
-/// Both lists hold one value a method, at the index that the settings use for it
+/// Both lists hold one value per method, at the index that the settings use for it
 /// (ConvergenceMethod, VariabilityMethod). A center has no identifier.
 struct PatientScoreRecord {
     QString id;

@@ -13,7 +13,7 @@ enum VariabilityMethod {
 };
 
 /// The three variability values of \p patient in mmol/mol, indexed by VariabilityMethod.
-/// Each says how unsteady the series is; lower is better.
+/// Each says how much the series varies; lower is better.
 QVector<double> variabilityValues(const PatientRecord &patient);
 
 /// Population standard deviation: the square root of sum((value - mean)^2) / n.

@@ -3,7 +3,7 @@
 
 #include <QString>
 
-/// Whether the code units at \p index and behind it are one character beyond U+FFFF.
+/// Whether the code unit at \p index and the next one are one character beyond U+FFFF.
 bool isSurrogatePairAt(const QString &text, int index);
 
 /// \p text with each character that an XML document cannot hold (most control characters, halves of

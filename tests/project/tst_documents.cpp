@@ -34,13 +34,13 @@ QStringList matches(const QString &text, const char *pattern)
     return found;
 }
 
-// What stands in code: between backticks, and in lines that four blanks set off.
+// All code: between backticks, and lines that are indented by four blanks.
 QStringList codeOf(const QString &text)
 {
     return between(text, "`", "`") + matches(text, "^ {4}(.*)$");
 }
 
-// The names of headings as links say them.
+// The names of headings as links write them.
 QStringList anchorsOf(const QString &text)
 {
     QStringList anchors;
@@ -69,7 +69,7 @@ QString sources()
     return content;
 }
 
-// What the sources say in string literals, with the parts of a long one joined.
+// All string literals of the sources, with the parts of a long one joined.
 QStringList literals()
 {
     QString joined = contentOf("src", {"*.cpp", "*.h"});

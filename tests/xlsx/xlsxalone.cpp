@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Links the layer of the .xlsx packages whole and alone: what is not in it or below it is not found
-// by the linker. Writes a workbook and reads it back.
+// Links the whole xlsx stage without those above it: the linker finds only what is in it or below.
+// Writes a workbook and reads it back.
 
 #include <cstdio>
 
