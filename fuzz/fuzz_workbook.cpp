@@ -89,7 +89,7 @@ void mutateBytes(QByteArray *bytes)
     bytes->truncate(static_cast<int>(mutated));
 }
 
-// Copies or moves what stands from one tag to another behind a third one.
+// Copies or moves everything from one tag to another to the place after a third one.
 void moveElements(QByteArray *xml, Engine *engine)
 {
     const int from = xml->indexOf('<', below(engine, xml->size()));

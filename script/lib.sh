@@ -10,7 +10,7 @@ script=${self##*/}
 caller=$PWD
 unset CDPATH DESTDIR
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.." || exit
-# A package made under a stricter one could be used by nobody else.
+# Nobody else could use a package made under a stricter one.
 # shellcheck disable=SC2034
 caller_umask=$(umask)
 umask 022
@@ -61,7 +61,7 @@ lock() {
 
 unlock() { exec 9>&-; }
 
-# What root made in build/, apart from whole systems, goes to whom the project belongs.
+# Gives what root made in build/, apart from whole systems, to the owner of the project.
 give_back() {
     [ "$(id -u)" -ne 0 ] || [ -O . ] ||
         find build -path build/bare -prune -o -exec chown --no-dereference --reference=. {} +
@@ -109,7 +109,7 @@ configure() (
 
 build() { cmake --build --preset "$@" -- --quiet; }
 
-# missing <package>...: those that are not installed for this machine, one a line. Packages of
+# missing <package>...: those that are not installed for this machine, one per line. Packages of
 # another architecture may stand beside them.
 missing() {
     local native

@@ -31,7 +31,7 @@ BrandingText "Glymark ${VERSION}"
 !insertmacro MUI_UNPAGE_CONFIRM
 !insertmacro MUI_UNPAGE_INSTFILES
 
-; The first one is for whoever's Windows speaks neither.
+; The first one is for a Windows in neither language.
 !insertmacro MUI_LANGUAGE "English"
 !insertmacro MUI_LANGUAGE "Czech"
 
@@ -70,7 +70,7 @@ FunctionEnd
     ${EndIf}
 !macroend
 
-; The window speaks Czech where this file lies. A file of the user's own stays as it is.
+; With this file in its folder the window speaks Czech. A file of the user's own stays as it is.
 Function settleCzechTexts
     !insertmacro hasOwnTexts
     Pop $3
@@ -149,7 +149,7 @@ Section
     Call register
 SectionEnd
 
-; Nothing but what an installer put there: no folder goes that holds something else.
+; Only what an installer put there: a folder with anything else in it stays.
 Section Uninstall
     ReadRegStr $folder HKCU "${OWN_KEY}" "Folder"
     SetOutPath "$TEMP"
