@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <array>
 #include <vector>
 
 #include <QString>
 #include <QVector>
 
-#include "analysis/kvadrants.h"
 #include "analysis/patientrecord.h"
 #include "analysis/patientscorerecord.h"
 #include "xlsx/writing/sheetwriter.h"
@@ -19,7 +17,7 @@
 ///
 /// Record k of both lists is the same patient. Every comparison is made with \p medianCenter,
 /// whatever the settings say; no value of \p averageCenter reaches the workbook. A file that cannot
-/// be written is not reported, and what stood there stays.
+/// be written is not reported, and keeps what it held.
 void writeAnalysisWorkbook(const QString &fileName, const QVector<PatientRecord> &patients,
                            const QVector<PatientScoreRecord> &scores,
                            const PatientScoreRecord &averageCenter,
@@ -29,8 +27,3 @@ void writeAnalysisWorkbook(const QString &fileName, const QVector<PatientRecord>
 std::vector<CellSheet> analysisSheets(const QVector<PatientRecord> &patients,
                                       const QVector<PatientScoreRecord> &scores,
                                       const PatientScoreRecord &medianCenter);
-
-/// Puts what the sheet of ideal kvadrants says of one patient into columns 2 to 11: the kvadrant
-/// \p ideal that the user marked; for each pair but the last 1 where its kvadrant is that one,
-/// otherwise 0; and of all nine \p kvadrants, by pair index, the share that is, from 0 to 1.
-void putIdealCells(RowCells &cells, int ideal, const std::array<int, pairCount> &kvadrants);

@@ -28,17 +28,15 @@ using Book = QVector<Sheet>;
 void put(Cells &cells, int row, int column, const QString &value);
 void put(Cells &cells, int row, int column, double value);
 
-/// What is wrong with the workbook in the file \p path, as QXlsx reads it: sheets, their order, the
-/// content and type of each cell, cells too many, formats, formulas. At most 20 lines; empty when
-/// nothing is wrong.
+/// What is wrong with the workbook in the file \p path, as QXlsx and openpyxl read it: sheets,
+/// their order, the content and type of each cell, cells too many, formats, formulas, and the
+/// charts: their place, their size, their series, and that they carry no texts. At most 20 lines;
+/// empty when nothing is wrong. On Windows, which has no openpyxl here, QXlsx alone looks, and at
+/// no chart.
 QString differences(const QString &path, const Book &book);
 
-/// The same as another program reads it, and the charts besides: their place, their size, their
-/// series, and that they carry no texts. Always empty on Windows, where that program is not.
-QString differencesElsewhere(const QString &path, const Book &book);
-
-/// The cells as a spreadsheet program reads them: "ssconvert" of Gnumeric or "soffice" of
-/// LibreOffice.
+/// The same as one program alone reads it: "openpyxl", or, for the cells only, "ssconvert" of
+/// Gnumeric or "soffice" of LibreOffice.
 QString differencesIn(const QString &program, const QString &path, const Book &book);
 
 } // namespace ExpectedSheets

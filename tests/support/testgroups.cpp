@@ -3,6 +3,8 @@
 
 #include <utility>
 
+#include <QTest>
+
 #include "analysis/centers.h"
 #include "analysis/convergence.h"
 #include "analysis/variability.h"
@@ -63,6 +65,23 @@ TestGroup TestGroup::ofScores(const QVector<QVector<double>> &convergence,
     }
     group.center();
     return group;
+}
+
+void TestGroup::addSizes()
+{
+    QTest::addColumn<int>("patientCount");
+    for (const int patientCount : {1, 2, 4, 40}) {
+        QTest::addRow("%d patients", patientCount) << patientCount;
+    }
+}
+
+void TestGroup::addOffsets(const QVector<QPair<const char *, const char *>> &offsets)
+{
+    QTest::addColumn<QByteArray>("skip");
+    QTest::addColumn<QString>("text");
+    for (const auto &[skip, text] : offsets) {
+        QTest::newRow(skip) << QByteArray(skip) << QString(text);
+    }
 }
 
 void TestGroup::analyse()

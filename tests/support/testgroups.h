@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QPair>
 #include <QString>
 #include <QVector>
 
@@ -21,6 +22,12 @@ struct TestGroup {
     /// Patients named the same way, with these results.
     static TestGroup ofScores(const QVector<QVector<double>> &convergence,
                               const QVector<QVector<double>> &variability);
+
+    /// Test data: the rows of "patientCount" for groups of one, two, some and many patients.
+    static void addSizes();
+    /// Test data: offsets as they stand in the settings file ("skip"), and what a workbook makes of
+    /// them ("text").
+    static void addOffsets(const QVector<QPair<const char *, const char *>> &offsets);
 
     /// Computes the results from the values, with the settings as they are.
     void analyse();

@@ -2,6 +2,7 @@
 #include "support/testworkbooks.h"
 
 #include <private/qzipwriter_p.h>
+#include <xlsxcellreference.h>
 #include <xlsxdocument.h>
 
 namespace TestWorkbooks
@@ -33,6 +34,31 @@ void savePackage(const QString &path, const QVector<QPair<QString, QByteArray>> 
     if (zip.status() != QZipWriter::NoError) {
         qFatal("cannot write %s", qPrintable(path));
     }
+}
+
+Saved::Saved(const QString &path) : m_document(std::make_unique<QXlsx::Document>(path)) { }
+
+Saved::~Saved() = default;
+
+QString Saved::cell(const QString &place) const
+{
+    return lineLike(place + ": ?").mid(place.size() + 2);
+}
+
+QString Saved::lineLike(const QString &line) const
+{
+    const QString place = line.section(": ", 0, 0);
+    const QString sheet = place.section(' ', 0, -2);
+    const QXlsx::CellReference first(place.section(' ', -1));
+    if (!first.isValid() || !m_document->selectSheet(sheet)) {
+        qFatal("no cell %s", qPrintable(place));
+    }
+    QStringList cells;
+    for (int i = 0; i <= line.section(": ", 1).count(' '); ++i) {
+        const QXlsx::CellReference cell(first.row(), first.column() + i);
+        cells << (m_document->cellAt(cell) ? m_document->read(cell).toString() : "-");
+    }
+    return place + ": " + cells.join(' ');
 }
 
 } // namespace TestWorkbooks

@@ -1,9 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <memory>
+
 #include <QString>
 #include <QVariant>
 #include <QVector>
+
+namespace QXlsx
+{
+class Document;
+}
 
 /// Workbooks for the tests.
 namespace TestWorkbooks
@@ -17,5 +24,23 @@ void save(const QString &path, const QVector<Row> &rows);
 
 /// Writes the parts as a package into \p path: names and contents.
 void savePackage(const QString &path, const QVector<QPair<QString, QByteArray>> &parts);
+
+/// The cells of a saved workbook as texts, read through QXlsx; "-" where there is no cell.
+class Saved
+{
+public:
+    explicit Saved(const QString &path);
+    ~Saved();
+    Q_DISABLE_COPY_MOVE(Saved)
+
+    /// The cell \p place, such as "Median B3".
+    QString cell(const QString &place) const;
+    /// A line such as "Median B3: 4 - 2", with as many cells of that row as \p line has and what
+    /// the workbook holds in them.
+    QString lineLike(const QString &line) const;
+
+private:
+    std::unique_ptr<QXlsx::Document> m_document;
+};
 
 } // namespace TestWorkbooks
