@@ -19,12 +19,13 @@ const QString dataSheet = QStringLiteral("Data");
 const QString resultSheet = QStringLiteral("Method result");
 const QString graphSheet = QStringLiteral("Graph");
 
-// Patients start in this row of "Data" and in this column of "Method result".
-constexpr int firstPatient = 2;
-constexpr int firstValueColumn = 2;
+// Patients are rows of "Data" and columns of "Method result", from here on.
+constexpr int firstPatientPlace = 2;
+constexpr int firstDataColumn = 2;
+constexpr int firstResultRow = 2;
 
-// Required as is: the offset cuts as many characters off the front of its label.
-QString labelOf(const Method &method)
+// Required as is: the offset cuts as many characters off the start of its label.
+QString clippedLabel(const Method &method)
 {
     const auto label = QLatin1String(method.dataWorkbook);
     const quint64 clipped = method.labelHasOffset ? CConfig::instance().skip() : 0;
@@ -40,63 +41,46 @@ int largestValueCount(const Patients &patients)
     return count;
 }
 
-/// One row a patient, below the numbers of the values.
+/// The ordinals of the values, below them one row per patient.
 SheetRows dataRows(const Patients &patients)
 {
     const auto fill = [&patients, count = largestValueCount(patients)](int row, RowCells &cells) {
-        if (row < firstPatient) {
+        if (row < firstPatientPlace) {
             for (int i = 0; i < count; ++i) {
-                cells.number(firstValueColumn + i, i + 1);
+                cells.number(firstDataColumn + i, i + 1);
             }
             return;
         }
-        const PatientRecord &patient = patients.at(row - firstPatient);
+        const PatientRecord &patient = patients.at(row - firstPatientPlace);
         cells.text(1, patient.id);
         for (int i = 0; i < patient.values.size(); ++i) {
-            cells.number(firstValueColumn + i, patient.values.at(i));
+            cells.number(firstDataColumn + i, patient.values.at(i));
         }
     };
-    return {firstPatient - 1 + int(patients.size()), fill};
+    return {firstPatientPlace - 1 + int(patients.size()), fill};
 }
 
-/// A row of "Method result": a method, and where its results stand.
-struct ResultRow {
-    const Method *method;
-    ScoreList values;
-    int index;
-};
-
-QVector<ResultRow> resultRowList()
-{
-    QVector<ResultRow> rows;
-    for (int i = 0; i < methodCount; ++i) {
-        rows.append({&convergenceMethods.at(size_t(i)), &PatientScoreRecord::convergence, i});
-    }
-    for (int i = 0; i < methodCount; ++i) {
-        rows.append({&variabilityMethods.at(size_t(i)), &PatientScoreRecord::variability, i});
-    }
-    return rows;
-}
-
-/// One row a method, below the identifiers.
+/// The identifiers, below them one row per method, those of convergence first.
 SheetRows resultRows(const Patients &patients, const Scores &scores)
 {
-    constexpr int firstMethodRow = 2;
-    const QVector<ResultRow> rows = resultRowList();
-    const auto fill = [&patients, &scores, rows](int row, RowCells &cells) {
-        if (row < firstMethodRow) {
-            for (int k = 0; k < patients.size(); ++k) {
-                cells.text(firstPatient + k, patients.at(k).id);
+    const auto fill = [&patients, &scores](int row, RowCells &cells) {
+        if (row < firstResultRow) {
+            for (int patient = 0; patient < patients.size(); ++patient) {
+                cells.text(firstPatientPlace + patient, patients.at(patient).id);
             }
             return;
         }
-        const ResultRow &result = rows.at(row - firstMethodRow);
-        cells.text(1, labelOf(*result.method));
-        for (int k = 0; k < scores.size(); ++k) {
-            cells.number(firstPatient + k, (scores.at(k).*result.values).at(result.index));
+        const bool isConvergence = row < firstResultRow + methodCount;
+        const int method = (row - firstResultRow) % methodCount;
+        const ScoreList list =
+            isConvergence ? &PatientScoreRecord::convergence : &PatientScoreRecord::variability;
+        const Methods &methods = isConvergence ? convergenceMethods : variabilityMethods;
+        cells.text(1, clippedLabel(methods.at(size_t(method))));
+        for (int patient = 0; patient < scores.size(); ++patient) {
+            cells.number(firstPatientPlace + patient, (scores.at(patient).*list).at(method));
         }
     };
-    return {firstMethodRow - 1 + int(rows.size()), fill};
+    return {firstResultRow - 1 + 2 * methodCount, fill};
 }
 
 void addGraph(WorkbookWriter &workbook, const Patients &patients)
@@ -106,12 +90,11 @@ void addGraph(WorkbookWriter &workbook, const Patients &patients)
     chart->setChartType(QXlsx::Chart::CT_ScatterChart);
     // Spreadsheet programs call a workbook with a larger chart damaged.
     const int count = std::min(int(patients.size()), WorkbookWriter::largestSeriesCount);
-    for (int k = 0; k < count; ++k) {
-        const int row = firstPatient + k;
-        const int lastColumn = firstValueColumn - 1 + int(patients.at(k).values.size());
-        chart->addSeries(
-            {row, firstValueColumn, row, std::min(lastColumn, RowCells::largestColumn)},
-            workbook.sheet(dataSheet));
+    for (int patient = 0; patient < count; ++patient) {
+        const int row = firstPatientPlace + patient;
+        const int lastColumn = firstDataColumn - 1 + int(patients.at(patient).values.size());
+        chart->addSeries({row, firstDataColumn, row, std::min(lastColumn, RowCells::largestColumn)},
+                         workbook.sheet(dataSheet));
     }
 }
 

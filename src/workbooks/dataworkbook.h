@@ -11,12 +11,11 @@
 #include "xlsx/writing/sheetwriter.h"
 
 /// Writes the data workbook to the file \p fileName: the sheet "Data" with all measured values, one
-/// row a patient, the sheet "Method result" with the six results, one column a patient, and the
+/// row per patient, the sheet "Method result" with the six results, one column per patient, and the
 /// sheet "Graph" with a scatter chart of the values.
 ///
 /// Record k of both lists is the same patient. The setting "Skip" shortens one of the labels. A
-/// file that cannot be written is not reported, and what stood there stays; the result is always
-/// true.
+/// file that cannot be written is not reported, and keeps what it held; the result is always true.
 bool writeDataWorkbook(const QString &fileName, const QVector<PatientRecord> &patients,
                        const QVector<PatientScoreRecord> &scores);
 

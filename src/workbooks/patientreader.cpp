@@ -12,7 +12,7 @@ namespace
 constexpr int firstPatientRow = 2;
 constexpr int identifierColumn = 1;
 constexpr int firstValueColumn = 2;
-// Reserved for each patient: one allocation a row, as hardly anybody has more measurements.
+// Reserved for each patient: one allocation per row, as hardly anybody has more measurements.
 constexpr int expectedValues = 1000;
 
 } // namespace

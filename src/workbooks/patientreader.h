@@ -18,8 +18,8 @@ struct LoadedPatients {
     LoadError error;
 };
 
-/// Loads the workbook in the file \p path and reads all patients of its sheet. Without an error
-/// the list may still be empty: such a workbook has no patient rows.
+/// Loads the workbook in the file \p path and reads all patients of its sheet. The list may be
+/// empty without an error, if the workbook has no patient rows.
 LoadedPatients loadPatients(const QString &path);
 
 /// Number of patient rows of the current sheet of \p document: from row 2 down to the first row
@@ -27,12 +27,12 @@ LoadedPatients loadPatients(const QString &path);
 int readPatientCount(const QXlsx::Document &document);
 
 /// The values of the patient with the index \p patient, counted from 0 (workbook row
-/// \p patient + 2), from column 2 on up to the first cell that converts to 0: a blank cell, text
-/// that is no number and a measured 0 all end the row. Negative numbers, and text that says "nan",
-/// are values.
+/// \p patient + 2), from column 2 on up to the first cell that converts to 0: a blank cell, a text
+/// that is not a number and a measured 0 all end the row. Negative numbers and the text "nan" are
+/// values.
 QVector<double> readPatientValues(const QXlsx::Document &document, int patient);
 
-/// The text of column 1 of the workbook row \p row, counted from 1, with its blanks.
+/// The text in column 1 of the workbook row \p row, counted from 1, with its blanks.
 QString readPatientId(const QXlsx::Document &document, int row);
 
 /// All patients of the current sheet in row order, each without an ideal kvadrant.

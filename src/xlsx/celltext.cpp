@@ -17,7 +17,7 @@ constexpr QChar replacement = QChar::ReplacementCharacter;
 constexpr QChar ellipsis(0x2026);
 // Length of _xHHHH_.
 constexpr int escapeLength = 7;
-// More than any number in full has: 309 digits before and 1,074 after the point.
+// More characters than any double has in full: 309 digits before and 1,074 after the point.
 constexpr int longestNumber = 1500;
 
 int hexDigit(QChar character)
@@ -30,7 +30,7 @@ int hexDigit(QChar character)
     return letter >= 'a' && letter <= 'f' ? letter - 'a' + 10 : -1;
 }
 
-// The code unit that the escape at \p position stands for, or -1 if none begins there.
+// The code unit of the escape at \p position, or -1 if none begins there.
 int escapedUnit(const QString &text, int position)
 {
     if (position + escapeLength > text.size() || text.at(position + 1) != QLatin1Char('x')
@@ -63,7 +63,7 @@ void decodeEscapes(QString *text)
     *text = decoded;
 }
 
-// A text that looks like an escape is written as one of its first character.
+// Where a text looks like an escape, escape its first character.
 void escapeEscapes(QString *text)
 {
     static const QString escapedUnderscore = QStringLiteral("_x005F_");
@@ -86,8 +86,8 @@ void unifyLineEnds(QString *text)
     text->replace(QLatin1Char('\r'), QLatin1Char('\n'));
 }
 
-// Whether the code unit may be a control character, half of a pair or no character at all. Nearly
-// all texts have no such unit and need no second look.
+// Whether the code unit may be a control character, half of a surrogate pair or no character at
+// all. Nearly no text has such a unit.
 bool isSuspect(ushort unit)
 {
     return unit < 0x20 || (unit >= 0x7f && unit < 0xa0) || unit >= 0xd800;
@@ -153,7 +153,7 @@ const char *skipDigits(const char *from)
     return from;
 }
 
-// [+-] digits [. digits] [e [+-] digits], with digits on one side of the point at least.
+// [+-] digits [. digits] [e [+-] digits], with digits on at least one side of the point.
 bool isDecimal(const QByteArray &text)
 {
     const char *at = text.constData();
@@ -224,8 +224,8 @@ bool toNumber(const QByteArray &text, double *value)
         return false;
     }
     // Below the smallest number the conversion reports a failure and gives 0, which is right.
-    // Beyond the largest one bytes give infinity or 0, as the release of the toolkit has it; texts
-    // do not.
+    // Beyond the largest one QByteArray gives infinity or 0 depending on the Qt release, QString
+    // does not.
     bool isInRange = false;
     *value = number.toDouble(&isInRange);
     if (!isInRange) {
@@ -241,11 +241,11 @@ QString plainDigits(const QByteArray &number)
     if (exponentAt < 0) {
         return QString::fromLatin1(mantissa);
     }
-    bool known = false;
-    const int exponent = mantissa.mid(exponentAt + 1).toInt(&known);
+    bool ok = false;
+    const int exponent = mantissa.mid(exponentAt + 1).toInt(&ok);
     mantissa.truncate(exponentAt);
-    // Beyond these exponents only a mantissa of 0 is a finite number, or one that rounds to 0.
-    if (!known || exponent < -longestNumber || exponent > longestNumber) {
+    // Beyond these exponents a finite number is 0 or rounds to 0.
+    if (!ok || exponent < -longestNumber || exponent > longestNumber) {
         return QStringLiteral("0");
     }
     const QByteArray sign = mantissa.startsWith('-') ? "-" : "";

@@ -4,28 +4,29 @@
 #include <QByteArray>
 #include <QString>
 
-/// Texts and numbers as they stand in the XML of a workbook.
+/// Texts and numbers as the XML of a workbook holds them.
 namespace CellText
 {
 
-/// The text of \p utf8, with escapes such as _x000D_ decoded. Tabs and line feeds stay, and CR and
-/// CR LF become line feeds; a blank stands for what else moves to another line, U+FFFD for other
-/// control characters, for halves of surrogate pairs and for code points that are no characters. A
-/// text longer than the format allows is cut and ends with an ellipsis, so that what is left of it
-/// never reads as a number.
+/// The text of \p utf8, with escapes such as _x000D_ decoded. Tabs and line feeds stay, CR and CR
+/// LF become line feeds, and other characters that start a line become blanks. Other control
+/// characters, unpaired surrogates and code points that are no characters become U+FFFD. A text
+/// longer than the format allows is cut and ends with an ellipsis, so that the rest never reads as
+/// a number.
 QString decode(const QByteArray &utf8);
 
 /// \p text as the content of an XML element, in UTF-8. CR and CR LF become line feeds, characters
-/// that a workbook cannot hold U+FFFD, and it ends after as many UTF-16 units as the format allows.
-/// What looks like an escape is escaped, so that decode() gives it back as it is.
+/// that a workbook cannot hold become U+FFFD, and a text longer than the format allows is cut. What
+/// looks like an escape is escaped, so that decode() returns it unchanged.
 QByteArray encode(const QString &text);
 
-/// Sets \p value to the finite number that \p text is, blanks around it allowed, and returns true;
-/// false if it is none. The notation is that of XML Schema, without its names for infinity and NaN.
+/// Sets \p value to the finite number in \p text, with blanks around it or not, and returns true;
+/// false if there is none. The notation is that of XML Schema, without its names for infinity and
+/// NaN.
 bool toNumber(const QByteArray &text, double *value);
 
-/// The digits of \p number, for which toNumber holds, as they stand there without blanks around
-/// them; written out in full where an exponent shortens them: "1E+06" gives "1000000".
+/// The digits of \p number, which toNumber() accepts, without the blanks around them, and in full
+/// where it has an exponent: "1E+06" gives "1000000".
 QString plainDigits(const QByteArray &number);
 
 } // namespace CellText

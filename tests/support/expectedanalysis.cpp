@@ -10,7 +10,7 @@ using ExpectedSheets::put;
 namespace
 {
 
-// "$" stands for the offset.
+// "$" is the place of the offset.
 const QStringList pairLabels = {
     "Median difference + Standard Deviation",
     "Median difference + Difference standard Deviation + offset $",
@@ -21,19 +21,6 @@ const QStringList pairLabels = {
     "C*e^(k*x) + Standard Deviation",
     "C*e^(k*x) + Difference standard Deviation + offset $",
     "C*e^(k*x) + Interquartile range",
-};
-
-const QStringList pairReferences = {
-    "Reference: Median difference + Standard Deviation",
-    "Reference: Median difference + Difference standard Deviation + offset $",
-    "Reference: Median difference + Interquartile range",
-    "Reference: Simple linear regression + Standard Deviation",
-
-    "Reference: Simple linear regression + Difference standard Deviation + offset $",
-    "Reference: Simple linear regression + Interquartile range",
-    "Reference: C*e^(k*x) + Standard Deviation",
-    "Reference: C*e^(k*x) + Difference standard Deviation + offset $",
-    "Reference: C*e^(k*x) + Interquartile range",
 };
 
 struct MethodSheet {
@@ -67,24 +54,26 @@ QString withSkip(QString text, const QString &skipText)
     return text.replace('$', skipText);
 }
 
-int expectedKvadrant(const TestGroup &group, int k, int pair)
+int expectedKvadrant(const TestGroup &group, int patient, int pair)
 {
-    const double c = group.scores.at(k).convergence.at(pair / 3);
-    const double v = group.scores.at(k).variability.at(pair % 3);
-    const double mc = group.medianCenter.convergence.at(0);
-    const double mv = group.medianCenter.variability.at(0);
-    if (qIsNaN(c) || qIsNaN(v) || qIsNaN(mc) || qIsNaN(mv)) {
+    const double convergence = group.scores.at(patient).convergence.at(pair / 3);
+    const double variability = group.scores.at(patient).variability.at(pair % 3);
+    const double convergenceMedian = group.medianCenter.convergence.at(0);
+    const double variabilityMedian = group.medianCenter.variability.at(0);
+    if (qIsNaN(convergence) || qIsNaN(variability) || qIsNaN(convergenceMedian)
+        || qIsNaN(variabilityMedian)) {
         return 0;
     }
-    const QString mark = QString(c < mc ? "B/" : "W/") + QString(v < mv ? "B" : "W");
+    const QString mark = QString(convergence < convergenceMedian ? "B/" : "W/")
+        + QString(variability < variabilityMedian ? "B" : "W");
     return int(QStringList({"W/W", "B/W", "B/B", "W/B"}).indexOf(mark)) + 1;
 }
 
-int expectedFlag(const TestGroup &group, int k, bool convergence, int method)
+int expectedFlag(const TestGroup &group, int patient, bool convergence, int method)
 {
     const auto list =
         convergence ? &PatientScoreRecord::convergence : &PatientScoreRecord::variability;
-    const double value = (group.scores.at(k).*list).at(method);
+    const double value = (group.scores.at(patient).*list).at(method);
     const double median = (group.medianCenter.*list).at(method);
     if (qIsNaN(value) || qIsNaN(median)) {
         return 0;
@@ -98,10 +87,10 @@ public:
     Expectation(const TestGroup &group, QString skipText)
         : m_group(group), m_skip(std::move(skipText))
     {
-        for (int k = 0; k < group.patients.size(); ++k) {
+        for (int patient = 0; patient < group.patients.size(); ++patient) {
             QVector<int> row;
             for (int pair = 0; pair < 9; ++pair) {
-                row.append(expectedKvadrant(group, k, pair));
+                row.append(expectedKvadrant(group, patient, pair));
             }
             m_kvadrants.append(row);
         }
@@ -128,7 +117,7 @@ public:
     }
 
 private:
-    int kvadrant(int k, int pair) const { return m_kvadrants.at(k).at(pair); }
+    int kvadrant(int patient, int pair) const { return m_kvadrants.at(patient).at(pair); }
 
     int count() const { return int(m_group.patients.size()); }
 
@@ -139,8 +128,8 @@ private:
 
     void identifiers(Cells &cells, int firstRow, int column) const
     {
-        for (int k = 0; k < count(); ++k) {
-            put(cells, firstRow + k, column, m_group.patients.at(k).id);
+        for (int patient = 0; patient < count(); ++patient) {
+            put(cells, firstRow + patient, column, m_group.patients.at(patient).id);
         }
     }
 
@@ -151,9 +140,9 @@ private:
         identifiers(cells, 2, 1);
         for (int pair = 0; pair < 9; ++pair) {
             label(cells, 1, pair + 2, pairLabels.at(pair));
-            for (int k = 0; k < count(); ++k) {
-                if (kvadrant(k, pair) > 0) {
-                    put(cells, k + 2, pair + 2, kvadrant(k, pair));
+            for (int patient = 0; patient < count(); ++patient) {
+                if (kvadrant(patient, pair) > 0) {
+                    put(cells, patient + 2, pair + 2, kvadrant(patient, pair));
                 }
             }
         }
@@ -166,7 +155,7 @@ private:
     {
         Cells cells;
         label(cells, 1, 1, "Patient ID/Methods");
-        label(cells, 1, 2, pairReferences.at(reference));
+        label(cells, 1, 2, "Reference: " + pairLabels.at(reference));
         label(cells, 1, 11, "% same as reference");
         identifiers(cells, 2, 1);
         QVector<int> same(count(), 0);
@@ -177,15 +166,15 @@ private:
             } else {
                 label(cells, 1, c + 3, pairLabels.at(pair));
             }
-            for (int k = 0; k < count(); ++k) {
-                const bool agrees = kvadrant(k, pair) == kvadrant(k, reference);
-                put(cells, k + 2, c + 3, agrees ? 1 : 0);
-                same[k] += agrees ? 1 : 0;
+            for (int patient = 0; patient < count(); ++patient) {
+                const bool agrees = kvadrant(patient, pair) == kvadrant(patient, reference);
+                put(cells, patient + 2, c + 3, agrees ? 1 : 0);
+                same[patient] += agrees ? 1 : 0;
             }
         }
-        for (int k = 0; k < count(); ++k) {
-            put(cells, k + 2, 2, kvadrant(k, reference));
-            put(cells, k + 2, 11, same.at(k) * 0.125);
+        for (int patient = 0; patient < count(); ++patient) {
+            put(cells, patient + 2, 2, kvadrant(patient, reference));
+            put(cells, patient + 2, 11, same.at(patient) * 0.125);
         }
         label(cells, 5, 13, "Information");
         label(cells, 6, 13, "First column: Patient ID");
@@ -204,9 +193,9 @@ private:
             const int right = t % 8 < left ? t % 8 : t % 8 + 1;
             label(cells, 1, 2 + 3 * t, pairLabels.at(left));
             label(cells, 1, 3 + 3 * t, pairLabels.at(right));
-            for (int k = 0; k < count(); ++k) {
-                put(cells, k + 2, 2 + 3 * t, kvadrant(k, left));
-                put(cells, k + 2, 3 + 3 * t, kvadrant(k, right));
+            for (int patient = 0; patient < count(); ++patient) {
+                put(cells, patient + 2, 2 + 3 * t, kvadrant(patient, left));
+                put(cells, patient + 2, 3 + 3 * t, kvadrant(patient, right));
             }
         }
         return {"AnovaMedian", cells, {}};
@@ -227,10 +216,10 @@ private:
         label(cells, 2, 9, "Interquartile range");
         identifiers(cells, 3, 1);
         identifiers(cells, 3, 6);
-        for (int k = 0; k < count(); ++k) {
+        for (int patient = 0; patient < count(); ++patient) {
             for (int method = 0; method < 3; ++method) {
-                put(cells, k + 3, method + 2, expectedFlag(m_group, k, true, method));
-                put(cells, k + 3, method + 7, expectedFlag(m_group, k, false, method));
+                put(cells, patient + 3, method + 2, expectedFlag(m_group, patient, true, method));
+                put(cells, patient + 3, method + 7, expectedFlag(m_group, patient, false, method));
             }
         }
         label(cells, 5, 11, "Information");
@@ -248,16 +237,17 @@ private:
         label(cells, 1, 4, sheet.fourthHeading);
         label(cells, 1, 5, "% same as reference");
         identifiers(cells, 2, 1);
-        for (int k = 0; k < count(); ++k) {
-            const int reference = expectedFlag(m_group, k, sheet.convergence, sheet.reference);
+        for (int patient = 0; patient < count(); ++patient) {
+            const int reference =
+                expectedFlag(m_group, patient, sheet.convergence, sheet.reference);
             const bool third =
-                expectedFlag(m_group, k, sheet.convergence, sheet.thirdColumn) == reference;
+                expectedFlag(m_group, patient, sheet.convergence, sheet.thirdColumn) == reference;
             const bool fourth =
-                expectedFlag(m_group, k, sheet.convergence, sheet.fourthColumn) == reference;
-            put(cells, k + 2, 2, reference);
-            put(cells, k + 2, 3, third ? 1 : 0);
-            put(cells, k + 2, 4, fourth ? 1 : 0);
-            put(cells, k + 2, 5, (third ? 0.5 : 0.0) + (fourth ? 0.5 : 0.0));
+                expectedFlag(m_group, patient, sheet.convergence, sheet.fourthColumn) == reference;
+            put(cells, patient + 2, 2, reference);
+            put(cells, patient + 2, 3, third ? 1 : 0);
+            put(cells, patient + 2, 4, fourth ? 1 : 0);
+            put(cells, patient + 2, 5, (third ? 0.5 : 0.0) + (fourth ? 0.5 : 0.0));
         }
         label(cells, 5, 7, "Information");
         label(cells, 6, 7, "First column: Patient ID");
@@ -278,9 +268,11 @@ private:
             const int right = pairs.at(t).second;
             label(cells, 1, 1 + 3 * t, labels.at(left));
             label(cells, 1, 2 + 3 * t, labels.at(right));
-            for (int k = 0; k < count(); ++k) {
-                put(cells, k + 2, 1 + 3 * t, expectedFlag(m_group, k, convergence, left));
-                put(cells, k + 2, 2 + 3 * t, expectedFlag(m_group, k, convergence, right));
+            for (int patient = 0; patient < count(); ++patient) {
+                put(cells, patient + 2, 1 + 3 * t,
+                    expectedFlag(m_group, patient, convergence, left));
+                put(cells, patient + 2, 2 + 3 * t,
+                    expectedFlag(m_group, patient, convergence, right));
             }
         }
         return {name, cells, {}};
@@ -296,18 +288,18 @@ private:
             label(cells, 1, pair + 3, pairLabels.at(pair));
         }
         identifiers(cells, 2, 1);
-        for (int k = 0; k < count(); ++k) {
-            const int ideal = m_group.patients.at(k).idealKvadrant;
-            put(cells, k + 2, 2, ideal);
+        for (int patient = 0; patient < count(); ++patient) {
+            const int ideal = m_group.patients.at(patient).idealKvadrant;
+            put(cells, patient + 2, 2, ideal);
             double hits = 0;
             for (int pair = 0; pair < 9; ++pair) {
-                const bool hit = ideal != -1 && kvadrant(k, pair) == ideal;
+                const bool hit = ideal != -1 && kvadrant(patient, pair) == ideal;
                 hits += hit ? 1 : 0;
                 if (pair < 8) {
-                    put(cells, k + 2, pair + 3, hit ? 1 : 0);
+                    put(cells, patient + 2, pair + 3, hit ? 1 : 0);
                 }
             }
-            put(cells, k + 2, 11, hits / 9.0);
+            put(cells, patient + 2, 11, hits / 9.0);
         }
         return {"IdealCompare", cells, {}};
     }
@@ -327,9 +319,9 @@ Book book(const TestGroup &group, const QString &skipText)
     return Expectation(group, skipText).book();
 }
 
-int kvadrant(const TestGroup &group, int k, int pair)
+int kvadrant(const TestGroup &group, int patient, int pair)
 {
-    return expectedKvadrant(group, k, pair);
+    return expectedKvadrant(group, patient, pair);
 }
 
 QString pairLabel(int pair, const QString &skipText)

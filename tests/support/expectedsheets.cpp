@@ -81,7 +81,7 @@ void compare(const Sheet &expected, const Cells &actual, QStringList &found)
         if (!actual.contains(at)) {
             found.append(place + "missing " + described(expected.cells.value(at)));
         } else if (!expected.cells.contains(at)) {
-            found.append(place + "too much " + described(actual.value(at)));
+            found.append(place + "unexpected " + described(actual.value(at)));
         } else if (!same(actual.value(at), expected.cells.value(at))) {
             found.append(place + described(actual.value(at)) + " instead of "
                          + described(expected.cells.value(at)));
@@ -126,7 +126,8 @@ QByteArray asJson(const Book &book)
     return QJsonDocument(sheets).toJson(QJsonDocument::Compact);
 }
 
-// Writes what the workbook in the file \p path has to hold beside it; empty when there is no place.
+// Writes what the workbook in the file \p path has to hold into a file beside it, and returns that
+// file's name; empty when it cannot be written.
 QString expectationFor(const QString &path, const Book &book)
 {
     QFile file(path + ".json");
@@ -142,7 +143,7 @@ constexpr bool hasOtherReader = true;
 #endif
 constexpr int longestAnswer = 300000; // milliseconds
 
-// The script that reads with another library, started once: to start takes it longer than to read.
+// The script that reads with openpyxl, started only once, as starting takes longer than reading.
 class OtherReader
 {
 public:
@@ -183,7 +184,7 @@ private:
     QProcess m_process;
 };
 
-// As long as there is an application, without which a process cannot be waited for.
+// Ends with the application, without which nobody can wait for a process.
 OtherReader &otherReader()
 {
     static std::unique_ptr<OtherReader> reader;
@@ -194,7 +195,7 @@ OtherReader &otherReader()
     return *reader;
 }
 
-// What the script that calls a program says of the workbook; empty when it says "ok".
+// What the script that runs a program says about the workbook; empty when it says "ok".
 QString complaintOf(const QString &program, const QString &path, const QString &expectation)
 {
     QProcess reader;

@@ -15,15 +15,15 @@ struct HandmadeWorkbook {
 
     /// Namespaces of the parts: transitional or strict.
     QByteArray kind = transitional;
-    /// Inside of <sheetData>.
+    /// Content of <sheetData>.
     QByteArray rows;
-    /// Inside of <sst>; without it there is no such part.
+    /// Content of <sst>; without it there is no such part.
     QByteArray strings;
-    /// Inside of <styleSheet>; without it there is no such part.
+    /// Content of <styleSheet>; without it there is no such part.
     QByteArray styles;
-    /// Inside of <workbook> before the sheets.
+    /// Content of <workbook> before the sheets.
     QByteArray properties;
-    /// Inside of <sheets>; the relationship of the sheet with the rows is "sheet".
+    /// Content of <sheets>; the relationship of the sheet with the rows is "sheet".
     QByteArray sheets = R"(<sheet name="One" sheetId="1" r:id="sheet"/>)";
     /// More relationships of the workbook.
     QByteArray relationships;
@@ -34,7 +34,7 @@ struct HandmadeWorkbook {
     QString workbookPart = "xl/workbook.xml";
     QString relationshipsPart = "xl/_rels/workbook.xml.rels";
     QString sheetPart = "xl/worksheets/sheet1.xml";
-    /// Parts as they stand, beside the others or instead of those of the same name.
+    /// Further parts, as they are; one replaces another part of the same name.
     Parts more;
 
     /// A whole part with the root element \p name around \p content.

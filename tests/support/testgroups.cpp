@@ -12,15 +12,6 @@
 namespace
 {
 
-PatientRecord patient(const QString &id, const QVector<double> &values, int ideal)
-{
-    PatientRecord record;
-    record.id = id;
-    record.values = values;
-    record.idealKvadrant = ideal;
-    return record;
-}
-
 QString letter(int index)
 {
     return {QChar::fromLatin1(char('A' + index))};
@@ -31,15 +22,15 @@ QString letter(int index)
 TestGroup TestGroup::ofSize(int count)
 {
     TestGroup group;
-    for (int k = 0; k < count; ++k) {
+    for (int patient = 0; patient < count; ++patient) {
         QVector<double> values;
-        const int length = 2 + k * 7 % 19;
+        const int length = 2 + patient * 7 % 19;
         for (int i = 0; i < length; ++i) {
             // Thirds, so that a value takes all digits of a double.
-            values.append(40 + (k * 31 + i * 17 + i * i * k) % 97 / 3.0);
+            values.append(40 + (patient * 31 + i * 17 + i * i * patient) % 97 / 3.0);
         }
-        const int ideal = k % 5 == 0 ? PatientRecord::noIdealKvadrant : k % 5;
-        group.patients.append(patient(QString("Patient %1").arg(k + 1), values, ideal));
+        const int ideal = patient % 5 == 0 ? PatientRecord::noIdealKvadrant : patient % 5;
+        group.patients.append({QString("Patient %1").arg(patient + 1), values, ideal});
     }
     group.analyse();
     return group;
@@ -48,8 +39,9 @@ TestGroup TestGroup::ofSize(int count)
 TestGroup TestGroup::ofValues(const QVector<QVector<double>> &values)
 {
     TestGroup group;
-    for (int k = 0; k < values.size(); ++k) {
-        group.patients.append(patient(letter(k), values.at(k), PatientRecord::noIdealKvadrant));
+    for (int patient = 0; patient < values.size(); ++patient) {
+        group.patients.append(
+            {letter(patient), values.at(patient), PatientRecord::noIdealKvadrant});
     }
     group.analyse();
     return group;
@@ -59,9 +51,9 @@ TestGroup TestGroup::ofScores(const QVector<QVector<double>> &convergence,
                               const QVector<QVector<double>> &variability)
 {
     TestGroup group;
-    for (int k = 0; k < convergence.size(); ++k) {
-        group.patients.append(patient(letter(k), {1, 2}, PatientRecord::noIdealKvadrant));
-        group.scores.append({letter(k), convergence.at(k), variability.at(k)});
+    for (int patient = 0; patient < convergence.size(); ++patient) {
+        group.patients.append({letter(patient), {1, 2}, PatientRecord::noIdealKvadrant});
+        group.scores.append({letter(patient), convergence.at(patient), variability.at(patient)});
     }
     group.center();
     return group;

@@ -8,14 +8,14 @@
 #include "analysis/patientrecord.h"
 #include "analysis/patientscorerecord.h"
 
-/// Patients with everything that the workbooks are written from.
+/// Patients, with everything that goes into the workbooks.
 struct TestGroup {
     QVector<PatientRecord> patients;
     QVector<PatientScoreRecord> scores;
     PatientScoreRecord averageCenter;
     PatientScoreRecord medianCenter;
 
-    /// \p count patients with 2 to 20 values each, all marks among them, and their results.
+    /// \p count patients with 2 to 20 values each, with all marks among them, and their results.
     static TestGroup ofSize(int count);
     /// The patients with these values, unmarked and named "A", "B" and so on, and their results.
     static TestGroup ofValues(const QVector<QVector<double>> &values);
@@ -25,7 +25,7 @@ struct TestGroup {
 
     /// Test data: the rows of "patientCount" for groups of one, two, some and many patients.
     static void addSizes();
-    /// Test data: offsets as they stand in the settings file ("skip"), and what a workbook makes of
+    /// Test data: offsets as written in the settings file ("skip"), and what a workbook makes of
     /// them ("text").
     static void addOffsets(const QVector<QPair<const char *, const char *>> &offsets);
 

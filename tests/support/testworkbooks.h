@@ -19,10 +19,10 @@ namespace TestWorkbooks
 /// One row of cells, from column 1 on; an invalid variant leaves its cell out.
 using Row = QVector<QVariant>;
 
-/// Saves \p rows below a header row as the workbook \p path, through QXlsx.
+/// Saves \p rows below a header row in the workbook \p path, through QXlsx.
 void save(const QString &path, const QVector<Row> &rows);
 
-/// Writes the parts as a package into \p path: names and contents.
+/// Writes a package of the parts, names and contents, into \p path.
 void savePackage(const QString &path, const QVector<QPair<QString, QByteArray>> &parts);
 
 /// The cells of a saved workbook as texts, read through QXlsx; "-" where there is no cell.

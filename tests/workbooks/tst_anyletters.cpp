@@ -20,7 +20,7 @@
 namespace
 {
 
-// Whether the system's names of files are texts of the locale.
+// Whether the system encodes file names by the locale.
 #ifdef Q_OS_WIN
 constexpr bool narrowNames = false;
 #else
@@ -29,7 +29,7 @@ constexpr bool narrowNames = true;
 
 } // namespace
 
-/// Folders and files with any letters in their names, on every system.
+/// Folders and files may have any letters in their names, on every system.
 class TestAnyLetters : public QObject
 {
     Q_OBJECT
@@ -54,8 +54,8 @@ private Q_SLOTS:
 
     void cleanup() { m_folder.reset(); }
 
-    void survivesHalfALetter_data() { names(); }
-    void survivesHalfALetter()
+    void survivesUnpairedSurrogate_data() { names(); }
+    void survivesUnpairedSurrogate()
     {
         QFETCH(const QString, name);
         const QString path = QDir::current().filePath(name + QChar(0xd800));
@@ -107,7 +107,7 @@ private Q_SLOTS:
     }
 
 #ifdef Q_OS_WIN
-    // As a spreadsheet program has it.
+    // As spreadsheet programs lock it.
     void leavesAFileAloneThatIsLocked_data()
     {
         names();
@@ -140,7 +140,7 @@ private Q_SLOTS:
         QVERIFY(QFile::setPermissions(name, QFile::ReadOwner | QFile::WriteOwner));
     }
 #else
-    // Whoever has the file open goes on reading what was there.
+    // A program that has the file open goes on reading the old content.
     void savesOverAFileThatIsOpenElsewhere_data()
     {
         names();

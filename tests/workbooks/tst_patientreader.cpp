@@ -224,8 +224,8 @@ private Q_SLOTS:
         QTest::newRow("not a number") << "nan" << Series{5, notANumber, 7};
         QTest::newRow("infinity") << "inf" << Series{5, infinity, 7};
         QTest::newRow("decimal comma") << "55,5" << ended;
-        QTest::newRow("unit behind") << "55 mmol/mol" << ended;
-        QTest::newRow("letter behind") << "55x" << ended;
+        QTest::newRow("unit at the end") << "55 mmol/mol" << ended;
+        QTest::newRow("letter at the end") << "55x" << ended;
         QTest::newRow("two numbers") << "5 5" << ended;
         QTest::newRow("hexadecimal") << "0x10" << ended;
         QTest::newRow("zero") << "0" << ended;

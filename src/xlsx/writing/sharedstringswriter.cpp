@@ -7,8 +7,8 @@
 namespace
 {
 
-// Without being told so, some readers drop the blanks at the ends and make lines one.
-bool needsItsBlanks(const QByteArray &text)
+// Without the attribute some readers drop blanks at the ends and join lines.
+bool needsPreserving(const QByteArray &text)
 {
     return text.startsWith(' ') || text.endsWith(' ') || text.contains('\n') || text.contains('\t');
 }
@@ -16,7 +16,7 @@ bool needsItsBlanks(const QByteArray &text)
 QByteArray item(const QString &text)
 {
     const QByteArray encoded = CellText::encode(text);
-    return (needsItsBlanks(encoded) ? R"(<si><t xml:space="preserve">)" : "<si><t>") + encoded
+    return (needsPreserving(encoded) ? R"(<si><t xml:space="preserve">)" : "<si><t>") + encoded
         + "</t></si>";
 }
 

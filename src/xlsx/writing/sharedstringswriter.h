@@ -6,24 +6,32 @@
 #include <QString>
 #include <QVector>
 
-/// The texts of a workbook, each held once, and their XML, made piece by piece.
+/// The texts of a workbook, each held once, and their XML, made piece by piece:
 ///
-/// Shared texts and texts in their cells cost the same, in time and in the size of the file, but
-/// only in shared ones all readers decode the escapes.
+///     <?xml version="1.0" encoding="UTF-8" standalone="yes"?>
+///     <sst xmlns="http://schemas.openxmlformats.org/spreadsheetml/2006/main"
+///          count="3" uniqueCount="2">
+///       <si><t>Patient ID</t></si>
+///       <si><t xml:space="preserve"> two  words</t></si>
+///     </sst>
+///
+/// It stands in one line. \c count tells how often cells use the texts; they do so by index.
+/// Texts in their cells would cost the same time and the same bytes, but not all readers decode
+/// the escapes there.
 class SharedStringsWriter
 {
 public:
     /// Counts a use of \p text, new or not, and returns its index.
     int enter(const QString &text);
 
-    /// The index of \p text, which was entered, from 0.
+    /// The index, from 0, of \p text, which was entered.
     int indexOf(const QString &text) const { return m_indexes.value(text); }
 
-    /// Bytes of all pieces together. All texts have to be entered before.
+    /// Bytes of all pieces together. All texts have to be entered first.
     qint64 size() const;
 
-    /// Puts the next piece, of some texts, in place of what \p xml holds; false behind the last
-    /// one. All texts have to be entered before.
+    /// Replaces what \p xml holds by the next piece, which has some of the texts; false after the
+    /// last one. All texts have to be entered first.
     bool next(QByteArray *xml);
 
 private:

@@ -14,7 +14,7 @@
 namespace
 {
 
-// A place, a number and what stands around them take 60 bytes at most.
+// A reference, a number and the markup around them take 60 bytes at most.
 using CellXml = std::array<char, 96>;
 
 char *put(char *to, std::string_view text)
@@ -38,8 +38,8 @@ char *putWhole(char *to, qint64 number)
     return std::to_chars(to, to + 20, number).ptr;
 }
 
-// The shortest digits that read back as the same number, the sign of a zero included; whole numbers
-// without an exponent as long as each of them has a double of its own.
+// The shortest digits that read back as the same number, the sign of a zero included. Whole numbers
+// have no exponent as long as a double can hold each of them.
 char *putNumber(char *to, double number)
 {
     constexpr double wholeNumbersEnd = 1e15;
@@ -75,7 +75,7 @@ struct Extent {
         lastColumn = std::max(lastColumn, column);
     }
 
-    /// The rectangle as a range; the first cell where there is none.
+    /// The rectangle as a range; A1 without cells.
     QByteArray range() const
     {
         if (lastRow == 0) {
@@ -92,7 +92,7 @@ struct Extent {
     int lastColumn = 0;
 };
 
-/// Writes the cells of rows behind an XML.
+/// Appends the cells of rows to an XML.
 class CellWriter : public RowCells
 {
 public:
@@ -103,8 +103,8 @@ public:
     {
     }
 
-    /// Puts the next rows of \p rows behind \p row, which is set to the last of them, until there
-    /// is enough XML for a piece.
+    /// Appends the rows after \p row until there is enough XML for a piece; sets \p row to the
+    /// last of them.
     void putRows(const SheetRows &rows, int *row)
     {
         const int count = std::min(rows.count, SheetRows::largestCount);
@@ -218,7 +218,7 @@ bool SheetWriter::next(QByteArray *xml)
     if (m_stage == Stage::End) {
         return false;
     }
-    // Keeps what the piece before has reserved.
+    // Keeps the memory of the piece before.
     xml->resize(0);
     if (m_stage == Stage::Head) {
         xml->append(m_head);

@@ -11,11 +11,11 @@
 namespace
 {
 
-// Parts that the library makes as well.
+// Parts that QXlsx makes as well.
 constexpr const char *stringsPart = "xl/sharedStrings.xml";
 constexpr const char *propertiesPart = "docProps/core.xml";
 
-// The library puts the time of day there.
+// QXlsx puts the time of day there.
 constexpr const char *noProperties =
     R"(<?xml version="1.0" encoding="UTF-8" standalone="yes"?><cp:coreProperties)"
     R"( xmlns:cp="http://schemas.openxmlformats.org/package/2006/metadata/core-properties"/>)";
@@ -38,7 +38,7 @@ bool WorkbookWriter::addSheet(const CellSheet &sheet)
         return false;
     }
     if (cellSheets.empty()) {
-        // Without any text the library leaves out the part with the texts.
+        // Without any text QXlsx leaves out the part with the texts.
         document.write(1, 1, QXlsx::RichString(sheet.name));
     }
     cellSheets.push_back({int(document.sheetNames().size()), sheet.rows});

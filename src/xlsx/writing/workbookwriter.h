@@ -10,43 +10,45 @@
 #include <xlsxchart.h>
 #include <xlsxdocument.h>
 
-#include "xlsx/formatlimits.h"
 #include "xlsx/writing/sheetwriter.h"
 
-/// A workbook in the making. The library makes what stands around the cells; the cells themselves
-/// are asked for row by row when the file is written, and none is kept.
+/// A workbook in the making: a package of these parts, in this order.
 ///
-/// Whatever the cells are given, the saved workbook opens in every reader, with every digit of a
-/// finite number and every character of a text that a cell can hold. In texts, line ends of CR LF
-/// and of CR become LF, characters that a workbook cannot hold U+FFFD, and they end after
-/// largestTextLength UTF-16 units.
+///     xl/workbook.xml, xl/styles.xml, xl/charts/chart1.xml,     QXlsx
+///         [Content_Types].xml and others
+///     docProps/core.xml                                         without the time of day
+///     xl/worksheets/sheet1.xml, sheet2.xml ...                  SheetWriter, if it has cells
+///     xl/sharedStrings.xml                                      SharedStringsWriter
+///
+/// The cells are asked for row by row when the file is written, and none is kept. Whatever they
+/// hold, the saved workbook opens in every reader, with every digit of a finite number and every
+/// character of a text that a cell can hold. In texts, CR LF and CR become LF, characters that a
+/// workbook cannot hold become U+FFFD, and all after FormatLimits::textLength UTF-16 units is cut.
 class WorkbookWriter
 {
 public:
-    /// What a cell and a chart may hold at most.
-    static constexpr int largestTextLength = FormatLimits::textLength;
+    /// How many series a chart may hold at most.
     static constexpr int largestSeriesCount = 255;
 
-    /// Adds a worksheet with cells at the end; whatever they refer to has to last until the
-    /// workbook is saved. A name that another sheet has adds none, and the result is false.
+    /// Adds a worksheet with cells at the end; whatever they refer to has to live until the
+    /// workbook is saved. Returns false, and adds none, if another sheet has that name.
     bool addSheet(const CellSheet &sheet);
 
-    /// Adds a worksheet without cells, to which the charts that follow go. The same holds for its
-    /// name.
+    /// Adds a worksheet without cells, for the charts that are inserted next; false as above.
     bool addChartSheet(const QString &name);
 
-    /// A chart with its upper left corner in a cell of the sheet for charts that was added last; it
-    /// belongs to the workbook. \p size in pixels.
+    /// Inserts a chart of \p size, in pixels, with its upper left corner in that cell of the last
+    /// sheet for charts; the workbook owns it.
     QXlsx::Chart *insertChart(int row, int column, const QSize &size);
 
-    /// The worksheet with this name, as the source of a chart's series; null if there is none.
+    /// The worksheet named \p name, as the source of a chart's series; null if there is none.
     QXlsx::AbstractSheet *sheet(const QString &name) const;
 
-    /// Writes the workbook to the file \p fileName; a failure leaves what was there before.
+    /// Writes the workbook to the file \p fileName; if it fails, the file keeps what it held.
     bool save(const QString &fileName) const;
 
 private:
-    /// The cells of a worksheet, and where it stands among all of them, from 1.
+    /// The cells of a worksheet, and its number among all of them, from 1.
     struct Cells {
         int number;
         SheetRows rows;

@@ -42,7 +42,7 @@ QStringList plainTexts()
             QString(32767, 'x')};
 }
 
-// What stands in the file for a text that looks like an escape.
+// A text that looks like an escape, and what the file has for it.
 struct Escaped {
     QString text;
     QString written;
@@ -56,7 +56,7 @@ QVector<Escaped> escapedTexts()
             {"_x0041_x0042_", "_x005F_x0041_x005F_x0042_"}};
 }
 
-// One reader of ours undoes one escape too many here.
+// Here openpyxl decodes once too often.
 const Escaped escapeOfAnEscape = {"_x005F_x0041_", "_x005F_x005F_x005F_x0041_"};
 
 QVector<double> numbers()
@@ -77,7 +77,7 @@ void putColumn(ExpectedSheets::Cells &cells, const QStringList &texts)
     }
 }
 
-// Texts in column 1, numbers in row 1 behind them.
+// Texts in column 1, and numbers after the first of them.
 Book bookOf(const QStringList &texts)
 {
     ExpectedSheets::Cells cells;
@@ -139,7 +139,7 @@ private Q_SLOTS:
         QCOMPARE(ExpectedSheets::differencesIn("openpyxl", path, bookOf(hardTexts())), QString());
     }
 
-    // It knows no escapes and shows what stands in the file.
+    // It knows no escapes and shows what the file has.
     void gnumericReadsWhatWasSaved()
     {
         if (QStandardPaths::findExecutable("ssconvert").isEmpty()) {
@@ -153,7 +153,7 @@ private Q_SLOTS:
         QCOMPARE(ExpectedSheets::differencesIn("ssconvert", path, bookOf(texts)), QString());
     }
 
-    // Larger than all else that the tests need, so that script/setup leaves it out.
+    // script/setup does not install it: it is larger than all else that the tests need.
     void libreOfficeReadsWhatWasSaved()
     {
         if (QStandardPaths::findExecutable("soffice").isEmpty()) {

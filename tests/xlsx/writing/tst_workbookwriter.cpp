@@ -24,7 +24,7 @@ namespace
 const QString path = "cells.xlsx";
 constexpr double third = 1.0 / 3.0;
 
-// A part of a workbook as it stands in the file; empty if it cannot be read.
+// The content of a part of a workbook; empty if it cannot be read.
 QByteArray partOf(const QString &workbook, const QByteArray &name)
 {
     QFile file(workbook);
@@ -39,7 +39,7 @@ QByteArray partOf(const QString &workbook, const QByteArray &name)
     return read ? content : QByteArray();
 }
 
-// A sheet of the cells that are expected of it.
+// A sheet with these cells.
 CellSheet sheetOf(const QString &name, const Cells &cells)
 {
     const int rows = cells.isEmpty() ? 0 : cells.lastKey().first;
@@ -233,7 +233,7 @@ private Q_SLOTS:
                                            << "a\n\nb";
         QTest::newRow("two") << "\r\r\n"
                              << "\n\n";
-        // Only one of the two characters counts.
+        // CR LF counts as one character.
         const QString longest(FormatLimits::textLength - 1, 'x');
         QTest::newRow("longest text") << "\r\n" + longest << '\n' + longest;
     }
@@ -244,13 +244,13 @@ private Q_SLOTS:
         QFETCH(QString, expected);
         QVERIFY(save(sheetOfText(text)));
         QCOMPARE(differences(cellsOf(1, 1, expected)), QString());
-        // Readers of XML turn a carriage return into a line feed before anybody sees it.
+        // XML readers would turn a carriage return into a line feed.
         const QByteArray strings = partOf(path, "xl/sharedStrings.xml");
         QVERIFY(strings.contains('\n'));
         QVERIFY(!strings.contains('\r'));
     }
 
-    // Without the mark some readers drop blanks at the ends and make lines one.
+    // Without the mark some readers drop blanks at the ends and join lines.
     void textsThatNeedTheirBlanksAreMarked_data()
     {
         QTest::addColumn<QString>("text");

@@ -10,7 +10,7 @@
 namespace
 {
 
-// Takes no more bytes than there is room.
+// Takes no more bytes than it has room for.
 class SmallDevice : public QBuffer
 {
 public:
@@ -26,7 +26,7 @@ private:
     qint64 m_room;
 };
 
-// Takes few bytes at a time.
+// Takes only a few bytes at a time.
 class SlowDevice : public QBuffer
 {
 protected:
@@ -176,7 +176,7 @@ private Q_SLOTS:
         QVERIFY(!other.addPartsOf(damaged, {}));
     }
 
-    // Excel takes the long form of the sizes for damage.
+    // Excel calls an archive with the long form of the sizes damaged.
     void headersHaveTheShortForm()
     {
         ZipWriter zip;
@@ -187,20 +187,20 @@ private Q_SLOTS:
         QCOMPARE(versionNeeded, 20);
         const int flags = quint8(archive.at(6));
         QCOMPARE(flags & 8, 0);
-        // The name follows on 30 bytes, and the content on that: there are no extra fields.
+        // After 30 bytes comes the name, and then the content: there are no extra fields.
         QCOMPARE(archive.mid(28, 2), QByteArray("\0\0", 2));
         QCOMPARE(archive.mid(30, 4), QByteArray("part"));
     }
 
-    void partsAreFromTheFirstMomentThatTheFormatKnows()
+    void partsHaveTheFirstDateOfTheFormat()
     {
         ZipWriter zip;
         zip.add("part", "content");
-        // 0:00 on 1 January of the year 0 after 1980.
+        // 0:00 on 1 January 1980.
         QCOMPARE(archiveOf(zip).mid(10, 4), QByteArray("\0\0\x21\0", 4));
     }
 
-    void deviceThatTakesFewBytesAtATimeGetsAll()
+    void slowDeviceGetsAllBytes()
     {
         ZipWriter fast;
         fast.add("part", noise(50000));
