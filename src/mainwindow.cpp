@@ -8,7 +8,6 @@
 #include <QCoreApplication>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QGuiApplication>
 #include <QHeaderView>
 #include <QInputDialog>
 #include <QLabel>
@@ -40,15 +39,6 @@
 
 namespace
 {
-
-/// Shows the waiting cursor as long as it lives.
-class WaitingCursor
-{
-public:
-    WaitingCursor() { QGuiApplication::setOverrideCursor(Qt::WaitCursor); }
-    ~WaitingCursor() { QGuiApplication::restoreOverrideCursor(); }
-    Q_DISABLE_COPY_MOVE(WaitingCursor)
-};
 
 // A number beyond the last method counts as the last one.
 const char *methodName(const Methods &methods, quint64 index)
@@ -302,10 +292,7 @@ void MainWindow::open()
     if (path.isEmpty()) {
         return;
     }
-    const auto [read, error] = [&path] {
-        const WaitingCursor cursor;
-        return loadPatients(path);
-    }();
+    const auto [read, error] = loadPatients(path);
     if (error) {
         refuse(path, refusalText(error));
         return;
@@ -321,8 +308,6 @@ void MainWindow::open()
         refuse(path, tooFewValuesText(read, tooShort));
         return;
     }
-
-    const WaitingCursor cursor;
     patients = read;
     scores = scoresOf(patients);
     computeCenters();
@@ -400,7 +385,6 @@ void MainWindow::save()
 {
     const QString fileName = askWhereToSave(tr("Save file"));
     if (!fileName.isEmpty()) {
-        const WaitingCursor cursor;
         writeDataWorkbook(fileName, patients, scores);
     }
 }
@@ -409,7 +393,6 @@ void MainWindow::savePrepareAnova()
 {
     const QString fileName = askWhereToSave(tr("Save analysis"));
     if (!fileName.isEmpty()) {
-        const WaitingCursor cursor;
         writeAnalysisWorkbook(fileName, patients, scores, averageCenter, medianCenter);
     }
 }
