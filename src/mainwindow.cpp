@@ -24,7 +24,6 @@
 #include "analysis/centers.h"
 #include "analysis/methodlabels.h"
 #include "analysis/patientanalysis.h"
-#include "base/xmltext.h"
 #include "graphs/graphexport.h"
 #include "graphs/graphsubwindow.h"
 #include "graphs/resultsubwindow.h"
@@ -40,54 +39,70 @@
 namespace
 {
 
-// A number beyond the last method counts as the last one.
-const char *methodName(const Methods &methods, quint64 index)
-{
-    return methods.at(std::min<size_t>(index, methods.size() - 1)).window;
-}
-
 constexpr QSize tabbedGraphSize(715, 415);
 constexpr QSize groupGraphSize(700, 400);
 constexpr int bottomStripHeight = 200;
 constexpr int rightPanelWidth = 275;
 
-// Longer lists and identifiers would push the button of a message off the screen.
-constexpr int mostNamedPatients = 10;
-constexpr int longestNamedId = 60;
-
-/// A table whose cells the arrow keys reach, and which Tab leaves: by default Tab would go round
-/// inside it for ever.
+/// A table that Tab leaves: by default Tab would go round its cells for ever, which the arrow keys
+/// reach as well.
 class Table : public QTableView
 {
 protected:
     bool focusNextPrevChild(bool next) override
     {
-        // NOLINTNEXTLINE(bugprone-parent-virtual-call): the one in between goes round.
+        // NOLINTNEXTLINE(bugprone-parent-virtual-call): QAbstractItemView's keeps Tab inside.
         return QAbstractScrollArea::focusNextPrevChild(next);
     }
 };
 
 template<typename Widget>
-Widget *named(Widget *widget, const QString &accessibleName)
+Widget *withAccessibleName(Widget *widget, const QString &name)
 {
-    widget->setAccessibleName(accessibleName);
+    widget->setAccessibleName(name);
     return widget;
+}
+
+// A number beyond the last method counts as the last one.
+QString methodName(const Methods &methods, quint64 index)
+{
+    return MainWindow::tr(methods.at(std::min<size_t>(index, methods.size() - 1)).window);
+}
+
+QBoxLayout *createLegend()
+{
+    auto *legend = new QVBoxLayout;
+    legend->setAlignment(Qt::AlignTop);
+    legend->addWidget(new QLabel(MainWindow::tr("Legend")));
+    legend->addWidget(new QLabel(MainWindow::tr("Better value color: Green")));
+    legend->addWidget(new QLabel(MainWindow::tr("Worse value color: Red")));
+    legend->addWidget(new QLabel(MainWindow::tr("Center value color: Blue")));
+    auto *axes = new QLabel(MainWindow::tr("Additional info: In brackets is on which axis that "
+                                           "specific method will be displayed."));
+    axes->setWordWrap(true);
+    legend->addWidget(axes);
+    return legend;
+}
+
+QBoxLayout *createValueRow(const QString &caption, QLabel *value)
+{
+    auto *row = new QHBoxLayout;
+    row->setAlignment(Qt::AlignLeft);
+    row->addWidget(new QLabel(caption));
+    row->addWidget(value);
+    return row;
+}
+
+QMdiSubWindow *createSubWindow()
+{
+    auto *subWindow = new QMdiSubWindow;
+    subWindow->setAttribute(Qt::WA_DeleteOnClose);
+    return subWindow;
 }
 
 void addGraph(QTabWidget &tabs, QWidget *graph, const QString &title)
 {
-    tabs.addTab(named(graph, title), title);
-}
-
-QString shortened(const QString &id)
-{
-    QString line = id.simplified();
-    if (line.size() <= longestNamedId) {
-        return line;
-    }
-    const int length =
-        isSurrogatePairAt(line, longestNamedId - 1) ? longestNamedId - 1 : longestNamedId;
-    return line.left(length) + QChar(0x2026);
+    tabs.addTab(withAccessibleName(graph, title), title);
 }
 
 } // namespace
@@ -95,7 +110,7 @@ QString shortened(const QString &id)
 MainWindow::MainWindow()
 {
     setWindowTitle(tr("Glymark"));
-    settleConfig();
+    ensureConfig();
     createActions();
     createMenus();
     createWidgets();
@@ -104,7 +119,7 @@ MainWindow::MainWindow()
 
 MainWindow::~MainWindow() = default;
 
-void MainWindow::settleConfig()
+void MainWindow::ensureConfig()
 {
     CConfig &config = CConfig::instance();
     if (config.status() != CConfig::LoadFailed) {
@@ -161,7 +176,7 @@ void MainWindow::createMenus()
 
 void MainWindow::createWidgets()
 {
-    mdiArea = named(new QMdiArea, tr("Graphs"));
+    mdiArea = withAccessibleName(new QMdiArea, tr("Graphs"));
     auto *bottomStrip = new QWidget;
     bottomStrip->setMinimumHeight(bottomStripHeight);
     bottomStrip->setLayout(createScoreStrip());
@@ -179,27 +194,12 @@ void MainWindow::createWidgets()
 
 QBoxLayout *MainWindow::createScoreStrip()
 {
-    scoreTable = named(new Table, tr("Results"));
+    scoreTable = withAccessibleName(new Table, tr("Results"));
     scoreTable->setObjectName(QStringLiteral("scoreTable"));
     auto *strip = new QHBoxLayout;
     strip->addWidget(scoreTable);
     strip->addLayout(createLegend());
     return strip;
-}
-
-QBoxLayout *MainWindow::createLegend()
-{
-    auto *legend = new QVBoxLayout;
-    legend->setAlignment(Qt::AlignTop);
-    legend->addWidget(new QLabel(tr("Legend")));
-    legend->addWidget(new QLabel(tr("Better value color: Green")));
-    legend->addWidget(new QLabel(tr("Worse value color: Red")));
-    legend->addWidget(new QLabel(tr("Center value color: Blue")));
-    auto *axes = new QLabel(tr("Additional info: In brackets is on which axis that specific method "
-                               "will be displayed."));
-    axes->setWordWrap(true);
-    legend->addWidget(axes);
-    return legend;
 }
 
 QWidget *MainWindow::createRightPanel()
@@ -234,18 +234,9 @@ QBoxLayout *MainWindow::createInformation()
     return information;
 }
 
-QBoxLayout *MainWindow::createValueRow(const QString &caption, QLabel *value)
-{
-    auto *row = new QHBoxLayout;
-    row->setAlignment(Qt::AlignLeft);
-    row->addWidget(new QLabel(caption));
-    row->addWidget(value);
-    return row;
-}
-
 void MainWindow::createPatientTable()
 {
-    patientTable = named(new Table, tr("Patients"));
+    patientTable = withAccessibleName(new Table, tr("Patients"));
     patientTable->setObjectName(QStringLiteral("patientTable"));
     patientTable->setSelectionBehavior(QAbstractItemView::SelectRows);
     patientTable->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
@@ -274,8 +265,8 @@ QBoxLayout *MainWindow::createButtons()
 void MainWindow::showSettings()
 {
     const CConfig &config = CConfig::instance();
-    convergenceLabel->setText(tr(methodName(convergenceMethods, config.convergenceMethod())));
-    varianceLabel->setText(tr(methodName(variabilityMethods, config.varianceMethod())));
+    convergenceLabel->setText(methodName(convergenceMethods, config.convergenceMethod()));
+    varianceLabel->setText(methodName(variabilityMethods, config.varianceMethod()));
     centerLabel->setText(config.resultMethod() == 1 ? tr("Median") : tr("Average"));
     offsetLabel->setText(QString::number(config.skip()));
 }
@@ -292,26 +283,20 @@ void MainWindow::open()
     if (path.isEmpty()) {
         return;
     }
-    const auto [read, error] = loadPatients(path);
-    if (error) {
-        refuse(path, refusalText(error));
-        return;
+    const LoadedPatients file = loadPatients(path);
+    const QString whyNot = whyNotOpened(file);
+    if (whyNot.isEmpty()) {
+        take(file.patients);
+    } else {
+        refuse(path, whyNot);
     }
-    if (read.isEmpty()) {
-        refuse(path,
-               tr("This workbook has no patients: column 1 of row 2 is empty. Nothing was "
-                  "opened."));
-        return;
-    }
-    const QVector<int> tooShort = patientsWithTooFewValues(read);
-    if (!tooShort.isEmpty()) {
-        refuse(path, tooFewValuesText(read, tooShort));
-        return;
-    }
-    patients = read;
+}
+
+void MainWindow::take(const QVector<PatientRecord> &opened)
+{
+    patients = opened;
     scores = scoresOf(patients);
     computeCenters();
-
     auto model = std::make_unique<CPatientsModel>(patients, scores, averageCenter, medianCenter);
     patientTable->setModel(model.get());
     patientsModel = std::move(model);
@@ -320,28 +305,10 @@ void MainWindow::open()
     setFileLoaded(true);
 }
 
-QString MainWindow::tooFewValuesText(const QVector<PatientRecord> &read,
-                                     const QVector<int> &indices)
+void MainWindow::refuse(const QString &path, const QString &whyNot)
 {
-    QString text =
-        tr("Every patient needs at least two values. Nothing was opened. These rows have "
-           "fewer:");
-    const int named = std::min(int(indices.size()), mostNamedPatients);
-    for (int i = 0; i < named; ++i) {
-        const int index = indices.at(i);
-        text += QLatin1Char('\n')
-            + tr("Row %1: %2").arg(workbookRow(index)).arg(shortened(read.at(index).id));
-    }
-    if (indices.size() > named) {
-        text += QLatin1Char('\n') + tr("and %1 more").arg(indices.size() - named);
-    }
-    return text;
-}
-
-void MainWindow::refuse(const QString &path, const QString &text)
-{
-    // The sentence first: a name that looks like markup would make the whole box rich text.
-    showInformation(tr("Open file"), text + QStringLiteral("\n\n") + QFileInfo(path).fileName());
+    // The file name comes last: text that begins like markup makes the whole box rich text.
+    showInformation(tr("Open file"), whyNot + QStringLiteral("\n\n") + QFileInfo(path).fileName());
 }
 
 void MainWindow::computeCenters()
@@ -399,7 +366,7 @@ void MainWindow::savePrepareAnova()
 
 QString MainWindow::askWhereToSave(const QString &caption)
 {
-    if (!isFileLoaded()) {
+    if (patients.isEmpty()) {
         showInformation(tr("No data"), tr("No data to save"));
         return {};
     }
@@ -414,33 +381,29 @@ void MainWindow::selectItems()
     if (!isFileLoaded()) {
         return;
     }
-    const QModelIndexList rows = patientTable->selectionModel()->selectedRows(0);
-    if (rows.isEmpty()) {
+    const QModelIndexList selection = patientTable->selectionModel()->selectedRows(0);
+    if (selection.isEmpty()) {
         showInformation(tr("0 selected"),
                         tr("Please select rows from table above to display as graph"));
         return;
     }
     const QPointer<CPatientsModel> selected = patientsModel.get();
-    bool accepted = false;
-    QString name = QInputDialog::getText(this, tr("Graph name"), tr("Name"), QLineEdit::Normal,
-                                         defaultGraphName(), &accepted);
-    if (!accepted || !selected) {
+    const QString name = askForGraphName();
+    if (name.isNull() || !selected) {
         return;
-    }
-    if (name.isEmpty()) {
-        name = defaultGraphName();
     }
     QVector<PatientRecord> shownPatients;
     QVector<PatientScoreRecord> shownScores;
-    for (const QModelIndex &row : rows) {
-        shownPatients.append(selected->patients.at(row.row()));
-        shownScores.append(selected->scores.at(row.row()));
+    for (const QModelIndex &index : selection) {
+        const int patient = index.row();
+        shownPatients.append(selected->patients.at(patient));
+        shownScores.append(selected->scores.at(patient));
     }
-    auto *subWindow = createSubWindow();
-    subWindow->setWindowTitle(name);
-    auto *tabs = named(new QTabWidget, name);
+    auto *tabs = withAccessibleName(new QTabWidget, name);
     addGraph(*tabs, new GraphSubWindow(name, shownPatients), tr("Glymark value graph"));
     addGraph(*tabs, createResultPlot(shownScores), tr("Patient result graph"));
+    auto *subWindow = createSubWindow();
+    subWindow->setWindowTitle(name);
     mdiArea->addSubWindow(subWindow);
     subWindow->setMinimumSize(tabbedGraphSize);
     subWindow->setWidget(tabs);
@@ -448,9 +411,18 @@ void MainWindow::selectItems()
     patientTable->clearSelection();
 }
 
-QString MainWindow::defaultGraphName() const
+QString MainWindow::askForGraphName()
 {
-    return tr("Graph ") + QString::number(mdiArea->subWindowList().size() + 1);
+    const auto defaultName = [this] {
+        return tr("Graph ") + QString::number(mdiArea->subWindowList().size() + 1);
+    };
+    bool accepted = false;
+    const QString name = QInputDialog::getText(this, tr("Graph name"), tr("Name"),
+                                               QLineEdit::Normal, defaultName(), &accepted);
+    if (!accepted) {
+        return {};
+    }
+    return name.isEmpty() ? defaultName() : name;
 }
 
 ResultSubWindow *MainWindow::createResultPlot(const QVector<PatientScoreRecord> &shown) const
@@ -463,13 +435,6 @@ ResultSubWindow *MainWindow::createResultPlot(const QVector<PatientScoreRecord> 
                                center.convergence.at(convergence));
 }
 
-QMdiSubWindow *MainWindow::createSubWindow()
-{
-    auto *subWindow = new QMdiSubWindow;
-    subWindow->setAttribute(Qt::WA_DeleteOnClose);
-    return subWindow;
-}
-
 void MainWindow::resetSelect()
 {
     if (isFileLoaded()) {
@@ -479,15 +444,15 @@ void MainWindow::resetSelect()
 
 void MainWindow::split()
 {
-    if (!isFileLoaded()) {
+    if (patients.isEmpty()) {
         showInformation(tr("No data"), tr("No data to visualize"));
         return;
     }
     auto *subWindow = createSubWindow();
-    // The area looks at the size when it gets the sub-window, so the size comes first.
+    // The area places a sub-window by the size that it has when it is added.
     subWindow->setMinimumSize(groupGraphSize);
     mdiArea->addSubWindow(subWindow);
-    subWindow->setWidget(named(createResultPlot(scores), tr("Groups graph")));
+    subWindow->setWidget(withAccessibleName(createResultPlot(scores), tr("Groups graph")));
     subWindow->show();
 }
 
@@ -571,8 +536,8 @@ void MainWindow::editConfig()
     }
     updateOffsetScores(scores, patients);
     computeCenters();
-    // The models refer to these very objects already, so that this changes nothing today. It keeps
-    // a model right that holds copies.
+    // Changes nothing as long as the models refer to these very objects; a model with copies would
+    // need it.
     patientScoreModel->update(scores, medianCenter, averageCenter);
     patientsModel->update(scores, medianCenter, averageCenter);
 }
@@ -587,7 +552,7 @@ void MainWindow::saveSvg()
     }
     const QString fileName =
         QFileDialog::getSaveFileName(this, tr("Save SVG"), QString(), tr("SVG files (*.svg)"));
-    // A closed sub-window leaves the area at once, and is deleted later.
+    // A closed sub-window leaves the area at once but is deleted later.
     if (fileName.isEmpty() || !mdiArea->subWindowList().contains(subWindow)) {
         return;
     }

@@ -16,7 +16,6 @@ class QAction;
 class QBoxLayout;
 class QLabel;
 class QMdiArea;
-class QMdiSubWindow;
 class QMenu;
 class QPushButton;
 class QTableView;
@@ -26,22 +25,22 @@ class ResultSubWindow;
 /// The one window: owns the patients of the open workbook and their results, shows them in two
 /// tables and in graph sub-windows, and offers the commands on them.
 ///
-/// Every open file has a CPatientsModel of its own. Whoever has to know after a dialog whether the
-/// file is still the same one keeps a QPointer to it.
+/// Each open file has a CPatientsModel of its own. A command that has to know after a dialog
+/// whether the same file is still open keeps a QPointer to that model.
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
 
 public:
-    /// Reads the settings; when there is no readable file, says so and creates the defaults.
+    /// Reads the settings; if no file can be read, says so and creates the default one.
     MainWindow();
     ~MainWindow() override;
     Q_DISABLE_COPY_MOVE(MainWindow)
 
 private Q_SLOTS:
-    // While a command waits for a dialog, others may run: a global menu bar, an automation and a
-    // session manager reach the menu all the same. After each dialog a command looks again at what
-    // it is about to touch, and ends without a word where that is gone.
+    // Other commands may run while one waits for its dialog: a global menu bar, an automation tool
+    // and a session manager still reach the menu. After each dialog a command checks whether what
+    // it is about to touch is still there, and ends silently if it is gone.
     void open();
     void save();
     void saveSvg();
@@ -65,31 +64,29 @@ private:
 
     void createWidgets();
     QBoxLayout *createScoreStrip();
-    QBoxLayout *createLegend();
     QWidget *createRightPanel();
     QBoxLayout *createInformation();
-    QBoxLayout *createValueRow(const QString &caption, QLabel *value);
     void createPatientTable();
     QBoxLayout *createButtons();
 
-    void settleConfig();
+    /// Creates the default settings file if none can be read, and says so.
+    void ensureConfig();
     void showSettings();
     void showInformation(const QString &title, const QString &text);
 
-    static QString tooFewValuesText(const QVector<PatientRecord> &read,
-                                    const QVector<int> &indices);
-    void refuse(const QString &path, const QString &text);
+    void take(const QVector<PatientRecord> &opened);
+    void refuse(const QString &path, const QString &whyNot);
     void computeCenters();
-    /// Empty where there is nothing to save, any more or at all, or the user cancels.
+    /// Empty if no file is open, it was closed meanwhile, or the user cancels.
     QString askWhereToSave(const QString &caption);
-    QString defaultGraphName() const;
+    /// Null if the user cancels.
+    QString askForGraphName();
     ResultSubWindow *createResultPlot(const QVector<PatientScoreRecord> &shown) const;
-    static QMdiSubWindow *createSubWindow();
     void setIdealKvadrant(int kvadrant);
     bool isFileLoaded() const;
     void setFileLoaded(bool loaded);
 
-    // Row of patientTable under the last right click that hit one, and the list in which it counts.
+    // Row of patientTable under the last right click that hit one, and the model it belongs to.
     int contextRow = -1;
     QPointer<CPatientsModel> contextModel;
     QVector<PatientRecord> patients;

@@ -6,8 +6,11 @@
 #include <cstddef>
 
 #include <QCoreApplication>
+#include <QStringList>
 
-#include "xlsx/reading/loaderror.h"
+#include "analysis/patientanalysis.h"
+#include "base/xmltext.h"
+#include "workbooks/patientreader.h"
 
 namespace
 {
@@ -23,30 +26,25 @@ struct Sentence {
 };
 
 constexpr std::array reasons = {
-    Sentence<Reason>{
-        LoadError::CannotBeRead,
-        QT_TRANSLATE_NOOP("MainWindow", "This file cannot be read. Nothing was opened.")},
-    Sentence<Reason>{
-        LoadError::NotAWorkbook,
-        QT_TRANSLATE_NOOP("MainWindow", "This file is not a workbook. Nothing was opened.")},
+    Sentence<Reason>{LoadError::CannotBeRead,
+                     QT_TRANSLATE_NOOP("MainWindow", "This file cannot be read.")},
+    Sentence<Reason>{LoadError::NotAWorkbook,
+                     QT_TRANSLATE_NOOP("MainWindow", "This file is not a workbook.")},
     Sentence<Reason>{
         LoadError::OldFormat,
         QT_TRANSLATE_NOOP("MainWindow",
                           "This is a workbook of the old kind (.xls). Save it as .xlsx with a "
-                          "spreadsheet program and open that file. Nothing was opened.")},
+                          "spreadsheet program and open that file.")},
     Sentence<Reason>{LoadError::PasswordProtected,
                      QT_TRANSLATE_NOOP("MainWindow",
                                        "This workbook is protected by a password. Save it without "
-                                       "one and open that file. Nothing was opened.")},
-    Sentence<Reason>{
-        LoadError::Damaged,
-        QT_TRANSLATE_NOOP("MainWindow", "This workbook is damaged (%1). Nothing was opened.")},
-    Sentence<Reason>{
-        LoadError::NoWorksheet,
-        QT_TRANSLATE_NOOP("MainWindow", "This workbook has no worksheet. Nothing was opened.")},
-    Sentence<Reason>{
-        LoadError::TooLarge,
-        QT_TRANSLATE_NOOP("MainWindow", "This workbook is too large. Nothing was opened.")},
+                                       "one and open that file.")},
+    Sentence<Reason>{LoadError::Damaged,
+                     QT_TRANSLATE_NOOP("MainWindow", "This workbook is damaged (%1).")},
+    Sentence<Reason>{LoadError::NoWorksheet,
+                     QT_TRANSLATE_NOOP("MainWindow", "This workbook has no worksheet.")},
+    Sentence<Reason>{LoadError::TooLarge,
+                     QT_TRANSLATE_NOOP("MainWindow", "This workbook is too large.")},
 };
 static_assert(reasons.size() == std::size_t(LoadError::TooLarge), "a reason lacks its sentence");
 
@@ -120,10 +118,68 @@ QString damageText(const LoadError &error)
               .arg(part, error.cell, damage);
 }
 
+// Longer lists and identifiers would push the button of a message off the screen.
+constexpr int mostNamedPatients = 10;
+constexpr int longestNamedId = 60;
+
+QString withNothingOpened(const QString &reason)
+{
+    return reason + QLatin1Char(' ')
+        + translated(QT_TRANSLATE_NOOP("MainWindow", "Nothing was opened."));
+}
+
+QString shortened(const QString &id)
+{
+    QString line = id.simplified();
+    if (line.size() <= longestNamedId) {
+        return line;
+    }
+    const int length =
+        isSurrogatePairAt(line, longestNamedId - 1) ? longestNamedId - 1 : longestNamedId;
+    return line.left(length) + QChar(0x2026);
+}
+
+QString noPatientsText()
+{
+    return withNothingOpened(translated(QT_TRANSLATE_NOOP(
+        "MainWindow", "This workbook has no patients: column 1 of row 2 is empty.")));
+}
+
+QString tooFewValuesText(const QVector<PatientRecord> &patients, const QVector<int> &tooShort)
+{
+    const QString reason =
+        translated(QT_TRANSLATE_NOOP("MainWindow", "Every patient needs at least two values."));
+    QStringList lines = {withNothingOpened(reason) + QLatin1Char(' ')
+                         + translated(QT_TRANSLATE_NOOP("MainWindow", "These rows have fewer:"))};
+    for (const int patient : tooShort.mid(0, mostNamedPatients)) {
+        lines << translated(QT_TRANSLATE_NOOP("MainWindow", "Row %1: %2"))
+                     .arg(workbookRow(patient))
+                     .arg(shortened(patients.at(patient).id));
+    }
+    if (tooShort.size() > mostNamedPatients) {
+        lines << translated(QT_TRANSLATE_NOOP("MainWindow", "and %1 more"))
+                     .arg(tooShort.size() - mostNamedPatients);
+    }
+    return lines.join(QLatin1Char('\n'));
+}
+
 } // namespace
 
 QString refusalText(const LoadError &error)
 {
     const QString text = textFor(reasons, error.reason);
-    return error.reason == LoadError::Damaged ? text.arg(damageText(error)) : text;
+    return withNothingOpened(error.reason == LoadError::Damaged ? text.arg(damageText(error))
+                                                                : text);
+}
+
+QString whyNotOpened(const LoadedPatients &file)
+{
+    if (file.error) {
+        return refusalText(file.error);
+    }
+    if (file.patients.isEmpty()) {
+        return noPatientsText();
+    }
+    const QVector<int> tooShort = patientsWithTooFewValues(file.patients);
+    return tooShort.isEmpty() ? QString() : tooFewValuesText(file.patients, tooShort);
 }

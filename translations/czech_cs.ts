@@ -214,12 +214,20 @@
         <translation>Sešit XLSX (*.xlsx)</translation>
     </message>
     <message>
-        <source>This workbook has no patients: column 1 of row 2 is empty. Nothing was opened.</source>
-        <translation>Tento sešit neobsahuje žádné pacienty: buňka v 1. sloupci 2. řádku je prázdná. Nic nebylo otevřeno.</translation>
+        <source>This workbook has no patients: column 1 of row 2 is empty.</source>
+        <translation>Tento sešit neobsahuje žádné pacienty: buňka v 1. sloupci 2. řádku je prázdná.</translation>
     </message>
     <message>
-        <source>Every patient needs at least two values. Nothing was opened. These rows have fewer:</source>
-        <translation>Každý pacient musí mít alespoň dvě hodnoty. Nic nebylo otevřeno. Méně hodnot mají tyto řádky:</translation>
+        <source>Every patient needs at least two values.</source>
+        <translation>Každý pacient musí mít alespoň dvě hodnoty.</translation>
+    </message>
+    <message>
+        <source>Nothing was opened.</source>
+        <translation>Nic nebylo otevřeno.</translation>
+    </message>
+    <message>
+        <source>These rows have fewer:</source>
+        <translation>Méně hodnot mají tyto řádky:</translation>
     </message>
     <message>
         <source>Row %1: %2</source>
@@ -322,24 +330,24 @@
         <translation>Uložit analýzu</translation>
     </message>
     <message>
-        <source>This file cannot be read. Nothing was opened.</source>
-        <translation>Tento soubor nelze přečíst. Nic nebylo otevřeno.</translation>
+        <source>This file cannot be read.</source>
+        <translation>Tento soubor nelze přečíst.</translation>
     </message>
     <message>
-        <source>This file is not a workbook. Nothing was opened.</source>
-        <translation>Tento soubor není sešit. Nic nebylo otevřeno.</translation>
+        <source>This file is not a workbook.</source>
+        <translation>Tento soubor není sešit.</translation>
     </message>
     <message>
-        <source>This is a workbook of the old kind (.xls). Save it as .xlsx with a spreadsheet program and open that file. Nothing was opened.</source>
-        <translation>Toto je sešit starého typu (.xls). Uložte jej v tabulkovém programu jako .xlsx a otevřete tento nový soubor. Nic nebylo otevřeno.</translation>
+        <source>This is a workbook of the old kind (.xls). Save it as .xlsx with a spreadsheet program and open that file.</source>
+        <translation>Toto je sešit starého typu (.xls). Uložte jej v tabulkovém programu jako .xlsx a otevřete tento nový soubor.</translation>
     </message>
     <message>
-        <source>This workbook is protected by a password. Save it without one and open that file. Nothing was opened.</source>
-        <translation>Tento sešit je chráněn heslem. Uložte jej bez hesla a otevřete tento nový soubor. Nic nebylo otevřeno.</translation>
+        <source>This workbook is protected by a password. Save it without one and open that file.</source>
+        <translation>Tento sešit je chráněn heslem. Uložte jej bez hesla a otevřete tento nový soubor.</translation>
     </message>
     <message>
-        <source>This workbook is damaged (%1). Nothing was opened.</source>
-        <translation>Tento sešit je poškozený (%1). Nic nebylo otevřeno.</translation>
+        <source>This workbook is damaged (%1).</source>
+        <translation>Tento sešit je poškozený (%1).</translation>
     </message>
     <message>
         <source>archive</source>
@@ -454,12 +462,12 @@
         <translation>%1, buňka %2: %3</translation>
     </message>
     <message>
-        <source>This workbook has no worksheet. Nothing was opened.</source>
-        <translation>Tento sešit neobsahuje žádný tabulkový list. Nic nebylo otevřeno.</translation>
+        <source>This workbook has no worksheet.</source>
+        <translation>Tento sešit neobsahuje žádný tabulkový list.</translation>
     </message>
     <message>
-        <source>This workbook is too large. Nothing was opened.</source>
-        <translation>Tento sešit je příliš velký. Nic nebylo otevřeno.</translation>
+        <source>This workbook is too large.</source>
+        <translation>Tento sešit je příliš velký.</translation>
     </message>
     <message>
         <source>Graphs</source>
