@@ -22,19 +22,19 @@ QPalette lightPalette()
     if (!isDark(palette)) {
         return palette;
     }
-    // A style that is dark itself. This one comes with the toolkit.
+    // The style itself is dark. Fusion comes with the toolkit.
     const std::unique_ptr<QStyle> fusion(QStyleFactory::create(QStringLiteral("Fusion")));
     return fusion->standardPalette();
 }
 
-void takeLightPalette()
+void setLightPalette()
 {
     if (isDark(QApplication::palette())) {
         QApplication::setPalette(lightPalette());
     }
 }
 
-/// Takes the light palette again when the desktop changes to a dark one.
+/// Sets the light palette again when the desktop changes to a dark one.
 class LightPaletteKeeper : public QObject
 {
 public:
@@ -43,7 +43,7 @@ public:
     bool eventFilter(QObject *watched, QEvent *event) override
     {
         if (watched == qApp && event->type() == QEvent::ApplicationPaletteChange) {
-            takeLightPalette();
+            setLightPalette();
         }
         return QObject::eventFilter(watched, event);
     }
@@ -51,19 +51,19 @@ public:
 
 } // namespace
 
-void Appearance::prepare()
+void Appearance::scaleWithTheScreen()
 {
 #if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
-    // Later ones always scale, and say that the attribute is out of date.
+    // Later releases always scale, and warn about the attribute.
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
 #endif
     QGuiApplication::setHighDpiScaleFactorRoundingPolicy(
         Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
 }
 
-void Appearance::settle()
+void Appearance::keepLightPalette()
 {
-    takeLightPalette();
+    setLightPalette();
     auto *const keeper = new LightPaletteKeeper(qApp);
     keeper->setObjectName(QStringLiteral("lightPaletteKeeper"));
     qApp->installEventFilter(keeper);

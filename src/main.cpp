@@ -9,11 +9,11 @@
 
 int main(int argc, char *argv[])
 {
-    Appearance::prepare();
+    Appearance::scaleWithTheScreen();
     QApplication application(argc, argv);
     // The application takes the locale of the environment; the settings have a decimal point.
     std::setlocale(LC_NUMERIC, "C");
-    Appearance::settle();
+    Appearance::keepLightPalette();
 
     QTranslator translator;
     // Null strings ask for the defaults. An empty string that is not null would be taken literally.

@@ -17,15 +17,15 @@
 namespace
 {
 
-// Gives the widget a name, by which tests and style sheets find it.
+// Tests and style sheets find the widget by this name.
 template<typename Widget>
-Widget *named(Widget *widget, const char *name)
+Widget *withObjectName(Widget *widget, const char *name)
 {
     widget->setObjectName(QLatin1String(name));
     return widget;
 }
 
-// A screen reader calls the field by its label.
+// A screen reader reads out the label as the name of the field.
 QLabel *labelFor(QWidget *field, const QString &text)
 {
     auto *label = new QLabel(text);
@@ -43,8 +43,8 @@ QHBoxLayout *labelledRow(const QString &text, QWidget *widget)
     return row;
 }
 
-// A value beyond the spin box's range becomes its nearer end. A number from 2^63 on is a negative
-// one that has wrapped, and becomes 0.
+// A value outside the range of the spin box becomes the nearest end. Numbers from 2^63 on are
+// negative ones that have wrapped around, and become 0.
 int offsetIn(const QSpinBox *spin, quint64 skip)
 {
     return int(qBound(qint64(spin->minimum()), qint64(skip), qint64(spin->maximum())));
@@ -53,14 +53,15 @@ int offsetIn(const QSpinBox *spin, quint64 skip)
 } // namespace
 
 SettingsDialog::SettingsDialog()
-    : okButton(named(new QPushButton(tr("Ok"), this), "okButton")),
-      cancelButton(named(new QPushButton(tr("Cancel"), this), "cancelButton")),
-      convergenceCombo(named(new QComboBox, "convergenceCombo")),
-      varianceCombo(named(new QComboBox, "varianceCombo")),
-      averageCheck(named(new QCheckBox(tr("Average")), "averageCheck")),
-      medianCheck(named(new QCheckBox(tr("Median")), "medianCheck")),
-      showInfoCheck(named(new QCheckBox(tr("Show info (above right table)")), "showInfoCheck")),
-      offsetSpin(named(new QSpinBox, "offsetSpin"))
+    : okButton(withObjectName(new QPushButton(tr("Ok"), this), "okButton")),
+      cancelButton(withObjectName(new QPushButton(tr("Cancel"), this), "cancelButton")),
+      convergenceCombo(withObjectName(new QComboBox, "convergenceCombo")),
+      varianceCombo(withObjectName(new QComboBox, "varianceCombo")),
+      averageCheck(withObjectName(new QCheckBox(tr("Average")), "averageCheck")),
+      medianCheck(withObjectName(new QCheckBox(tr("Median")), "medianCheck")),
+      showInfoCheck(
+          withObjectName(new QCheckBox(tr("Show info (above right table)")), "showInfoCheck")),
+      offsetSpin(withObjectName(new QSpinBox, "offsetSpin"))
 {
     setWindowTitle(tr("Settings"));
 
@@ -78,7 +79,7 @@ SettingsDialog::SettingsDialog()
     outer->setSizeConstraint(QLayout::SetFixedSize);
 
     readSettings();
-    settleKeyboard();
+    setUpKeyboard();
 
     connect(okButton, &QPushButton::clicked, this, &SettingsDialog::okButtonClicked);
     connect(cancelButton, &QPushButton::clicked, this, &SettingsDialog::reject);
@@ -100,8 +101,8 @@ QGroupBox *SettingsDialog::methodGroup()
     return group;
 }
 
-// Required as is: in no layout and never shown. Its check box carries the flag through the dialog
-// and back.
+// Required as is: in no layout and never shown. Its check box keeps the setting from the file until
+// it is saved again.
 QGroupBox *SettingsDialog::showInfoGroup()
 {
     auto *group = new QGroupBox(tr("Show information"), this);
@@ -143,9 +144,9 @@ void SettingsDialog::readSettings()
     showInfoCheck->setChecked(config.showInfo() == 1);
 }
 
-// Tab goes from top to bottom, and stops only at the chosen one of the two centers. Return is "Ok"
-// from every field; Escape is "Cancel" in every dialog.
-void SettingsDialog::settleKeyboard()
+// Tab goes from top to bottom and stops only at the chosen one of the two centers. Return means
+// "Ok" in every field; Escape means "Cancel" in any dialog.
+void SettingsDialog::setUpKeyboard()
 {
     QWidget *previous = convergenceCombo;
     for (QWidget *next : std::initializer_list<QWidget *>{varianceCombo, averageCheck, medianCheck,
@@ -153,7 +154,7 @@ void SettingsDialog::settleKeyboard()
         setTabOrder(previous, next);
         previous = next;
     }
-    // The arrow keys choose the other one, which then takes the place of the first.
+    // The arrow keys choose the other one, which then becomes the tab stop.
     QCheckBox *otherCenter = medianCheck->isChecked() ? averageCheck : medianCheck;
     otherCenter->setFocusPolicy(Qt::ClickFocus);
     okButton->setDefault(true);
@@ -165,7 +166,7 @@ void SettingsDialog::okButtonClicked()
     CConfig::instance().saveConfig(convergenceCombo->currentIndex(), varianceCombo->currentIndex(),
                                    medianCheck->isChecked(), offsetSpin->value(),
                                    showInfoCheck->isChecked());
-    // close() rejects the dialog, so setResult() has to come after it.
+    // close() rejects the dialog, so setResult() comes after it.
     close();
     setResult(Accepted);
 }

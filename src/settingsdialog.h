@@ -9,8 +9,8 @@ class QGroupBox;
 class QPushButton;
 class QSpinBox;
 
-/// The dialog that edits the settings. It fills itself from the store when it is made, and writes
-/// all settings back when "Ok" is pressed.
+/// The dialog that edits the settings. It shows those of the store when it is created, and writes
+/// all of them back when "Ok" is pressed.
 class SettingsDialog : public QDialog
 {
     Q_OBJECT
@@ -27,7 +27,7 @@ private:
     QGroupBox *centerGroup();
     QGroupBox *offsetGroup();
     void readSettings();
-    void settleKeyboard();
+    void setUpKeyboard();
 
     QPushButton *okButton;
     QPushButton *cancelButton;

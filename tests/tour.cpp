@@ -268,7 +268,7 @@ int main(int argc, char *argv[])
     const bool dense = argc == 4 && qstrcmp(argv[3], "--dense") == 0;
     // The other pictures do not depend on the screen.
     if (dark || dense) {
-        Appearance::prepare();
+        Appearance::scaleWithTheScreen();
     }
     QApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();
@@ -282,7 +282,7 @@ int main(int argc, char *argv[])
     if (dark) {
         QApplication::setPalette(QPalette(QColor(45, 45, 45), QColor(30, 30, 30)));
     }
-    Appearance::settle();
+    Appearance::keepLightPalette();
     const QDir output(QFileInfo(arguments.at(2)).absoluteFilePath());
     if (!QDir().mkpath(output.path())) {
         std::fprintf(stderr, "tour: cannot make %s\n", qPrintable(output.path()));

@@ -173,7 +173,7 @@ private Q_SLOTS:
         for (int i = 0; i < dark.size(); ++i) {
             QVERIFY2(dark.at(i) != light.at(i), "the palette does not reach the window");
         }
-        Appearance::settle();
+        Appearance::keepLightPalette();
         const QVector<QImage> settled = pictures();
         for (int i = 0; i < settled.size(); ++i) {
             QCOMPARE(settled.at(i), light.at(i));
@@ -182,7 +182,7 @@ private Q_SLOTS:
 
     void desktopMayTurnDarkLater()
     {
-        Appearance::settle();
+        Appearance::keepLightPalette();
         QApplication::setPalette(darkPalette());
         QCoreApplication::processEvents();
         QCOMPARE(QApplication::palette().color(QPalette::Base),
@@ -195,7 +195,7 @@ private Q_SLOTS:
         QStyle *const style = QApplication::setStyle("Windows");
         QVERIFY(style->standardPalette().color(QPalette::Window) != fusion);
         QApplication::setPalette(darkPalette());
-        Appearance::settle();
+        Appearance::keepLightPalette();
         QCOMPARE(QApplication::palette().color(QPalette::Window),
                  style->standardPalette().color(QPalette::Window));
     }
@@ -205,7 +205,7 @@ private Q_SLOTS:
         const QPalette fusion = QApplication::palette();
         QApplication::setStyle(new DarkStyle);
         QApplication::setPalette(darkPalette());
-        Appearance::settle();
+        Appearance::keepLightPalette();
         for (const auto role : {QPalette::Window, QPalette::Base, QPalette::Text}) {
             QCOMPARE(QApplication::palette().color(role), fusion.color(role));
         }
@@ -217,7 +217,7 @@ private Q_SLOTS:
         palette.setColor(QPalette::Window, QColor(250, 240, 220));
         palette.setColor(QPalette::Highlight, QColor(180, 40, 90));
         QApplication::setPalette(palette);
-        Appearance::settle();
+        Appearance::keepLightPalette();
         QCOMPARE(QApplication::palette().color(QPalette::Window), QColor(250, 240, 220));
         QCOMPARE(QApplication::palette().color(QPalette::Highlight), QColor(180, 40, 90));
     }
@@ -225,7 +225,7 @@ private Q_SLOTS:
     void everyTextIsToldFromItsGround()
     {
         QApplication::setPalette(darkPalette());
-        Appearance::settle();
+        Appearance::keepLightPalette();
         const QPalette palette = QApplication::palette();
         for (const auto &[text, ground] :
              {std::pair(QPalette::WindowText, QPalette::Window),
