@@ -169,7 +169,7 @@ private:
             dialog.reject();
         });
         actions.at(3)->trigger();
-        for (const QString &problem : answers.unexpected()) {
+        for (const QString &problem : answers.takeUnexpected()) {
             print("problem " + problem);
         }
     }

@@ -42,7 +42,7 @@ public:
         copySample(smallSample);
     }
 
-    /// What did not go as it should; empty after a good tour.
+    /// What went wrong; empty after a good tour.
     QStringList run()
     {
         start("first-start.png");
@@ -55,19 +55,19 @@ public:
         graphOfSomePatients();
         exportPage();
         saveWorkbooks();
-        return problems + tester.answers.unexpected();
+        return problems + tester.answers.takeUnexpected();
     }
 
     /// One picture of the window, for a translated tour.
     QStringList runForOnePicture(const char *name)
     {
         start();
-        tester.answers.expectFile(tester.path(largeSample));
-        menuEntry(0)->trigger();
-        menuEntry(4)->trigger();
+        tester.open(largeSample);
+        // "Groups graph" in any language.
+        tester.menuEntries().at(4)->trigger();
         arrangeLast();
         picture(tester.window->grab(), name);
-        return problems + tester.answers.unexpected();
+        return problems + tester.answers.takeUnexpected();
     }
 
 private:
@@ -83,7 +83,7 @@ private:
         }
     }
 
-    /// Accepts the next message, and keeps a picture of it under this name, if there is one.
+    /// Accepts the next message; if \p name is not null, takes a picture of it.
     void expectMessage(const char *name)
     {
         tester.answers.expect<QMessageBox>([this, name](QMessageBox &box) {
@@ -94,7 +94,7 @@ private:
         });
     }
 
-    /// The first start, without settings: one message.
+    /// The first start, without settings: it shows one message.
     void start(const char *name = nullptr)
     {
         expectMessage(name);
@@ -108,22 +108,18 @@ private:
         tester.writeFile("notes.xlsx", "These are notes, not a workbook.");
         tester.answers.expectFile(tester.path("notes.xlsx"));
         expectMessage("refused.png");
-        tester.action("Open File")->trigger();
+        tester.trigger("Open File");
     }
 
     void markPatients()
     {
-        QTableView *table = tester.patientTable();
         for (const int row : {0, 1, 2}) {
-            const QPoint pos = table->visualRect(table->model()->index(row, 1)).center();
-            Q_EMIT table->customContextMenuRequested(pos);
-            auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+            QMenu *menu = tester.openMenu(row);
             if (!menu) {
                 problems << "no menu of ideal kvadrants";
                 return;
             }
-            // Below the heading and its separator stands kvadrant 1.
-            QAction *better = menu->actions().at(4);
+            QAction *better = MainWindowTester::entriesOf(*menu).at(3);
             menu->setActiveAction(better);
             picture(menu->grab(), "ideal-menu.png");
             better->trigger();
@@ -138,19 +134,12 @@ private:
             dialog.findChild<QSpinBox *>()->setValue(3);
             dialog.findChild<QPushButton *>("okButton")->click();
         });
-        tester.action("Settings")->trigger();
-    }
-
-    /// An entry by its place, which is the same in every language.
-    QAction *menuEntry(int place) const
-    {
-        return tester.window->menuBar()->actions().constFirst()->menu()->actions().at(place);
+        tester.trigger("Settings");
     }
 
     QMdiSubWindow *arrangeLast()
     {
-        QMdiSubWindow *subWindow =
-            tester.window->findChild<QMdiArea *>()->subWindowList().constLast();
+        QMdiSubWindow *subWindow = tester.subWindows().constLast();
         subWindow->setGeometry(QRect(QPoint(20, 10), graphSize));
         QCoreApplication::processEvents();
         return subWindow;
@@ -158,7 +147,7 @@ private:
 
     void groupGraph()
     {
-        tester.action("Groups graph")->trigger();
+        tester.trigger("Groups graph");
         const QMdiSubWindow *subWindow = arrangeLast();
         picture(tester.window->grab(), "window.png");
         picture(subWindow->widget()->grab(), "group-graph.png");
@@ -192,7 +181,7 @@ private:
         QFile::remove(page);
         tester.answers.expectFile(page);
         tester.answers.expectMessage();
-        tester.action("Export graph")->trigger();
+        tester.trigger("Export graph");
         QSvgRenderer renderer(page);
         if (!renderer.isValid()) {
             problems << "the exported page cannot be drawn";
@@ -218,7 +207,7 @@ private:
         const QString path = output.filePath(name);
         QFile::remove(path);
         tester.answers.expectFile(path);
-        tester.action(action)->trigger();
+        tester.trigger(action);
         picture(sheetPicture(path, sheet, 9, 7), shown);
     }
 
@@ -260,13 +249,30 @@ private:
     QStringList problems;
 };
 
+/// Leaves all pictures, or \p onePicture if it is not null, in the folder \p output. Gives the exit
+/// code.
+int takeTour(const QString &samples, const QString &output, const char *onePicture)
+{
+    const QString folder = QFileInfo(output).absoluteFilePath();
+    if (!QDir().mkpath(folder)) {
+        std::fprintf(stderr, "tour: cannot make %s\n", qPrintable(folder));
+        return 1;
+    }
+    Tour tour(QFileInfo(samples).absoluteFilePath(), folder);
+    const QStringList problems = onePicture ? tour.runForOnePicture(onePicture) : tour.run();
+    for (const QString &problem : problems) {
+        std::fprintf(stderr, "tour: %s\n", qPrintable(problem));
+    }
+    return problems.isEmpty() ? 0 : 1;
+}
+
 } // namespace
 
 int main(int argc, char *argv[])
 {
     const bool dark = argc == 4 && qstrcmp(argv[3], "--dark") == 0;
     const bool dense = argc == 4 && qstrcmp(argv[3], "--dense") == 0;
-    // The other pictures do not depend on the screen.
+    // The other pictures are made without scaling.
     if (dark || dense) {
         Appearance::scaleWithTheScreen();
     }
@@ -283,12 +289,6 @@ int main(int argc, char *argv[])
         QApplication::setPalette(QPalette(QColor(45, 45, 45), QColor(30, 30, 30)));
     }
     Appearance::keepLightPalette();
-    const QDir output(QFileInfo(arguments.at(2)).absoluteFilePath());
-    if (!QDir().mkpath(output.path())) {
-        std::fprintf(stderr, "tour: cannot make %s\n", qPrintable(output.path()));
-        return 1;
-    }
-
     QTranslator translator;
     const bool translated = arguments.size() == 4 && !dark && !dense;
     if (translated && !translator.load(arguments.at(3))) {
@@ -297,14 +297,9 @@ int main(int argc, char *argv[])
     }
     QCoreApplication::installTranslator(&translator);
 
-    Tour tour(QFileInfo(arguments.at(1)).absoluteFilePath(), output.path());
     const char *onePicture = translated ? "window-czech.png"
         : dark                          ? "window-dark.png"
         : dense                         ? "window-dense.png"
                                         : nullptr;
-    const QStringList problems = onePicture ? tour.runForOnePicture(onePicture) : tour.run();
-    for (const QString &problem : problems) {
-        std::fprintf(stderr, "tour: %s\n", qPrintable(problem));
-    }
-    return problems.isEmpty() ? 0 : 1;
+    return takeTour(arguments.at(1), arguments.at(2), onePicture);
 }

@@ -17,12 +17,11 @@
 
 #include "appearance.h"
 #include "support/mainwindowtester.h"
-#include "support/testworkbooks.h"
 
 namespace
 {
 
-/// What the program says about its texts on a screen of \p dpi dots an inch.
+/// What the program says about its texts on a screen of \p dpi dots per inch.
 QStringList reportAt(int dpi)
 {
     const QTemporaryDir folder;
@@ -41,7 +40,7 @@ QStringList reportAt(int dpi)
     return QString::fromUtf8(program.readAllStandardOutput()).split('\n', Qt::SkipEmptyParts);
 }
 
-/// The texts in \p report that have too little room.
+/// The texts that have too little room according to \p report.
 QStringList cutTexts(const QStringList &report)
 {
     return report.filter(QRegularExpression("^cut "));
@@ -76,19 +75,15 @@ double contrast(const QColor &text, const QColor &ground)
     return (lighter + 0.05) / (darker + 0.05);
 }
 
-/// Everything there is to see, one picture each.
+/// A picture of everything there is to see.
 QVector<QImage> pictures()
 {
     MainWindowTester tester;
-    TestWorkbooks::save(tester.path("three.xlsx"),
-                        {{"falling", 52.0, 50.0, 48.0, 47.0},
-                         {"level", 60.0, 60.0, 60.0, 60.0},
-                         {"rising", 40.0, 45.0, 50.0, 66.0}});
     tester.start();
     tester.window->resize(1240, 900);
-    tester.open("three.xlsx");
+    tester.openThreePatients();
     tester.patientTable()->selectAll();
-    tester.answers.expect<QInputDialog>([](QInputDialog &dialog) { dialog.accept(); });
+    tester.answers.expectAndAccept<QInputDialog>();
     tester.button("Show graph")->click();
     QVector<QImage> all = {tester.window->grab().toImage()};
     auto *tabs = tester.window->findChild<QTabWidget *>();
@@ -174,9 +169,9 @@ private Q_SLOTS:
             QVERIFY2(dark.at(i) != light.at(i), "the palette does not reach the window");
         }
         Appearance::keepLightPalette();
-        const QVector<QImage> settled = pictures();
-        for (int i = 0; i < settled.size(); ++i) {
-            QCOMPARE(settled.at(i), light.at(i));
+        const QVector<QImage> kept = pictures();
+        for (int i = 0; i < kept.size(); ++i) {
+            QCOMPARE(kept.at(i), light.at(i));
         }
     }
 
@@ -222,7 +217,7 @@ private Q_SLOTS:
         QCOMPARE(QApplication::palette().color(QPalette::Highlight), QColor(180, 40, 90));
     }
 
-    void everyTextIsToldFromItsGround()
+    void everyTextHasContrast()
     {
         QApplication::setPalette(darkPalette());
         Appearance::keepLightPalette();
@@ -233,7 +228,7 @@ private Q_SLOTS:
               std::pair(QPalette::Text, QPalette::AlternateBase),
               std::pair(QPalette::ButtonText, QPalette::Button),
               std::pair(QPalette::HighlightedText, QPalette::Highlight)}) {
-            // Less only where the style's own light palette gives less.
+            // Less only if the style's own light palette has less.
             const QPalette style = QApplication::style()->standardPalette();
             const double usual = contrast(style.color(text), style.color(ground));
             QVERIFY2(contrast(palette.color(text), palette.color(ground)) >= qMin(4.5, usual),

@@ -80,14 +80,14 @@ private Q_SLOTS:
     void marksAreStoredAndCleared()
     {
         GraphTester tester;
-        const QStringList table = MainWindowTester::tableTexts(*tester.patientTable());
+        const QStringList table = tester.patientTexts();
         for (int row = 0; row < 4; ++row) {
             tester.mark(row, row + 1);
         }
         QCOMPARE(tester.marks(), QVector<int>({1, 2, 3, 4, -1}));
         tester.mark(2, 5);
         QCOMPARE(tester.marks(), QVector<int>({1, 2, -1, 4, -1}));
-        QCOMPARE(MainWindowTester::tableTexts(*tester.patientTable()), table);
+        QCOMPARE(tester.patientTexts(), table);
     }
 
     void rightClickBesideTheRowsOpensNothing()

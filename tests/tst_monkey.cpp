@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// A user who does anything in any order. GLYMARK_MONKEY_STEPS and GLYMARK_MONKEY_SEED make the walk
-// longer or another one.
+// A user who does anything in any order. GLYMARK_MONKEY_STEPS sets how many steps the walk has and
+// GLYMARK_MONKEY_SEED chooses another one.
 
 #include <algorithm>
 #include <cmath>
@@ -20,7 +20,6 @@
 
 #include "settingsdialog.h"
 #include "support/mainwindowtester.h"
-#include "support/testworkbooks.h"
 
 namespace
 {
@@ -32,7 +31,7 @@ struct Settings {
     int skip = 3;
 };
 
-/// The six methods once more, in another way and with more digits.
+/// The six methods once more, written differently and with more digits.
 namespace Independent
 {
 
@@ -133,9 +132,10 @@ QVector<double> scores(const QVector<double> &values, int skip)
 
 } // namespace Independent
 
-double scoreAt(const PatientScoreRecord &score, int row)
+/// The result by a method, 0 to 5.
+double resultOf(const PatientScoreRecord &score, int method)
 {
-    return row < 3 ? score.convergence.at(row) : score.variability.at(row - 3);
+    return method < 3 ? score.convergence.at(method) : score.variability.at(method - 3);
 }
 
 class Monkey
@@ -144,7 +144,6 @@ public:
     explicit Monkey(unsigned seed) : chance(seed)
     {
         writeFiles();
-        tester.start();
         tester.window->resize(1000, 800);
     }
 
@@ -183,19 +182,23 @@ public:
         return action.name;
     }
 
-    /// What is not as it should be, or nothing.
-    QString complaint() const
+    /// What is not as it should be; empty if everything is.
+    QString complaint()
     {
-        if (!tester.answers.unexpected().isEmpty()) {
-            return tester.answers.unexpected().join(' ');
+        const QStringList unexpected = tester.answers.takeUnexpected();
+        if (!unexpected.isEmpty()) {
+            return unexpected.join(' ');
         }
         const bool loaded = !expected.isEmpty();
-        if (loaded != tester.action("Close file")->isEnabled()
-            || loaded != tester.button("Show graph")->isEnabled()
+        if (loaded != tester.isFileOpen() || loaded != tester.button("Show graph")->isEnabled()
             || loaded != (tester.patientsModel() != nullptr)) {
             return "controls do not follow the file";
         }
-        return loaded ? listsComplaint() + tablesComplaint() : QString();
+        if (!loaded) {
+            return {};
+        }
+        const QString lists = listsComplaint();
+        return lists.isEmpty() ? tablesComplaint() : lists;
     }
 
 private:
@@ -220,8 +223,8 @@ private:
     QVector<PatientRecord> randomGroup(int patients, int mostValues)
     {
         QVector<PatientRecord> group;
-        for (int i = 0; i < patients; ++i) {
-            PatientRecord patient{QString("id %1 <&>").arg(i), {}, -1};
+        for (int number = 0; number < patients; ++number) {
+            PatientRecord patient{QString("id %1 <&>").arg(number), {}, -1};
             const int count = 2 + below(mostValues);
             const bool level = maybe(6);
             for (int v = 0; v < count; ++v) {
@@ -259,9 +262,7 @@ private:
     {
         static const std::array<const char *, 4> names = {"garbage.xlsx", "cut.xlsx", "nobody.xlsx",
                                                           "short.xlsx"};
-        tester.answers.expectFile(tester.path(names.at(size_t(below(4)))));
-        tester.answers.expectMessage();
-        tester.trigger("Open File");
+        tester.openRefused(names.at(size_t(below(4))));
     }
 
     void cancelOpen()
@@ -314,8 +315,8 @@ private:
 
     void handleSubWindow()
     {
-        auto *area = tester.window->findChild<QMdiArea *>();
-        const QList<QMdiSubWindow *> open = area->subWindowList();
+        auto *area = tester.area();
+        const QList<QMdiSubWindow *> open = tester.subWindows();
         if (open.isEmpty()) {
             return;
         }
@@ -342,23 +343,13 @@ private:
             return;
         }
         const int row = below(int(expected.size()));
-        const QModelIndex index = tester.patientTable()->model()->index(row, below(2));
-        tester.patientTable()->scrollTo(index);
-        const QPoint pos = tester.patientTable()->visualRect(index).center();
-        QTest::mouseMove(tester.patientTable()->viewport(), pos);
-        Q_EMIT tester.patientTable()->customContextMenuRequested(pos);
-        auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
         if (maybe(4)) {
-            menu->close();
+            tester.openMenu(row)->close();
             return;
         }
-        // Heading and separator, four kvadrants, separator, none.
-        static const std::array<std::pair<int, int>, 5> entries = {
-            {{2, 1}, {3, 2}, {4, 3}, {5, 4}, {7, -1}}};
-        const auto [place, kvadrant] = entries.at(size_t(below(5)));
-        QTest::mouseClick(menu, Qt::LeftButton, Qt::NoModifier,
-                          menu->actionGeometry(menu->actions().at(place)).center());
-        expected[row].idealKvadrant = kvadrant;
+        const int entry = 1 + below(5);
+        tester.mark(row, entry);
+        expected[row].idealKvadrant = entry == 5 ? PatientRecord::noIdealKvadrant : entry;
     }
 
     void changeSettings()
@@ -398,7 +389,7 @@ private:
 
     void exportGraph()
     {
-        auto *area = tester.window->findChild<QMdiArea *>();
+        auto *area = tester.area();
         const QMdiSubWindow *current = area->currentSubWindow();
         if (!current || !qobject_cast<QTabWidget *>(current->widget())) {
             tester.answers.expectMessage();
@@ -477,7 +468,7 @@ private:
 
     void interruptExport()
     {
-        auto *area = tester.window->findChild<QMdiArea *>();
+        auto *area = tester.area();
         const QPointer<QMdiSubWindow> current = area->currentSubWindow();
         if (!current || !qobject_cast<QTabWidget *>(current->widget())) {
             return;
@@ -500,81 +491,91 @@ private:
         if (patients.size() != expected.size() || scores.size() != expected.size()) {
             return "lists of another length";
         }
-        for (int i = 0; i < expected.size(); ++i) {
-            if (patients.at(i).idealKvadrant != expected.at(i).idealKvadrant) {
-                return QString("mark of patient %1").arg(i);
+        for (int patient = 0; patient < expected.size(); ++patient) {
+            const PatientRecord &wanted = expected.at(patient);
+            if (patients.at(patient).idealKvadrant != wanted.idealKvadrant) {
+                return QString("mark of patient %1").arg(patient);
             }
-            if (patients.at(i).id != expected.at(i).id || scores.at(i).id != expected.at(i).id
-                || patients.at(i).values != expected.at(i).values) {
-                return QString("values of patient %1").arg(i);
+            if (patients.at(patient).id != wanted.id || scores.at(patient).id != wanted.id
+                || patients.at(patient).values != wanted.values) {
+                return QString("values of patient %1").arg(patient);
             }
-            if (scores.at(i).convergence.size() != 3 || scores.at(i).variability.size() != 3) {
-                return QString("results of patient %1").arg(i);
+            if (scores.at(patient).convergence.size() != 3
+                || scores.at(patient).variability.size() != 3) {
+                return QString("results of patient %1").arg(patient);
             }
         }
         return {};
     }
 
-    double centerOf(int row) const
+    double centerOf(int method) const
     {
-        QVector<double> column;
+        QVector<double> results;
         for (const PatientScoreRecord &score : tester.patientsModel()->scores) {
-            column << scoreAt(score, row);
+            results << resultOf(score, method);
         }
         if (settings.median) {
-            return Independent::middle(column);
+            return Independent::middle(results);
         }
         double sum = 0;
-        for (const double value : std::as_const(column)) {
-            sum += value;
+        for (const double result : std::as_const(results)) {
+            sum += result;
         }
-        return sum / double(column.size());
+        return sum / double(results.size());
     }
 
     QString tablesComplaint() const
     {
-        std::array<double, 6> centers = {};
-        for (int row = 0; row < 6; ++row) {
-            centers.at(size_t(row)) = centerOf(row);
+        QVector<double> centers;
+        for (int method = 0; method < 6; ++method) {
+            centers << centerOf(method);
         }
-        const auto center = [&centers](int row) { return centers.at(size_t(row)); };
-        for (int i = 0; i < expected.size(); ++i) {
-            const PatientScoreRecord &score = tester.patientsModel()->scores.at(i);
+        QString complaint;
+        for (int patient = 0; patient < expected.size() && complaint.isEmpty(); ++patient) {
+            complaint = markComplaint(patient, centers);
             const QVector<double> wanted =
-                Independent::scores(expected.at(i).values, settings.skip);
-            for (int row = 0; row < 6; ++row) {
-                const double value = scoreAt(score, row);
-                const double wantedValue = wanted.at(row);
-                const bool same = std::isnan(value)
-                    ? std::isnan(wantedValue)
-                    : std::abs(value - wantedValue) <= 1e-9 * std::max(1.0, std::abs(wantedValue));
-                const QModelIndex cell = tester.scoreModel()->index(row, i);
-                const QString color = QString(value > center(row)       ? "#e79292"
-                                                  : center(row) > value ? "#aad083"
-                                                                        : "#647b98");
-                if (!same || cell.data().toString() != QString::number(value)
-                    || cell.data(Qt::BackgroundRole).value<QColor>().name() != color) {
-                    return QString("cell %1, %2: %3 for %4")
-                        .arg(row)
-                        .arg(i)
-                        .arg(value, 0, 'g', 17)
-                        .arg(wantedValue, 0, 'g', 17);
-                }
-            }
-            const int v = 3 + settings.variance;
-            const QString mark =
-                QString(score.convergence.at(settings.convergence) < center(settings.convergence)
-                            ? "B/"
-                            : "W/")
-                + QString(scoreAt(score, v) >= center(v) ? "W" : "B");
-            if (tester.patientsModel()->index(i, 1).data().toString() != mark) {
-                return QString("mark in the table for patient %1").arg(i);
+                Independent::scores(expected.at(patient).values, settings.skip);
+            for (int method = 0; method < 6 && complaint.isEmpty(); ++method) {
+                complaint = cellComplaint(patient, method, wanted.at(method), centers.at(method));
             }
         }
-        return {};
+        return complaint;
     }
 
-    MainWindowTester tester;
+    QString cellComplaint(int patient, int method, double wanted, double center) const
+    {
+        const double result = resultOf(tester.patientsModel()->scores.at(patient), method);
+        const bool same = std::isnan(result)
+            ? std::isnan(wanted)
+            : std::abs(result - wanted) <= 1e-9 * std::max(1.0, std::abs(wanted));
+        const QModelIndex cell = tester.scoreModel()->index(method, patient);
+        const QString color = QString(result > center       ? "#e79292"
+                                          : center > result ? "#aad083"
+                                                            : "#647b98");
+        if (same && cell.data().toString() == QString::number(result)
+            && cell.data(Qt::BackgroundRole).value<QColor>().name() == color) {
+            return {};
+        }
+        return QString("method %1, patient %2: %3 for %4")
+            .arg(method)
+            .arg(patient)
+            .arg(result, 0, 'g', 17)
+            .arg(wanted, 0, 'g', 17);
+    }
+
+    QString markComplaint(int patient, const QVector<double> &centers) const
+    {
+        const PatientScoreRecord &score = tester.patientsModel()->scores.at(patient);
+        const int x = settings.convergence;
+        const int y = 3 + settings.variance;
+        const QString mark = QString(resultOf(score, x) < centers.at(x) ? "B/" : "W/")
+            + QString(resultOf(score, y) >= centers.at(y) ? "W" : "B");
+        return tester.patientsModel()->index(patient, 1).data().toString() == mark
+            ? QString()
+            : QString("mark in the table for patient %1").arg(patient);
+    }
+
+    StartedTester tester;
     std::mt19937 chance;
     QVector<QVector<PatientRecord>> good;
     QVector<PatientRecord> expected;

@@ -7,7 +7,7 @@
 #include <QTranslator>
 
 #include "openmessages.h"
-#include "xlsx/reading/loaderror.h"
+#include "workbooks/patientreader.h"
 
 namespace
 {
@@ -62,6 +62,17 @@ private Q_SLOTS:
         for (const QString &text : std::as_const(texts)) {
             QVERIFY2(!text.contains("(:") && !text.contains(": )"), qPrintable(text));
         }
+    }
+
+    void fileThatCanBeOpenedHasNoReason()
+    {
+        QCOMPARE(whyNotOpened({{{"a", {50, 60}, PatientRecord::noIdealKvadrant}}, {}}), QString());
+    }
+
+    void errorComesBeforeThePatients()
+    {
+        QCOMPARE(whyNotOpened({{}, LoadError::TooLarge}),
+                 QString("This workbook is too large. Nothing was opened."));
     }
 
     void damageIsToldInCzech()

@@ -2,25 +2,20 @@
 #include <cmath>
 
 #include <QComboBox>
-#include <QMdiSubWindow>
 #include <QPainter>
 #include <QPushButton>
 #include <QSpinBox>
 #include <QTest>
 
+#include "analysis/patientanalysis.h"
 #include "graphs/resultsubwindow.h"
+#include "settings/cconfig.h"
 #include "settingsdialog.h"
 #include "support/graphtester.h"
 #include "support/recordingpaintdevice.h"
 
 namespace
 {
-
-QByteArray bits(const QVector<double> &values)
-{
-    return {reinterpret_cast<const char *>(values.constData()),
-            values.size() * int(sizeof(double))};
-}
 
 /// Sets the widgets of the next settings dialog and presses "Ok".
 void expectSettings(GraphTester &tester, int convergence, int variance, bool median, int offset)
@@ -37,20 +32,62 @@ void expectSettings(GraphTester &tester, int convergence, int variance, bool med
     });
 }
 
-/// The colours of all cells of the score table.
+QStringList rowColors(const GraphTester &tester, int row)
+{
+    QStringList colors;
+    for (int column = 0; column < 5; ++column) {
+        const QModelIndex cell = tester.scoreModel()->index(row, column);
+        colors << cell.data(Qt::BackgroundRole).value<QColor>().name();
+    }
+    return colors;
+}
+
 QStringList allColors(const GraphTester &tester)
 {
     QStringList colors;
     for (int row = 0; row < 6; ++row) {
-        for (int column = 0; column < 5; ++column) {
-            colors << tester.scoreModel()
-                          ->index(row, column)
-                          .data(Qt::BackgroundRole)
-                          .value<QColor>()
-                          .name();
-        }
+        colors << rowColors(tester, row);
     }
     return colors;
+}
+
+/// Green below the center of the five values, red above it, blue on it.
+QStringList expectedColors(const QVector<double> &values, bool median)
+{
+    const double center = centerOfFive(values, median);
+    QStringList colors;
+    for (const double value : values) {
+        colors << (value < center ? "#aad083" : value > center ? "#e79292" : "#647b98");
+    }
+    return colors;
+}
+
+/// The results of the five patients by one method, 0 to 5.
+QVector<double> resultsOfFive(int method)
+{
+    QVector<double> results;
+    for (const PatientScoreRecord &score : scoresOf(fivePatients())) {
+        results << (method < 3 ? score.convergence : score.variability).at(method % 3);
+    }
+    return results;
+}
+
+/// The population deviation of all steps of each of the five patients.
+QVector<double> stepDeviationsOfFive()
+{
+    QVector<double> deviations;
+    for (const PatientRecord &patient : fivePatients()) {
+        const QVector<double> &values = patient.values;
+        const auto count = double(values.size() - 1);
+        const double mean = (values.first() - values.last()) / count;
+        double squares = 0;
+        for (int step = 0; step < count; ++step) {
+            const double difference = values.at(step) - values.at(step + 1) - mean;
+            squares += difference * difference;
+        }
+        deviations << std::sqrt(squares / count);
+    }
+    return deviations;
 }
 
 /// The texts of a new graph of the group, both centers among them.
@@ -65,6 +102,13 @@ QStringList drawnCenters(const GraphTester &tester)
     return device.summaries();
 }
 
+/// All that depends on the settings, in the window and in a new graph.
+QStringList everythingShown(const GraphTester &tester)
+{
+    return tester.labelTexts() + tester.patientTexts() + tester.scoreTexts() + allColors(tester)
+        + drawnCenters(tester);
+}
+
 } // namespace
 
 /// What changes in the window when the settings do.
@@ -77,7 +121,7 @@ private Q_SLOTS:
     {
         GraphTester tester;
         const QStringList labels = tester.labelTexts();
-        const QStringList scores = MainWindowTester::tableTexts(*tester.scoreTable());
+        const QStringList scores = tester.scoreTexts();
         for (const bool byWindow : {false, true}) {
             tester.answers.expect<SettingsDialog>([byWindow](SettingsDialog &dialog) {
                 dialog.findChild<QSpinBox *>()->setValue(0);
@@ -90,10 +134,9 @@ private Q_SLOTS:
             });
             tester.trigger("Settings");
         }
-        QCOMPARE(tester.answers.unexpected(), QStringList());
         QCOMPARE(tester.readFile("config.ini"), settingsText());
         QCOMPARE(tester.labelTexts(), labels);
-        QCOMPARE(MainWindowTester::tableTexts(*tester.scoreTable()), scores);
+        QCOMPARE(tester.scoreTexts(), scores);
     }
 
     void acceptedSettingsFollowInTheTables()
@@ -101,26 +144,20 @@ private Q_SLOTS:
         GraphTester tester;
         expectSettings(tester, 1, 2, false, 3);
         tester.trigger("Settings");
-        QCOMPARE(tester.answers.unexpected(), QStringList());
         const QStringList labels = tester.labelTexts();
         for (const char *value : {"Linear least squares", "Interquartile range", "Average", "3"}) {
             QCOMPARE(labels.count(value), 1);
         }
         QCOMPARE(tester.readFile("config.ini"), settingsText(1, 2, 0));
-        // Each mark by the average of its column.
         QStringList expected;
-        const auto &scores = tester.patientsModel()->scores;
-        double x = 0;
-        double y = 0;
-        for (const PatientScoreRecord &score : scores) {
-            x += score.convergence.at(1);
-            y += score.variability.at(2);
+        const QVector<double> x = resultsOfFive(1);
+        const QVector<double> y = resultsOfFive(5);
+        for (int patient = 0; patient < 5; ++patient) {
+            expected << fivePatients().at(patient).id
+                    + (x.at(patient) < centerOfFive(x, false) ? " B/" : " W/")
+                    + (y.at(patient) < centerOfFive(y, false) ? "B" : "W");
         }
-        for (const PatientScoreRecord &score : scores) {
-            expected << score.id + QString(score.convergence.at(1) < x / 5 ? " B/" : " W/")
-                    + QString(score.variability.at(2) < y / 5 ? "B" : "W");
-        }
-        QCOMPARE(MainWindowTester::tableTexts(*tester.patientTable()), expected);
+        QCOMPARE(tester.patientTexts(), expected);
     }
 
     void offsetChangesOneColumnAndItsCenters_data()
@@ -134,61 +171,31 @@ private Q_SLOTS:
     {
         QFETCH(bool, median);
         GraphTester tester(settingsText(0, 1, median));
-        const auto color = [&tester](int row, int column) {
-            return tester.scoreModel()
-                ->index(row, column)
-                .data(Qt::BackgroundRole)
-                .value<QColor>()
-                .name();
-        };
-        const auto otherColors = [&color] {
-            QStringList colors;
-            for (const int row : {0, 1, 2, 3, 5}) {
-                for (int column = 0; column < 5; ++column) {
-                    colors << color(row, column);
-                }
-            }
-            return colors;
-        };
-        const QStringList colorsBefore = otherColors();
-        const QVector<PatientScoreRecord> before = tester.patientsModel()->scores;
-        const QVector<PatientRecord> patients = tester.patientsModel()->patients;
+        const QStringList textsBefore = tester.scoreTexts();
+        const QStringList colorsBefore = allColors(tester);
         expectSettings(tester, 0, 1, median, 0);
         tester.trigger("Settings");
-        const QVector<PatientScoreRecord> after = tester.patientsModel()->scores;
-        QVector<double> column;
-        for (int i = 0; i < before.size(); ++i) {
-            QCOMPARE(after.at(i).id, before.at(i).id);
-            QCOMPARE(bits(after.at(i).convergence), bits(before.at(i).convergence));
-            for (const int same : {0, 2}) {
-                QCOMPARE(bits({after.at(i).variability.at(same)}),
-                         bits({before.at(i).variability.at(same)}));
-            }
-            QVERIFY(after.at(i).variability.at(1) != before.at(i).variability.at(1));
-            // Population deviation of all steps.
-            const QVector<double> &values = patients.at(i).values;
-            const auto count = double(values.size() - 1);
-            const double mean = (values.first() - values.last()) / count;
-            double squares = 0;
-            for (int step = 0; step < count; ++step) {
-                const double d = values.at(step) - values.at(step + 1) - mean;
-                squares += d * d;
-            }
-            QVERIFY(qAbs(after.at(i).variability.at(1) - std::sqrt(squares / count)) < 1e-12);
-            column << after.at(i).variability.at(1);
+
+        const QVector<double> deviations = stepDeviationsOfFive();
+        QStringList row;
+        QStringList expectedMarks;
+        for (const double deviation : deviations) {
+            row << QString::number(deviation);
+            expectedMarks << (deviation < centerOfFive(deviations, median) ? "B" : "W");
         }
-        QCOMPARE(otherColors(), colorsBefore);
-        // The colours of row 4 and the second letters follow the new center.
-        const double center = centerOfFive(column, median);
-        for (int i = 0; i < column.size(); ++i) {
-            const double value = column.at(i);
-            QCOMPARE(color(4, i),
-                     QString(value < center       ? "#aad083"
-                                 : value > center ? "#e79292"
-                                                  : "#647b98"));
-            QCOMPARE(tester.patientsModel()->index(i, 1).data().toString().right(1),
-                     QString(value < center ? "B" : "W"));
+        QStringList expected = textsBefore;
+        expected[4] = row.join(' ');
+        QVERIFY(expected != textsBefore);
+        QCOMPARE(tester.scoreTexts(), expected);
+        QCOMPARE(rowColors(tester, 4), expectedColors(deviations, median));
+        QStringList marks;
+        for (const QString &patient : tester.patientTexts()) {
+            marks << patient.right(1);
         }
+        QCOMPARE(marks, expectedMarks);
+        // The other methods keep their colours.
+        QCOMPARE(allColors(tester).mid(0, 20), colorsBefore.mid(0, 20));
+        QCOMPARE(rowColors(tester, 5), colorsBefore.mid(25));
     }
 
     void acceptedSettingsComputeAgain_data()
@@ -203,52 +210,27 @@ private Q_SLOTS:
         }
     }
 
-    // Even where the offset stays: a score and both centers that are wrong beforehand are right
-    // afterwards, and what does not depend on the offset is not touched.
+    // Even if the offset stays as the dialog shows it: results and centers of another offset become
+    // right.
     void acceptedSettingsComputeAgain()
     {
         QFETCH(int, convergence);
         QFETCH(int, variability);
         QFETCH(bool, median);
-        GraphTester tester(settingsText(0, 0, median));
-        const QVector<PatientScoreRecord> before = tester.patientsModel()->scores;
-        const QStringList colors = allColors(tester);
-        const QStringList graph = drawnCenters(tester);
-        QVector<PatientScoreRecord> spoiled = before;
-        for (PatientScoreRecord &score : spoiled) {
-            score.variability[1] = 1e6;
+        QStringList expected;
+        {
+            const GraphTester fresh(settingsText(convergence, variability, median));
+            expected = everythingShown(fresh);
         }
-        const PatientScoreRecord far = {{}, {-1e9, -1e9, -1e9}, {-1e9, -1e9, -1e9}};
-        tester.patientsModel()->update(spoiled, far, far);
-        QVERIFY(allColors(tester) != colors);
+        GraphTester tester(settingsText(0, 0, median, 0));
+        // The window does not hear of this.
+        CConfig::instance().saveConfig(0, 0, median, 3, 1);
+        QVERIFY(everythingShown(tester) != expected);
         tester.writeFile("config.ini", "gone");
-
         expectSettings(tester, convergence, variability, median, 3);
         tester.trigger("Settings");
-        QCOMPARE(tester.answers.unexpected(), QStringList());
-        for (int i = 0; i < before.size(); ++i) {
-            const PatientScoreRecord &after = tester.patientsModel()->scores.at(i);
-            QCOMPARE(after.id, before.at(i).id);
-            QCOMPARE(bits(after.convergence), bits(before.at(i).convergence));
-            QCOMPARE(bits(after.variability), bits(before.at(i).variability));
-        }
-        QCOMPARE(allColors(tester), colors);
+        QCOMPARE(everythingShown(tester), expected);
         QCOMPARE(tester.readFile("config.ini"), settingsText(convergence, variability, median));
-        if (convergence == 0) {
-            QCOMPARE(drawnCenters(tester), graph);
-        }
-        QStringList marks;
-        QVector<double> x;
-        QVector<double> y;
-        for (const PatientScoreRecord &score : before) {
-            x << score.convergence.at(convergence);
-            y << score.variability.at(variability);
-        }
-        for (int i = 0; i < before.size(); ++i) {
-            marks << before.at(i).id + (x.at(i) < centerOfFive(x, median) ? " B/" : " W/")
-                    + (y.at(i) < centerOfFive(y, median) ? "B" : "W");
-        }
-        QCOMPARE(MainWindowTester::tableTexts(*tester.patientTable()), marks);
     }
 
     void changeOfTheCenterShowsInThePaintedTable()
@@ -269,17 +251,10 @@ private Q_SLOTS:
             }
             return colors;
         };
-        const auto expected = [&tester](bool median) {
+        const auto expected = [](bool median) {
             QStringList colors;
-            for (int row = 0; row < 6; ++row) {
-                QVector<double> values;
-                for (const PatientScoreRecord &score : tester.patientsModel()->scores) {
-                    values << (row < 3 ? score.convergence : score.variability).at(row % 3);
-                }
-                const double center = centerOfFive(values, median);
-                for (const double value : values) {
-                    colors << (value < center ? "#aad083" : value > center ? "#e79292" : "#647b98");
-                }
+            for (int method = 0; method < 6; ++method) {
+                colors << expectedColors(resultsOfFive(method), median);
             }
             return colors;
         };
@@ -301,7 +276,6 @@ private Q_SLOTS:
         QStringList labels = tester.labelTexts();
         expectSettings(tester, 2, 1, false, 12);
         tester.trigger("Settings");
-        QCOMPARE(tester.answers.unexpected(), QStringList());
         QCOMPARE(tester.readFile("config.ini"), settingsText(2, 1, 0, 12));
         const QStringList values = {"C*e^(k*x)", "Difference standard deviation offset", "Average",
                                     "12"};
@@ -312,7 +286,7 @@ private Q_SLOTS:
         QCOMPARE(tester.labelTexts(), labels);
         QVERIFY(tester.patientTable()->model() == nullptr);
         QVERIFY(tester.scoreTable()->model() == nullptr);
-        QVERIFY(!tester.action("Close file")->isEnabled());
+        QVERIFY(!tester.isFileOpen());
         QVERIFY(!tester.button("Show graph")->isEnabled());
         QVERIFY(!tester.button("Reset selection")->isEnabled());
         QCOMPARE(tester.window->windowTitle(), "Glymark");

@@ -4,23 +4,30 @@
 #include <algorithm>
 #include <numeric>
 
-#include <QApplication>
 #include <QInputDialog>
 #include <QPushButton>
 #include <QTest>
 
-#include "support/testworkbooks.h"
-
-GraphTester::GraphTester(const QByteArray &config) : MainWindowTester(config)
+QVector<PatientRecord> fivePatients()
 {
-    TestWorkbooks::save(path("five.xlsx"),
-                        {{"a", 50.0, 60.0, 55.0, 70.0, 62.0, 61.0, 48.0},
-                         {"b", 70.0, 68.0, 65.0, 66.0, 60.0, 58.0, 55.0},
-                         {"c", 48.0, 52.0, 50.0, 55.0, 53.0, 58.0, 57.0, 60.0},
-                         {"d", 90.0, 70.0, 60.0, 55.0, 50.0, 50.0},
-                         {"e", 61.0, 60.5, 61.5, 59.0, 60.0, 64.0, 63.0}});
-    start();
-    open("five.xlsx");
+    return {{"a", {50, 60, 55, 70, 62, 61, 48}, PatientRecord::noIdealKvadrant},
+            {"b", {70, 68, 65, 66, 60, 58, 55}, PatientRecord::noIdealKvadrant},
+            {"c", {48, 52, 50, 55, 53, 58, 57, 60}, PatientRecord::noIdealKvadrant},
+            {"d", {90, 70, 60, 55, 50, 50}, PatientRecord::noIdealKvadrant},
+            {"e", {61, 60.5, 61.5, 59, 60, 64, 63}, PatientRecord::noIdealKvadrant}};
+}
+
+GraphTester::GraphTester(const QByteArray &config) : StartedTester(config)
+{
+    QVector<TestWorkbooks::Row> rows;
+    for (const PatientRecord &patient : fivePatients()) {
+        TestWorkbooks::Row row{patient.id};
+        for (const double value : patient.values) {
+            row << value;
+        }
+        rows << row;
+    }
+    openPatients("five.xlsx", rows);
 }
 
 void GraphTester::select(const QVector<int> &rows) const
@@ -54,53 +61,6 @@ void GraphTester::makeGraph(const QVector<int> &rows, const QString &name)
     select(rows);
     expectName(name);
     press("Show graph");
-}
-
-QMenu *GraphTester::openMenu(int row) const
-{
-    const QModelIndex index = patientTable()->model()->index(row, 0);
-    const QPoint pos = patientTable()->visualRect(index).center();
-    // A menu takes no click of a pointer that has not moved since it opened.
-    QTest::mouseMove(patientTable()->viewport(), pos);
-    Q_EMIT patientTable()->customContextMenuRequested(pos);
-    return qobject_cast<QMenu *>(QApplication::activePopupWidget());
-}
-
-void GraphTester::mark(int row, int entry) const
-{
-    QMenu *menu = openMenu(row);
-    QTest::mouseClick(menu, Qt::LeftButton, Qt::NoModifier,
-                      menu->actionGeometry(entriesOf(*menu).at(entry)).center());
-}
-
-QList<QAction *> GraphTester::entriesOf(const QMenu &menu)
-{
-    QList<QAction *> entries;
-    for (QAction *action : menu.actions()) {
-        if (!action->isSeparator()) {
-            entries << action;
-        }
-    }
-    return entries;
-}
-
-QStringList GraphTester::lines(const QMenu &menu)
-{
-    QStringList all;
-    for (const QAction *action : menu.actions()) {
-        all << (action->isSeparator() ? "-"
-                                      : QString(action->isChecked() ? "*" : "") + action->text());
-    }
-    return all;
-}
-
-QVector<int> GraphTester::marks() const
-{
-    QVector<int> all;
-    for (const PatientRecord &patient : patientsModel()->patients) {
-        all << patient.idealKvadrant;
-    }
-    return all;
 }
 
 double centerOfFive(QVector<double> values, bool median)

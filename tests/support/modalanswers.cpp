@@ -4,12 +4,19 @@
 #include <QApplication>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QTest>
 
 ModalAnswers::ModalAnswers()
 {
     timer.setInterval(1);
     connect(&timer, &QTimer::timeout, this, &ModalAnswers::answerActive);
     timer.start();
+}
+
+ModalAnswers::~ModalAnswers()
+{
+    const QStringList all = takeUnexpected();
+    QVERIFY2(all.isEmpty(), qPrintable(all.join(", ")));
 }
 
 void ModalAnswers::expectMessage()
@@ -24,10 +31,10 @@ void ModalAnswers::expectFile(const QString &path)
 {
     expect<QFileDialog>([path](QFileDialog &dialog) {
         dialog.findChild<QLineEdit *>("fileNameEdit")->setText(path);
-        // From the event loop, so that a question about replacing the file gets its own answer.
+        // From the event loop, so that the question whether to replace the file can be answered.
         QTimer::singleShot(0, &dialog, [&dialog] {
             QMetaObject::invokeMethod(&dialog, "accept");
-            // A dialog that still refuses the name would wait for the user for ever.
+            // A dialog that refuses the name would wait for ever.
             if (dialog.isVisible()) {
                 dialog.reject();
             }
@@ -48,11 +55,13 @@ void ModalAnswers::expectAndCancel()
     expect<QDialog>([](QDialog &dialog) { dialog.reject(); });
 }
 
-QStringList ModalAnswers::unexpected() const
+QStringList ModalAnswers::takeUnexpected()
 {
-    QStringList all = problems;
+    QStringList all;
+    all.swap(problems);
     if (!answers.empty()) {
         all << QString("%1 dialogs did not come").arg(answers.size());
+        answers.clear();
     }
     return all;
 }
