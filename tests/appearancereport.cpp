@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Linked with the program's own entry: opens the workbook that GLYMARK_WORKBOOK names, shows all
-// that the program has to show, prints what a test has to know about its texts, and quits.
+// Linked with the program's own entry: opens the workbook that GLYMARK_WORKBOOK names, shows
+// everything, prints what a test needs to know about the texts, and quits.
 //
 //     ratio 1.5            pixels of the screen for one of the program
 //     text Ok 20           the width of a text in pixels of the program, in the font of its widget
 //     cut Legend           a text that has too little room
-//     problem ...          something that did not go as it should
+//     problem ...          something that went wrong
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -84,7 +84,7 @@ void report(const QHeaderView &header)
 
 void reportGraph(const QWidget &graph)
 {
-    // The positions are fixed, so that the texts have room as long as they keep their width.
+    // The positions are fixed, so the texts have room if they keep their width.
     for (const char *text : {"mmol/mol", "1234.56", "Difference standard deviation offset"}) {
         reportText(graph, text, false);
     }
@@ -130,7 +130,7 @@ public:
     }
 
 private:
-    // Again and again, until the message at the start is answered and the window is there.
+    // Repeats until the message at the start is answered and the window is shown.
     void start()
     {
         for (QWidget *widget : QApplication::topLevelWidgets()) {

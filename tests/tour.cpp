@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Drives the real window through its whole work on the sample, with real dialogs, and leaves the
-// pictures of the documents, an exported page and both workbooks behind.
+// Drives the real window through its whole work on the sample, with real dialogs, and saves the
+// pictures of the documents, an exported page and both workbooks.
 
 #include <cstdio>
 
@@ -249,8 +249,8 @@ private:
     QStringList problems;
 };
 
-/// Leaves all pictures, or \p onePicture if it is not null, in the folder \p output. Gives the exit
-/// code.
+/// Saves all pictures, or only \p onePicture if it is not null, in the folder \p output. Returns
+/// the exit code.
 int takeTour(const QString &samples, const QString &output, const char *onePicture)
 {
     const QString folder = QFileInfo(output).absoluteFilePath();

@@ -21,7 +21,7 @@
 namespace
 {
 
-/// What the program says about its texts on a screen of \p dpi dots per inch.
+/// What the program reports about its texts on a screen of \p dpi dots per inch.
 QStringList reportAt(int dpi)
 {
     const QTemporaryDir folder;

@@ -4,7 +4,7 @@
 
 #include "support/mainwindowtester.h"
 
-/// The toolkit remembers where a dialog has been as long as the program runs, so this test is a
+/// The toolkit remembers the folder of the last dialog while the program runs, so this test is a
 /// program of its own.
 class TestFirstDialog : public QObject
 {

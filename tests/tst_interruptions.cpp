@@ -212,8 +212,8 @@ private Q_SLOTS:
         QVERIFY(QFile::exists(tester.path("page.svg")));
     }
 
-    void openGoesOnWithTheFileThatWasChosen_data() { meanwhileColumns(); }
-    void openGoesOnWithTheFileThatWasChosen()
+    void openContinuesWithTheChosenFile_data() { meanwhileColumns(); }
+    void openContinuesWithTheChosenFile()
     {
         QFETCH(const int, index);
         Tester tester;
@@ -232,8 +232,8 @@ private Q_SLOTS:
         QCOMPARE(tester.patientIds(), QStringList("c"));
     }
 
-    void settingsBringUpToDateWhatIsOpenAfterThem_data() { meanwhileColumns(); }
-    void settingsBringUpToDateWhatIsOpenAfterThem()
+    void settingsUpdateTheFileThatIsOpenAfterwards_data() { meanwhileColumns(); }
+    void settingsUpdateTheFileThatIsOpenAfterwards()
     {
         QFETCH(const int, index);
         const Meanwhile &meanwhile = meanwhiles.at(size_t(index));

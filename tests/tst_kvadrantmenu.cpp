@@ -10,7 +10,7 @@
 
 Q_DECLARE_METATYPE(std::function<void(QMenu &)>)
 
-/// The menu of a patient, in which the user marks the ideal kvadrant.
+/// The context menu in which the user marks the ideal kvadrant of a patient.
 class TestKvadrantMenu : public QObject
 {
     Q_OBJECT

@@ -28,8 +28,8 @@ class TestSaveCommands : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void withoutPatientsTheyRefuse_data() { commands_data(); }
-    void withoutPatientsTheyRefuse()
+    void savingNeedsAFile_data() { commands_data(); }
+    void savingNeedsAFile()
     {
         QFETCH(QString, action);
         StartedTester tester;
@@ -38,8 +38,8 @@ private Q_SLOTS:
         QCOMPARE(tester.answers.messages(), QStringList("No data|No data to save"));
     }
 
-    void afterCloseTheyRefuse_data() { commands_data(); }
-    void afterCloseTheyRefuse()
+    void savingNeedsAFileAfterClosing_data() { commands_data(); }
+    void savingNeedsAFileAfterClosing()
     {
         QFETCH(QString, action);
         Tester tester;
@@ -98,8 +98,8 @@ private Q_SLOTS:
         QCOMPARE(tester.answers.messages(), QStringList());
     }
 
-    void nameIsTakenAsItStands_data() { commands_data(); }
-    void nameIsTakenAsItStands()
+    void nameIsUsedAsTyped_data() { commands_data(); }
+    void nameIsUsedAsTyped()
     {
         QFETCH(QString, action);
         QFETCH(QStringList, sheets);

@@ -223,7 +223,7 @@ private Q_SLOTS:
             expected = everythingShown(fresh);
         }
         GraphTester tester(settingsText(0, 0, median, 0));
-        // The window does not hear of this.
+        // The window does not notice.
         CConfig::instance().saveConfig(0, 0, median, 3, 1);
         QVERIFY(everythingShown(tester) != expected);
         tester.writeFile("config.ini", "gone");

@@ -95,7 +95,7 @@ private Q_SLOTS:
         QCOMPARE(m_dialog->minimumSize(), m_dialog->maximumSize());
     }
 
-    void groupsStandInOrder()
+    void groupsAreInOrder()
     {
         open();
         QStringList titles;
@@ -112,7 +112,7 @@ private Q_SLOTS:
                                << "Offset");
     }
 
-    void buttonsStandAtTheRightEdge()
+    void buttonsAreAtTheRightEdge()
     {
         open();
         const QLayout *buttons = m_dialog->layout()->itemAt(3)->layout();
@@ -129,7 +129,7 @@ private Q_SLOTS:
         QCOMPARE(cancel->parent(), m_dialog.get());
     }
 
-    void widgetsStandInTheirGroups()
+    void widgetsAreInTheirGroups()
     {
         open();
         const auto groupOf = [this](const char *name) {
@@ -152,7 +152,7 @@ private Q_SLOTS:
         QVERIFY(average->x() < median->x());
     }
 
-    void labelsStandBesideTheirWidgets()
+    void labelsAreBesideTheirWidgets()
     {
         open();
         QStringList labels;

@@ -62,7 +62,7 @@ QMap<QString, Message> messagesOf(const QString &path)
     return messages;
 }
 
-/// What a translation has to keep: blanks at the ends, placeholders, patterns of file names.
+/// What a translation must keep: blanks at the ends, placeholders, patterns of file names.
 QStringList keptParts(const QString &string)
 {
     static const QRegularExpression part(R"(^\s+|\s+$|%L?\d+|%n|\(\*\.\w+\)|:$)");
@@ -143,7 +143,7 @@ ProgramRun startProgram(const QString &folder)
         return {};
     }
     QStringList errors = QString::fromLocal8Bit(program.readAllStandardError()).split('\n');
-    // The platform without a screen has something to say to every window.
+    // The platform without a screen prints a line for every window.
     errors = errors.filter(QRegularExpression("^(?!This plugin does not support)."));
     const QString output = QString::fromUtf8(program.readAllStandardOutput());
     // The accelerator marks of Qt's own buttons depend on the desktop.
@@ -224,7 +224,7 @@ QStringList czechStart()
                   "Zrušit výběr"});
 }
 
-// The application's font for as long as this lives.
+/// The font of the application while this exists.
 class FontOfSize
 {
 public:
@@ -335,7 +335,7 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("whole");
         QTest::addColumn<QStringList>("damaged");
         QTest::addColumn<bool>("czech");
-        // Qt shortens a name at its "_" where there is no such file.
+        // If there is no such file, Qt shortens its name at "_".
         QTest::newRow("shortened name") << texts({"czech.qm"}) << QStringList() << true;
         QTest::newRow("no suffix") << texts({"czech_cs"}) << QStringList() << true;
         QTest::newRow("full name first") << texts({"czech_cs.qm"}) << texts({"czech.qm"}) << true;
@@ -476,7 +476,7 @@ private Q_SLOTS:
         QCOMPARE(header(tester.patientsModel(), 0, Qt::Horizontal), "ID pacienta");
         QCOMPARE(header(tester.patientsModel(), 1, Qt::Horizontal), "Výsledky");
         QCOMPARE(header(tester.patientsModel(), 2, Qt::Horizontal), "Unknown!");
-        // The middle patient is the center of x; of y it is the one that falls.
+        // The center of x is the level patient, that of y the falling one.
         QCOMPARE(tester.patientTexts(), texts({"falling L/H", "level H/L", "rising H/H"}));
 
         QCOMPARE(tester.patientTable()->accessibleName(), "Pacienti");

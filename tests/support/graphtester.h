@@ -6,7 +6,7 @@
 /// The patients "a" to "e" of "five.xlsx".
 QVector<PatientRecord> fivePatients();
 
-/// A window with the five patients open, and the gestures of a user on it.
+/// A window with the five patients open, and the gestures of a user.
 class GraphTester : public StartedTester
 {
 public:

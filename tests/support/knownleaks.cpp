@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What the leak sanitizer passes over in every test program. Compiled in, so that no path stands in
-// an option, where a blank would cut it.
+// What the leak sanitizer ignores in every test program. Compiled in, because a blank would cut the
+// path of a file in an option.
 
 // NOLINTBEGIN(bugprone-reserved-identifier): the sanitizer's own names.
 extern "C" const char *__lsan_default_suppressions();

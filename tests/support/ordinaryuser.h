@@ -7,7 +7,7 @@
 #include <sys/prctl.h>
 #endif
 
-/// Runs as an ordinary user as long as it lives: the superuser is let in everywhere.
+/// Runs as an ordinary user while this exists: root may open everything.
 class OrdinaryUser
 {
 public:
@@ -18,7 +18,7 @@ public:
             return;
         }
         if (seteuid(0) != 0) {
-            qFatal("cannot become the superuser again");
+            qFatal("cannot become root again");
         }
 #ifdef Q_OS_LINUX
         // Lost with the change of user, and needed by the leak check.
@@ -27,7 +27,7 @@ public:
     }
     Q_DISABLE_COPY_MOVE(OrdinaryUser)
 
-    /// The tests run as root, and cannot become anybody else.
+    /// The tests run as root and cannot become another user.
     const bool failed;
 
 private:

@@ -5,8 +5,8 @@
 #include <QString>
 #include <QTemporaryDir>
 
-/// A fresh folder that is the working directory as long as it lives, and so the place of the
-/// settings file: the store is read anew at both ends.
+/// A fresh folder that is the working directory while this exists, and so the place of the settings
+/// file: the store is read again at the beginning and at the end.
 class WorkingFolder
 {
 public:
@@ -18,9 +18,9 @@ public:
     /// Path of \p name in the folder.
     QString filePath(const QString &name) const { return folder.filePath(name); }
     void writeFile(const QString &name, const QByteArray &content) const;
-    /// What the file \p name holds; null without such a file.
+    /// The content of the file \p name; null if there is none.
     QByteArray readFile(const QString &name) const;
-    /// Takes the folder away from under the program.
+    /// Removes the folder while the program works in it.
     bool remove() { return folder.remove(); }
 
 private:

@@ -6,7 +6,7 @@
 #include <QtGlobal>
 #include <sys/resource.h>
 
-/// No file can grow beyond \p size bytes as long as this lives; 0 is a full disk.
+/// No file can grow beyond \p size bytes while this exists; 0 is a full disk.
 class WriteLimit
 {
 public:
