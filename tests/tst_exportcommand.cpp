@@ -14,7 +14,7 @@
 namespace
 {
 
-/// "x y: text" for each text of an SVG page that stands under this translation.
+/// "x y: text" for each text of an SVG page under this translation.
 QStringList textsUnder(const QDomDocument &page, QPointF translation)
 {
     QStringList lines;
@@ -66,6 +66,25 @@ QStringList attributeValues(const QDomElement &element)
     return values;
 }
 
+/// Exports the current graph of \p tester to the file \p name and reads it.
+QDomDocument exported(GraphTester &tester, const char *name)
+{
+    tester.answers.expectFile(tester.path(name));
+    tester.answers.expectMessage();
+    tester.trigger("Export graph");
+    QDomDocument page;
+    page.setContent(tester.readFile(name));
+    return page;
+}
+
+/// The part of an A4 page within the margins of this system's printer, in points.
+QRectF printable()
+{
+    QPrinter printer(QPrinter::ScreenResolution);
+    printer.setPageSize(QPageSize(QPageSize::A4));
+    return printer.pageRect(QPrinter::Point);
+}
+
 } // namespace
 
 /// The window writes a graph as an SVG page.
@@ -99,42 +118,44 @@ private Q_SLOTS:
         QCOMPARE(tester.answers.messages(), QStringList());
     }
 
-    void exportWritesTheCurrentGraphAsOnePage()
+    void exportWritesTheCurrentGraph()
     {
         GraphTester tester;
         tester.makeGraph({0}, "first");
         tester.makeGraph({1, 2}, "second");
         tester.makeGraph({3}, "third");
         tester.area()->setActiveSubWindow(tester.subWindows().at(1));
-        tester.answers.expectFile(tester.path("page"));
-        tester.answers.expectMessage();
-        tester.trigger("Export graph");
+        // The name is taken as typed, without an extension.
+        const QDomDocument page = exported(tester, "page");
         QCOMPARE(tester.answers.messages(),
                  QStringList("Graphs export|Graph successfully exported"));
+        QCOMPARE(page.documentElement().firstChildElement("title").text(), "second");
+    }
 
-        // The name is taken as typed, without an extension.
-        QDomDocument page;
-        QVERIFY(page.setContent(tester.readFile("page")));
-        const QDomElement root = page.documentElement();
-        QCOMPARE(root.firstChildElement("title").text(), "second");
-        // A4 has 595 by 842 points, whatever the printer of this system leaves at the edges.
-        QPrinter printer(QPrinter::ScreenResolution);
-        printer.setPageSize(QPageSize(QPageSize::A4));
-        const QRectF printable = printer.pageRect(QPrinter::Point);
-        QVERIFY(QRectF(0, 0, 595, 842).contains(printable));
-        const QPointF margin((595 - printable.width()) / 2, (842 - printable.height()) / 2);
-        const QRect box = printable.toRect();
+    void exportedPageIsA4()
+    {
+        GraphTester tester;
+        tester.makeGraph({1, 2});
+        const QDomElement root = exported(tester, "page.svg").documentElement();
+        const QRect box = printable().toRect();
         QCOMPARE(
             root.attribute("viewBox"),
             QString("%1 %2 %3 %4").arg(box.x()).arg(box.y()).arg(box.width()).arg(box.height()));
         // Points at the 72 dots per inch of the generator, given in millimetres.
-        const double millimetres = root.attribute("width").remove("mm").toDouble();
-        QVERIFY(qAbs(millimetres - 210) < 1);
+        QVERIFY(qAbs(root.attribute("width").remove("mm").toDouble() - 210) < 1);
         QVERIFY(qAbs(root.attribute("height").remove("mm").toDouble() - 297) < 1);
+    }
 
-        // Either graph has its half of the page: both count some of their texts from the lower
-        // edge.
-        const double height = printable.height() / 2;
+    void eachGraphHasItsHalfOfThePage()
+    {
+        GraphTester tester;
+        tester.makeGraph({1, 2});
+        const QDomDocument page = exported(tester, "page.svg");
+        // A4 has 595 by 842 points, whatever margins the printer of this system has.
+        QVERIFY(QRectF(0, 0, 595, 842).contains(printable()));
+        const QPointF margin((595 - printable().width()) / 2, (842 - printable().height()) / 2);
+        // Both graphs count the y of some texts from their lower edge.
+        const double height = printable().height() / 2;
         const QStringList plot = textsUnder(page, margin);
         const QString method =
             QString("5 %1: Convergence: Median difference").arg(static_cast<int>(height - 2));
@@ -153,11 +174,11 @@ private Q_SLOTS:
         const QString markup = "a<b>&\"c'</title>";
         QTest::newRow("markup") << markup << markup;
         const QString noLatin = "Křivka č. 1 \xF0\x9F\x93\x88";
-        QTest::newRow("no latin") << noLatin << noLatin;
+        QTest::newRow("no Latin-1") << noLatin << noLatin;
         QTest::newRow("control characters")
             << QString(QChar(1)) + "x" + QChar(0x1b) + QChar(0xFFFF) << "\uFFFDx\uFFFD\uFFFD";
-        QTest::newRow("half a surrogate pair") << QString(QChar(0xD800)) + "x"
-                                               << "\uFFFDx";
+        QTest::newRow("unpaired surrogate") << QString(QChar(0xD800)) + "x"
+                                            << "\uFFFDx";
     }
 
     void exportOfOddNamesIsWellFormed()
@@ -168,9 +189,7 @@ private Q_SLOTS:
         tester.patientsModel()->patients[0].id = name;
         tester.patientsModel()->scores[0].id = name;
         tester.makeGraph({0, 1}, name);
-        tester.answers.expectFile(tester.path("odd.svg"));
-        tester.answers.expectMessage();
-        tester.trigger("Export graph");
+        exported(tester, "odd.svg");
         QXmlStreamReader reader(tester.readFile("odd.svg"));
         QStringList titles;
         QStringList labels;
@@ -186,11 +205,11 @@ private Q_SLOTS:
         }
         QVERIFY2(!reader.hasError(), qPrintable(reader.errorString()));
         QCOMPARE(titles, QStringList(written));
-        // Beside the patient's dot and in the legend.
+        // At the patient's dot and in the legend.
         QCOMPARE(labels.count(written), 2);
     }
 
-    void exportToNowhereStillSaysItSucceeded()
+    void failedExportStillReportsSuccess()
     {
         GraphTester tester;
         tester.makeGraph({0});
@@ -206,9 +225,8 @@ private Q_SLOTS:
     {
         const ExportPage page{QSize(600, 840), QRectF(10, 20, 580, 800)};
         QCOMPARE(page.margin(), QPointF(10, 20));
-        QCOMPARE(page.graph(), QSizeF(580, 400));
-        QCOMPARE(page.resultPlot(), QPointF(10, 20));
-        QCOMPARE(page.patientGraph(), QPointF(20, 440));
+        QCOMPARE(page.graphSize(), QSizeF(580, 400));
+        QCOMPARE(page.patientGraphCorner(), QPointF(20, 440));
     }
 
     void exportLeavesTheScreenAsItWas()
@@ -218,14 +236,10 @@ private Q_SLOTS:
         auto *tabs = qobject_cast<QTabWidget *>(tester.subWindows().first()->widget());
         const QImage before = tabs->widget(0)->grab().toImage();
         const QImage plotBefore = tabs->widget(1)->grab().toImage();
-        tester.answers.expectFile(tester.path("page.svg"));
-        tester.answers.expectMessage();
-        tester.trigger("Export graph");
+        const QDomDocument page = exported(tester, "page.svg");
+        QVERIFY(!page.isNull());
         QCOMPARE(tabs->widget(0)->grab().toImage(), before);
         QCOMPARE(tabs->widget(1)->grab().toImage(), plotBefore);
-        const QByteArray file = tester.readFile("page.svg");
-        QDomDocument page;
-        QVERIFY(page.setContent(file));
         for (const QString &value : attributeValues(page.documentElement())) {
             QVERIFY2(!value.contains("nan") && !value.contains("inf"), qPrintable(value));
         }
@@ -236,7 +250,7 @@ private Q_SLOTS:
         GraphTester tester;
         tester.makeGraph({0, 1, 2});
         auto *tabs = qobject_cast<QTabWidget *>(tester.subWindows().first()->widget());
-        // Only the tab in front is ever painted.
+        // Only the current tab is painted.
         for (int tab = 0; tab < tabs->count(); ++tab) {
             tabs->setCurrentIndex(tab);
             PaintCounter counter;

@@ -15,16 +15,11 @@
 namespace
 {
 
-// Later releases of the toolkit escape the title, earlier ones write it as it is.
-bool escapesTitles()
+// Some releases of Qt write the title of an SVG file without escaping it.
+QByteArray withEscapedTitle(QByteArray svg, const QString &title)
 {
-    QBuffer page;
-    QSvgGenerator generator;
-    generator.setOutputDevice(&page);
-    generator.setTitle(QStringLiteral("&"));
-    QPainter painter(&generator);
-    painter.end();
-    return page.data().contains("&amp;");
+    const auto element = [](const QString &text) { return "<title>" + text.toUtf8() + "</title>"; };
+    return svg.replace(element(title), element(title.toHtmlEscaped()));
 }
 
 } // namespace
@@ -41,19 +36,14 @@ QPointF ExportPage::margin() const
     return {(paper.width() - printable.width()) * 0.5, (paper.height() - printable.height()) * 0.5};
 }
 
-QSizeF ExportPage::graph() const
+QSizeF ExportPage::graphSize() const
 {
     return {printable.width(), printable.height() * 0.5};
 }
 
-QPointF ExportPage::resultPlot() const
+QPointF ExportPage::patientGraphCorner() const
 {
-    return margin();
-}
-
-QPointF ExportPage::patientGraph() const
-{
-    return 2 * margin() + QPointF(0.0, graph().height());
+    return 2 * margin() + QPointF(0.0, graphSize().height());
 }
 
 void exportGraphs(const QTabWidget &tabs, const QString &fileName)
@@ -61,23 +51,23 @@ void exportGraphs(const QTabWidget &tabs, const QString &fileName)
     auto *patientGraph = static_cast<GraphSubWindow *>(tabs.widget(0));
     auto *resultPlot = static_cast<ResultSubWindow *>(tabs.widget(1));
     const ExportPage page = ExportPage::a4();
+    const QSizeF graphSize = page.graphSize();
 
-    QBuffer file;
+    QBuffer svg;
     QSvgGenerator generator;
-    generator.setOutputDevice(&file);
+    generator.setOutputDevice(&svg);
     const QString title = xmlText(patientGraph->windowTitle());
-    generator.setTitle(escapesTitles() ? title : title.toHtmlEscaped());
+    generator.setTitle(title);
     generator.setSize(page.paper);
     generator.setViewBox(page.printable.toRect());
 
-    QPainter painter;
-    painter.begin(&generator);
-    painter.translate(page.resultPlot());
-    resultPlot->drawGraph(&painter, page.graph().width(), page.graph().height());
-    painter.translate(page.patientGraph() - page.resultPlot());
-    patientGraph->drawGraph(&painter, page.graph().width(), page.graph().height());
+    QPainter painter(&generator);
+    painter.translate(page.margin());
+    resultPlot->drawGraph(&painter, graphSize.width(), graphSize.height());
+    painter.translate(page.patientGraphCorner() - page.margin());
+    patientGraph->drawGraph(&painter, graphSize.width(), graphSize.height());
     painter.end();
-    saveAtomically(fileName, file.data());
+    saveAtomically(fileName, withEscapedTitle(svg.data(), title));
     patientGraph->update();
     resultPlot->update();
 }
