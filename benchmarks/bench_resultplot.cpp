@@ -74,7 +74,7 @@ int main(int argc, char *argv[])
 {
     const QApplication application(argc, argv);
     std::mt19937 random(1); // NOLINT: the same groups on every run
-    std::printf("One repaint at 1200 x 800, median of %d, in ms; %d values a patient\n", repaints,
+    std::printf("One repaint at 1200 x 800, median of %d, in ms; %d values per patient\n", repaints,
                 measurements);
     std::printf("%10s %14s %14s\n", "patients", "result plot", "patient graph");
     for (const int count : {100, 1000, 10000}) {

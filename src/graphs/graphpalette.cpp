@@ -21,16 +21,7 @@ constexpr std::array names = {
 
 } // namespace
 
-const GraphPalette &GraphPalette::instance()
+QColor GraphPalette::color(int patient)
 {
-    static const GraphPalette palette;
-    return palette;
-}
-
-GraphPalette::GraphPalette()
-{
-    colors.reserve(int(names.size()));
-    for (const char *name : names) {
-        colors.append(QColor(QLatin1String(name)));
-    }
+    return {QLatin1String(names.at(size_t(patient) % names.size()))};
 }

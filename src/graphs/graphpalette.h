@@ -2,22 +2,12 @@
 #pragma once
 
 #include <QColor>
-#include <QVector>
 
-/// The colours of the patient graph, shared by all its windows: neighbours are easy to tell apart.
-class GraphPalette
+/// The colours of the patient graph, the same in every window. Neighbours are easy to tell apart.
+namespace GraphPalette
 {
-public:
-    /// The one palette of the process, made by the first caller.
-    static const GraphPalette &instance();
 
-    /// How many colours there are: 63.
-    int size() const { return int(colors.size()); }
-    /// The colour of the patient with the index \p patient; the first colour follows the last one.
-    QColor color(int patient) const { return colors.at(patient % colors.size()); }
+/// The colour of the patient at index \p patient; after the last of the 63 comes the first.
+QColor color(int patient);
 
-private:
-    GraphPalette();
-
-    QVector<QColor> colors;
-};
+} // namespace GraphPalette

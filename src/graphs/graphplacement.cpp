@@ -5,34 +5,27 @@
 
 #include <QPainter>
 
-namespace
-{
-
-// False for NaN, with which every comparison is false.
-bool isInRange(double position)
-{
-    return std::abs(position) <= farthestPosition;
-}
-
-} // namespace
-
 bool isPlaceable(const QPointF &point)
 {
-    return isInRange(point.x()) && isInRange(point.y());
+    // NaN fails every comparison.
+    return std::abs(point.x()) <= farthestPosition && std::abs(point.y()) <= farthestPosition;
 }
 
-double heldToRange(double position)
+double clampedToRange(double position)
 {
-    if (position > farthestPosition) {
-        return farthestPosition;
-    }
-    return position < -farthestPosition ? -farthestPosition : position;
+    return std::abs(position) > farthestPosition ? std::copysign(farthestPosition, position)
+                                                 : position;
 }
 
-void placeText(QVector<GraphText> &texts, double x, double y, const QString &text)
+GraphText textAt(const QPointF &start, const QString &text)
 {
-    if (isPlaceable({x, y})) {
-        texts.append({{static_cast<int>(x), static_cast<int>(y)}, text});
+    return {{static_cast<int>(start.x()), static_cast<int>(start.y())}, text};
+}
+
+void placeText(QVector<GraphText> &texts, const QPointF &start, const QString &text)
+{
+    if (isPlaceable(start)) {
+        texts.append(textAt(start, text));
     }
 }
 
@@ -49,6 +42,6 @@ bool placeLine(QPainterPath &path, const QPointF &from, const QPointF &to)
 void drawTexts(QPainter *painter, const QVector<GraphText> &texts)
 {
     for (const GraphText &text : texts) {
-        painter->drawText(text.position.x(), text.position.y(), text.text);
+        painter->drawText(text.position, text.text);
     }
 }

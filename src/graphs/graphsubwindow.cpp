@@ -9,7 +9,10 @@
 namespace
 {
 
-// Required as is: the legend is measured in this font, and drawn in the painter's own.
+constexpr double axisWidth = 1.0; // pixels
+constexpr double patientLineWidth = 2.0; // pixels
+
+// Required as is: the legend is measured in this font but drawn in the painter's own.
 QFont legendMeasure(const QPainter *painter)
 {
     QFont font = painter->font();
@@ -19,19 +22,19 @@ QFont legendMeasure(const QPainter *painter)
 
 void drawPatientPaths(QPainter *painter, QPen pen, const QVector<QPainterPath> &paths)
 {
-    pen.setWidth(2);
-    for (int i = 0; i < paths.size(); ++i) {
-        pen.setColor(GraphPalette::instance().color(i));
+    pen.setWidthF(patientLineWidth);
+    for (int patient = 0; patient < paths.size(); ++patient) {
+        pen.setColor(GraphPalette::color(patient));
         painter->setPen(pen);
-        painter->drawPath(paths.at(i));
+        painter->drawPath(paths.at(patient));
     }
 }
 
 void drawLegend(QPainter *painter, const QVector<PatientGraphGeometry::LegendEntry> &legend)
 {
     for (const PatientGraphGeometry::LegendEntry &entry : legend) {
-        painter->fillRect(entry.square, GraphPalette::instance().color(entry.patient));
-        painter->drawText(entry.name.position.x(), entry.name.position.y(), entry.name.text);
+        painter->fillRect(entry.square, GraphPalette::color(entry.patient));
+        painter->drawText(entry.name.position, entry.name.text);
     }
 }
 
@@ -42,8 +45,7 @@ GraphSubWindow::GraphSubWindow(QString name, // NOLINT(performance-unnecessary-v
     : patients(std::move(shownPatients)), bounds(patients)
 {
     setWindowTitle(name);
-    setMinimumWidth(700);
-    setMinimumHeight(400);
+    setMinimumSize(700, 400);
 }
 
 void GraphSubWindow::drawGraph(QPainter *painter, double width, double height) const
@@ -54,12 +56,12 @@ void GraphSubWindow::drawGraph(QPainter *painter, double width, double height) c
         [&metrics](const QString &text) { return metrics.horizontalAdvance(text); });
 
     painter->setRenderHint(QPainter::Antialiasing);
-    const QPen pen(QBrush(Qt::black, Qt::SolidPattern), 1.0, Qt::SolidLine, Qt::SquareCap,
-                   Qt::BevelJoin);
-    painter->setPen(pen);
+    const QPen axisPen(QBrush(Qt::black, Qt::SolidPattern), axisWidth, Qt::SolidLine, Qt::SquareCap,
+                       Qt::BevelJoin);
+    painter->setPen(axisPen);
     painter->drawPath(geometry.axesPath);
-    drawPatientPaths(painter, pen, geometry.patientPaths);
-    painter->setPen(pen);
+    drawPatientPaths(painter, axisPen, geometry.patientPaths);
+    painter->setPen(axisPen);
     drawTexts(painter, geometry.horizontalLabels);
     drawTexts(painter, geometry.verticalLabels);
     drawLegend(painter, geometry.legend);
@@ -70,5 +72,4 @@ void GraphSubWindow::paintEvent(QPaintEvent * /*event*/)
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     drawGraph(&painter, width(), height());
-    painter.end();
 }

@@ -10,9 +10,9 @@
 class QPainter;
 
 /// The line chart of a group: measurement number across, value in mmol/mol up, one coloured
-/// polyline a patient, and a legend of identifiers below.
+/// polyline per patient, and a legend of identifiers below.
 ///
-/// The patients are fixed when the widget is made.
+/// The widget keeps a copy of the patients and follows no later change.
 class GraphSubWindow : public QWidget
 {
     Q_OBJECT
@@ -21,9 +21,8 @@ public:
     /// \p name becomes the window title.
     GraphSubWindow(QString name, QVector<PatientRecord> shownPatients);
 
-    /// Draws the chart from (0, 0) to (\p width, \p height) in the painter's coordinates. Legend
-    /// lines for which there is no room fall below that rectangle. Leaves the painter with a black
-    /// pen and antialiasing.
+    /// Draws the chart from (0, 0) to (\p width, \p height) in the painter's coordinates; a long
+    /// legend reaches below that. Leaves the painter with a black pen and antialiasing on.
     void drawGraph(QPainter *painter, double width, double height) const;
 
 protected:

@@ -10,13 +10,34 @@ namespace
 {
 
 constexpr quint64 bandHeight = 10; // mmol/mol
-constexpr double mostBandsDrawn = 1000;
+constexpr double mostGridLines = 1000;
 
-// 1, or the power of ten at which few enough bands are drawn.
+// In pixels.
+constexpr double gridLeft = 50; // left end of the horizontal axis and of the grid lines
+constexpr double gridTop = 30; // y of the highest grid line
+constexpr double axisTop = 15;
+constexpr double axisRightMargin = 25;
+constexpr double stepsRightMargin = 15; // one step after the last measurement
+constexpr double legendHeight = 120; // below the horizontal axis
+constexpr QPointF unitPosition(10, 25);
+
+// In pixels, from what is labelled to the left end of the label's baseline.
+constexpr QPointF measurementOffset(-3, 21);
+constexpr QPointF axisLetterOffset(0, 10);
+constexpr QPointF gridLabelOffset(-15, 12);
+
+// The legend, in pixels.
+constexpr double legendLeft = 20;
+constexpr double legendLineHeight = 30;
+constexpr QSizeF legendSquareSize(20, 20);
+constexpr QPointF legendNameOffset(25, 15); // from the top left corner of the square
+constexpr double legendGap = 15; // after the name
+
+// Every how many bands there is a grid line: 1, or the power of ten that makes them few enough.
 quint64 bandStride(double bands)
 {
     quint64 stride = 1;
-    while (std::floor(bands / double(stride)) > mostBandsDrawn) {
+    while (std::floor(bands / double(stride)) > mostGridLines) {
         stride *= 10;
     }
     return stride;
@@ -42,24 +63,27 @@ PatientGraphBounds::PatientGraphBounds(const QVector<PatientRecord> &patients)
 PatientGraphGeometry::PatientGraphGeometry(const QVector<PatientRecord> &patients,
                                            const PatientGraphBounds &bounds, double width,
                                            double height, const TextWidth &textWidth)
-    : axisY(height - 120), axisRight(width - 25),
+    : axisY(height - legendHeight), axisRight(width - axisRightMargin),
       bands(std::ceil(double(bounds.maxValue) / double(bandHeight))),
-      xStep((width - 75) / bounds.maxCount), yScale((height - 150) / (bands * double(bandHeight)))
+      xStep((width - (axisX + stepsRightMargin)) / bounds.maxCount),
+      yScale((height - (legendHeight + gridTop)) / (bands * double(bandHeight)))
 {
     buildAxes(bounds);
-    buildPatientPaths(patients);
-    buildHorizontalLabels(bounds, patients.isEmpty() ? 0 : int(patients.first().values.size()),
-                          width);
+    patientPaths.reserve(patients.size());
+    for (const PatientRecord &patient : patients) {
+        patientPaths.append(patientPath(patient.values));
+    }
+    buildHorizontalLabels(bounds, patients.isEmpty() ? 0 : int(patients.first().values.size()));
     buildLegend(patients, width, textWidth);
 }
 
 void PatientGraphGeometry::buildAxes(const PatientGraphBounds &bounds)
 {
-    placeLine(axesPath, {50, axisY}, {axisRight, axisY});
-    placeLine(axesPath, {60, axisY + 10}, {60, 15});
+    placeLine(axesPath, {gridLeft, axisY}, {axisRight, axisY});
+    placeLine(axesPath, {axisX, axisY + tickLength}, {axisX, axisTop});
     buildGrid();
     for (int i = 1; i < bounds.maxCount; ++i) {
-        placeLine(axesPath, {xAt(i), axisY}, {xAt(i), axisY + 10});
+        placeLine(axesPath, {xAt(i), axisY}, {xAt(i), axisY + tickLength});
     }
 }
 
@@ -69,53 +93,43 @@ void PatientGraphGeometry::buildGrid()
     const auto lines = int(bands / double(stride));
     for (int line = 1; line <= lines; ++line) {
         const quint64 band = quint64(line) * stride;
-        const double y = axisY - yScale * 10 * double(band);
-        if (placeLine(axesPath, {50, y}, {axisRight, y})) {
-            placeText(verticalLabels, 35, y + 12, QString::number(bandHeight * band));
+        const QPointF start(gridLeft, axisY - yScale * double(bandHeight) * double(band));
+        if (placeLine(axesPath, start, {axisRight, start.y()})) {
+            placeText(verticalLabels, start + gridLabelOffset, QString::number(bandHeight * band));
         }
     }
     if (lines > 0) {
-        placeText(verticalLabels, 10, 25, QStringLiteral("mmol/mol"));
-    }
-}
-
-void PatientGraphGeometry::buildPatientPaths(const QVector<PatientRecord> &patients)
-{
-    patientPaths.reserve(patients.size());
-    for (const PatientRecord &patient : patients) {
-        patientPaths.append(patientPath(patient.values));
+        placeText(verticalLabels, unitPosition, QStringLiteral("mmol/mol"));
     }
 }
 
 QPainterPath PatientGraphGeometry::patientPath(const QVector<double> &values) const
 {
     QPainterPath path;
-    // Without a scale no value has a position, and on a rectangle beyond the range none has either.
+    // No value has a position without a scale or on a rectangle beyond the range.
     if (!std::isfinite(yScale) || !isPlaceable({xStep, axisY})) {
         return path;
     }
     for (int i = 0; i < values.size(); ++i) {
-        const QPointF point(xAt(i), heldToRange(yAt(values.at(i))));
-        if (!isPlaceable(point)) {
-            continue;
-        }
-        if (path.elementCount() == 0) {
-            path.moveTo(point);
-        } else {
-            path.lineTo(point);
+        const QPointF point(xAt(i), clampedToRange(yAt(values.at(i))));
+        if (isPlaceable(point)) {
+            path.elementCount() == 0 ? path.moveTo(point) : path.lineTo(point);
         }
     }
     return path;
 }
 
 void PatientGraphGeometry::buildHorizontalLabels(const PatientGraphBounds &bounds,
-                                                 int firstPatientCount, double width)
+                                                 int firstPatientCount)
 {
     for (int i = 0; i < bounds.maxCount; ++i) {
-        placeText(horizontalLabels, i * xStep + 57, axisY + 21, QString::number(i + 1));
+        // In one addition: that of xAt() and one more would round differently.
+        const double x = i * xStep + (axisX + measurementOffset.x());
+        placeText(horizontalLabels, {x, axisY + measurementOffset.y()}, QString::number(i + 1));
         // Required as is: the first patient, not the longest, decides whether the "x" is there.
         if (i == firstPatientCount - 1) {
-            placeText(horizontalLabels, width - 25, axisY + 10, QStringLiteral("x"));
+            placeText(horizontalLabels, QPointF(axisRight, axisY) + axisLetterOffset,
+                      QStringLiteral("x"));
         }
     }
 }
@@ -123,24 +137,19 @@ void PatientGraphGeometry::buildHorizontalLabels(const PatientGraphBounds &bound
 void PatientGraphGeometry::buildLegend(const QVector<PatientRecord> &patients, double width,
                                        const TextWidth &textWidth)
 {
-    constexpr double left = 20;
-    constexpr double lineHeight = 30;
-    constexpr double squareSize = 20;
-    double x = left;
-    double y = axisY + lineHeight;
+    QPointF corner(legendLeft, axisY + legendLineHeight);
     legend.reserve(patients.size());
     for (int i = 0; i < patients.size(); ++i) {
         const QString name = xmlText(patients.at(i).id);
-        const double entryWidth = 25 + textWidth(name) + 15;
+        const double entryWidth = legendNameOffset.x() + textWidth(name) + legendGap;
         // Required as is: an entry wider than the graph leaves a line empty above it.
-        if (x + entryWidth >= width) {
-            y += lineHeight;
-            x = left;
+        if (corner.x() + entryWidth >= width) {
+            corner = {legendLeft, corner.y() + legendLineHeight};
         }
-        if (isPlaceable({x, y})) {
-            const QPoint position(int(x + 25), int(y + 15));
-            legend.append({i, {x, y, squareSize, squareSize}, {position, name}});
+        if (isPlaceable(corner)) {
+            legend.append(
+                {i, QRectF(corner, legendSquareSize), textAt(corner + legendNameOffset, name)});
         }
-        x += entryWidth;
+        corner.rx() += entryWidth;
     }
 }

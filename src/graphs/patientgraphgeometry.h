@@ -8,20 +8,20 @@
 #include "analysis/patientrecord.h"
 #include "graphs/graphplacement.h"
 
-/// What the values of a group decide about its patient graph, whatever the size.
+/// What the values of a group decide about its patient graph at any size.
 struct PatientGraphBounds {
     /// The bounds of \p patients, taken value by value.
     explicit PatientGraphBounds(const QVector<PatientRecord> &patients);
 
-    /// The highest value truncated to a whole number: 0 when none is above 0, the largest unsigned
-    /// number for what lies beyond it.
+    /// The highest value truncated to a whole number, at most the largest unsigned number; 0 when
+    /// no value is above 0.
     quint64 maxValue = 0;
-    /// The largest number of values of any one patient, -1 when nobody has a value.
+    /// The largest number of values of any one patient, -1 when none has a value.
     double maxCount = -1.0;
 };
 
 /// Where everything of the patient graph lies on a rectangle from (0, 0) to (width, height), in
-/// pixels. What is not placeable is in none of the lists.
+/// pixels. What is not placeable is left out of all lists.
 struct PatientGraphGeometry {
     /// One patient in the legend.
     struct LegendEntry {
@@ -39,35 +39,36 @@ struct PatientGraphGeometry {
     double axisY;
     /// x at which the horizontal axis and the grid lines end.
     double axisRight;
-    /// Number of bands of ten mmol/mol of the vertical axis.
+    /// How many bands of ten mmol/mol the vertical axis has.
     double bands;
-    /// Pixels from one measurement to the next; negative, and of no use, without any value.
+    /// Pixels from one measurement to the next; negative and unused when there is no value.
     double xStep;
-    /// Pixels a mmol/mol; not finite without a band.
+    /// Pixels per mmol/mol; not finite without a band.
     double yScale;
 
     /// Axes, grid lines and ticks.
     QPainterPath axesPath;
-    /// One polyline a patient, empty for a patient without values and on a graph without a scale. A
-    /// value beyond the range is held to its edge, so that the lines to it leave the rectangle. NaN
-    /// is left out: the line goes on to the next value.
+    /// One polyline per patient, empty for a patient without values and on a graph without a scale.
+    /// A value beyond the range is moved to its edge, so that the lines to it leave the rectangle.
+    /// NaN is left out: the line goes on to the next value.
     QVector<QPainterPath> patientPaths;
-    /// Numbers of the measurements, and "x" behind that of the first patient's last.
+    /// Numbers of the measurements, with "x" after that of the first patient's last one.
     QVector<GraphText> horizontalLabels;
     /// Numbers of the grid lines, then the unit.
     QVector<GraphText> verticalLabels;
     QVector<LegendEntry> legend;
 
 private:
-    double xAt(int measurement) const { return measurement * xStep + 60; }
+    /// x of the vertical axis and of every first measurement.
+    static constexpr double axisX = 60;
+
+    double xAt(int measurement) const { return measurement * xStep + axisX; }
     double yAt(double value) const { return axisY - value * yScale; }
 
     void buildAxes(const PatientGraphBounds &bounds);
     void buildGrid();
-    void buildPatientPaths(const QVector<PatientRecord> &patients);
     QPainterPath patientPath(const QVector<double> &values) const;
-    void buildHorizontalLabels(const PatientGraphBounds &bounds, int firstPatientCount,
-                               double width);
+    void buildHorizontalLabels(const PatientGraphBounds &bounds, int firstPatientCount);
     void buildLegend(const QVector<PatientRecord> &patients, double width,
                      const TextWidth &textWidth);
 };

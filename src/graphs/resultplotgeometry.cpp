@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "graphs/resultplotgeometry.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "base/xmltext.h"
@@ -8,27 +9,60 @@
 namespace
 {
 
-// Distance from the center in the unit of the axis, and the number that the label shows.
+// In pixels.
+constexpr double sideMargin = 30; // between the farthest value and the left or right edge
+constexpr double verticalMargin = 40; // between the farthest value and the upper or lower edge
+constexpr double crossMargin = 10; // between the ends of the cross and all edges
+
+// In pixels, from what is labelled to the left end of the label's baseline.
+constexpr QPointF xTickLabelOffset(2, 12);
+constexpr QPointF xCenterLabelOffset(2, 10);
+constexpr QPointF dotNameOffset(4, 4);
+constexpr QPointF convergenceMethodOffset(5, -2); // from the lower left corner
+constexpr QPointF variabilityMethodOffset(5, -15); // from the lower left corner
+// The same to its right end.
+constexpr QPointF yTickLabelOffset(0, 10);
+constexpr QPointF yCenterLabelOffset(-3, -2);
+constexpr QPointF xAxisNameOffset(-10, 25); // from the right edge
+constexpr QPointF yAxisNameOffset(-3, 30); // from the upper edge
+
 struct Tick {
-    double distance;
+    double distance; // from the center, in the unit of the axis
     double label;
 };
+
+// At the lowest value and halfway to it from the center, then the same for the highest value.
+QVector<Tick> ticksOf(const ResultPlotAxis &axis, double lastLabel)
+{
+    if (axis.isEmpty()) {
+        return {};
+    }
+    const double low = axis.lowest - axis.center;
+    const double high = axis.highest - axis.center;
+    return {{low, axis.lowest},
+            {low * 0.5, (axis.center + axis.lowest) * 0.5},
+            {high, axis.highest},
+            {high * 0.5, lastLabel}};
+}
 
 QString number(double value)
 {
     return QString::number(value, 'g', 6);
 }
 
+void placeTextBefore(const QPointF &end, const QPointF &offset, QVector<GraphText> &texts,
+                     const QString &text, const TextWidth &textWidth)
+{
+    placeText(texts, QPointF(end.x() - textWidth(text), end.y()) + offset, text);
+}
+
 } // namespace
 
 void ResultPlotAxis::include(double value)
 {
-    if (value < lowest) {
-        lowest = value;
-    }
-    if (value > highest) {
-        highest = value;
-    }
+    // The bound stands first, so that a comparison with NaN leaves it.
+    lowest = std::min(lowest, value);
+    highest = std::max(highest, value);
 }
 
 double ResultPlotAxis::span() const
@@ -54,8 +88,8 @@ ResultPlotData::ResultPlotData(const QVector<PatientScoreRecord> &scores, int va
 ResultPlotGeometry::ResultPlotGeometry(const ResultPlotData &data, const ResultPlotTexts &texts,
                                        double plotWidth, double plotHeight,
                                        const TextWidth &textWidth)
-    : xScale((plotWidth - 60) / (data.convergence.span() * 2)),
-      yScale((plotHeight - 80) / (data.variability.span() * 2)), width(plotWidth),
+    : xScale((plotWidth - 2 * sideMargin) / (data.convergence.span() * 2)),
+      yScale((plotHeight - 2 * verticalMargin) / (data.variability.span() * 2)), width(plotWidth),
       height(plotHeight), halfWidth(plotWidth * 0.5), halfHeight(plotHeight * 0.5)
 {
     buildKvadrantLabels(texts);
@@ -74,59 +108,45 @@ void ResultPlotGeometry::buildKvadrantLabels(const ResultPlotTexts &texts)
     const double right = halfWidth * 0.5 + halfWidth;
     const double upper = halfHeight * 0.5;
     const double lower = halfHeight * 0.5 + halfHeight;
-    placeText(kvadrantLabels, left, upper, texts.betterWorse);
-    placeText(kvadrantLabels, right, upper, texts.worseWorse);
-    placeText(kvadrantLabels, left, lower, texts.betterBetter);
-    placeText(kvadrantLabels, right, lower, texts.worseBetter);
+    placeText(kvadrantLabels, {left, upper}, texts.betterWorse);
+    placeText(kvadrantLabels, {right, upper}, texts.worseWorse);
+    placeText(kvadrantLabels, {left, lower}, texts.betterBetter);
+    placeText(kvadrantLabels, {right, lower}, texts.worseBetter);
 }
 
 void ResultPlotGeometry::buildCross()
 {
-    placeLine(axesPath, {10, halfHeight}, {width - 10, halfHeight});
-    placeLine(axesPath, {halfWidth, 10}, {halfWidth, height - 10});
+    placeLine(axesPath, {crossMargin, halfHeight}, {width - crossMargin, halfHeight});
+    placeLine(axesPath, {halfWidth, crossMargin}, {halfWidth, height - crossMargin});
 }
 
 void ResultPlotGeometry::buildHorizontalTicks(const ResultPlotAxis &axis)
 {
-    if (axis.isEmpty()) {
-        return;
-    }
-    const double low = axis.lowest - axis.center;
-    const double high = axis.highest - axis.center;
-    // Required as is: the last label tells half the distance, the others a value of the axis.
-    for (const Tick &tick :
-         {Tick{low, axis.lowest}, Tick{low * 0.5, (axis.center + axis.lowest) * 0.5},
-          Tick{high, axis.highest}, Tick{high * 0.5, high * 0.5}}) {
-        const double x = xAt(tick.distance);
-        if (placeLine(axesPath, {x, halfHeight}, {x, halfHeight + 10})) {
-            placeText(tickLabels, x + 2, halfHeight + 12, number(tick.label));
+    // Required as is: the last label is half the distance, all others are values on the axis.
+    for (const Tick &tick : ticksOf(axis, (axis.highest - axis.center) * 0.5)) {
+        const QPointF start(xAt(tick.distance), halfHeight);
+        if (placeLine(axesPath, start, start + QPointF(0, tickLength))) {
+            placeText(tickLabels, start + xTickLabelOffset, number(tick.label));
         }
     }
 }
 
 void ResultPlotGeometry::buildVerticalTicks(const ResultPlotAxis &axis, const TextWidth &textWidth)
 {
-    if (axis.isEmpty()) {
-        return;
-    }
-    const double low = axis.lowest - axis.center;
-    const double high = axis.highest - axis.center;
-    for (const Tick &tick :
-         {Tick{low, axis.lowest}, Tick{low * 0.5, (axis.center + axis.lowest) * 0.5},
-          Tick{high, axis.highest}, Tick{high * 0.5, (axis.center + axis.highest) * 0.5}}) {
-        const double y = yAt(tick.distance);
-        if (placeLine(axesPath, {halfWidth, y}, {halfWidth - 10, y})) {
-            const QString label = number(tick.label);
-            placeText(tickLabels, halfWidth - textWidth(label), y + 10, label);
+    for (const Tick &tick : ticksOf(axis, (axis.center + axis.highest) * 0.5)) {
+        const QPointF start(halfWidth, yAt(tick.distance));
+        if (placeLine(axesPath, start, start - QPointF(tickLength, 0))) {
+            placeTextBefore(start, yTickLabelOffset, tickLabels, number(tick.label), textWidth);
         }
     }
 }
 
 void ResultPlotGeometry::buildCenterLabels(const ResultPlotData &data, const TextWidth &textWidth)
 {
-    const QString centerY = number(data.variability.center);
-    placeText(centerLabels, halfWidth + 2, halfHeight + 10, number(data.convergence.center));
-    placeText(centerLabels, halfWidth - textWidth(centerY) - 3, halfHeight - 2, centerY);
+    const QPointF cross(halfWidth, halfHeight);
+    placeText(centerLabels, cross + xCenterLabelOffset, number(data.convergence.center));
+    placeTextBefore(cross, yCenterLabelOffset, centerLabels, number(data.variability.center),
+                    textWidth);
 }
 
 void ResultPlotGeometry::buildDots(const ResultPlotData &data)
@@ -136,21 +156,20 @@ void ResultPlotGeometry::buildDots(const ResultPlotData &data)
         const QPointF center(xAt(patient.convergence - data.convergence.center),
                              yAt(patient.variability - data.variability.center));
         if (isPlaceable(center)) {
-            const QPoint position(int(center.x() + 4), int(center.y() + 4));
-            dots.append({center, {position, patient.id}});
+            dots.append({center, textAt(center + dotNameOffset, patient.id)});
         }
     }
 }
 
 void ResultPlotGeometry::buildAxisNames(const ResultPlotTexts &texts, const TextWidth &textWidth)
 {
-    placeText(axisNames, width - textWidth(texts.convergence) - 10, halfHeight + 25,
-              texts.convergence);
-    placeText(axisNames, halfWidth - textWidth(texts.variability) - 3, 30, texts.variability);
+    placeTextBefore({width, halfHeight}, xAxisNameOffset, axisNames, texts.convergence, textWidth);
+    placeTextBefore({halfWidth, 0}, yAxisNameOffset, axisNames, texts.variability, textWidth);
 }
 
 void ResultPlotGeometry::buildMethodLines(const ResultPlotTexts &texts)
 {
-    placeText(methodLines, 5, height - 2, texts.convergenceMethod);
-    placeText(methodLines, 5, height - 15, texts.variabilityMethod);
+    const QPointF corner(0, height);
+    placeText(methodLines, corner + convergenceMethodOffset, texts.convergenceMethod);
+    placeText(methodLines, corner + variabilityMethodOffset, texts.variabilityMethod);
 }

@@ -15,7 +15,7 @@
 struct ResultPlotAxis {
     /// Takes \p value into the bounds; NaN changes nothing.
     void include(double value);
-    /// Whether no value has set the bounds.
+    /// Whether no value has set the bounds: there was none, or all were NaN.
     bool isEmpty() const { return lowest > highest; }
     /// The larger of the distances from the center to the two bounds.
     double span() const;
@@ -25,7 +25,7 @@ struct ResultPlotAxis {
     double highest = std::numeric_limits<double>::lowest();
 };
 
-/// What a result plot shows, whatever its size.
+/// What a result plot shows at any size.
 struct ResultPlotData {
     struct Patient {
         QString id;
@@ -33,8 +33,8 @@ struct ResultPlotData {
         double variability;
     };
 
-    /// Takes from each of \p scores the values of the two methods. An index without a
-    /// method gives NaN.
+    /// Takes the values of the two methods from each of \p scores; NaN for an index that names no
+    /// method.
     ResultPlotData(const QVector<PatientScoreRecord> &scores, int variabilityIndex,
                    int convergenceIndex, double centerY, double centerX);
 
@@ -49,40 +49,39 @@ struct ResultPlotTexts {
     QString betterWorse, worseWorse, betterBetter, worseBetter;
     /// The axis names.
     QString convergence, variability;
-    /// The lines that tell the methods.
+    /// The lines that name the methods.
     QString convergenceMethod, variabilityMethod;
 };
 
 /// Where everything of the result plot lies on a rectangle from (0, 0) to (width, height), in
-/// pixels. What is not placeable is in none of the lists: no line leads to a dot, so that one
-/// beyond the range would not show at its edge either.
+/// pixels. What is not placeable is left out of all lists, dots beyond the range too, since no line
+/// would show where they are.
 ///
-/// The axes cross in the middle, at the center; the farthest value of an axis lies 30 pixels from
-/// the left or right edge, 40 pixels from the upper or lower one. An axis without spread has no
-/// scale: nothing can be placed along it, only the center's own label stands there. An axis
-/// on which every value is NaN has none either.
+/// The axes cross in the middle, at the center; the farthest value of each axis lies a fixed margin
+/// from the edge. An axis without spread, or on which every value is NaN, has no scale: only the
+/// label of its center is placed.
 struct ResultPlotGeometry {
     struct Dot {
         QPointF center;
         GraphText name;
     };
 
-    /// \p textWidth measures the labels that end at an axis or at the right edge.
+    /// \p textWidth measures the texts that end at the vertical axis or the right edge.
     ResultPlotGeometry(const ResultPlotData &data, const ResultPlotTexts &texts, double plotWidth,
                        double plotHeight, const TextWidth &textWidth);
 
-    /// Pixels a unit of convergence; not finite without spread.
+    /// Pixels per unit of convergence; not finite without spread.
     double xScale;
-    /// Pixels a unit of variability; not finite without spread.
+    /// Pixels per unit of variability; not finite without spread.
     double yScale;
 
     QVector<GraphText> kvadrantLabels;
-    /// The cross and the ticks, horizontal ones first.
+    /// The cross, the ticks of the horizontal axis, those of the vertical one.
     QPainterPath axesPath;
-    /// Labels of the horizontal ticks, then of the vertical ones.
+    /// In the order of the ticks.
     QVector<GraphText> tickLabels;
     QVector<GraphText> centerLabels;
-    /// The patients in order.
+    /// In the order of the patients.
     QVector<Dot> dots;
     QVector<GraphText> axisNames;
     QVector<GraphText> methodLines;

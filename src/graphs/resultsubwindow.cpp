@@ -12,12 +12,14 @@ namespace
 {
 
 constexpr int noMethod = -1;
+constexpr int kvadrantLabelPointSize = 30;
+constexpr double dotRadius = 2.0; // pixels
 
-// The whole part of \p number where a method has that index, otherwise noMethod.
+// The integer part of \p number if a method has that index, otherwise noMethod.
 int methodIndex(double number)
 {
-    const double whole = std::trunc(number);
-    return whole >= 0 && whole < methodCount ? int(whole) : noMethod;
+    const double index = std::trunc(number);
+    return index >= 0 && index < methodCount ? int(index) : noMethod;
 }
 
 QString methodName(const Methods &methods, int index)
@@ -31,7 +33,7 @@ void drawKvadrantLabels(QPainter *painter, const QVector<GraphText> &labels)
     const QPen pen = painter->pen();
     QPen grey;
     grey.setColor(QColor(128, 128, 128, 100));
-    painter->setFont(QFont(QStringLiteral("Arial"), 30));
+    painter->setFont(QFont(QStringLiteral("Arial"), kvadrantLabelPointSize));
     painter->setPen(grey);
     drawTexts(painter, labels);
     painter->setFont(font);
@@ -43,8 +45,8 @@ void drawDots(QPainter *painter, const QVector<ResultPlotGeometry::Dot> &dots)
     const QBrush brush = painter->brush();
     painter->setBrush(QBrush(Qt::black, Qt::SolidPattern));
     for (const ResultPlotGeometry::Dot &dot : dots) {
-        painter->drawEllipse(dot.center, 2.0, 2.0);
-        painter->drawText(dot.name.position.x(), dot.name.position.y(), dot.name.text);
+        painter->drawEllipse(dot.center, dotRadius, dotRadius);
+        painter->drawText(dot.name.position, dot.name.text);
     }
     painter->setBrush(brush);
 }
@@ -80,7 +82,6 @@ void ResultSubWindow::paintEvent(QPaintEvent * /*event*/)
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     drawGraph(&painter, width(), height());
-    painter.end();
 }
 
 ResultPlotTexts ResultSubWindow::texts() const

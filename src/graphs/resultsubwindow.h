@@ -12,13 +12,14 @@ class QPainter;
 /// The plot that places each patient in one of four kvadrants: convergence across, variability up,
 /// the axes crossing at the centers.
 ///
-/// Patients, methods and centers are fixed when the widget is made.
+/// The widget keeps a copy of the results and follows no later change of them or of the settings.
 class ResultSubWindow : public QWidget
 {
     Q_OBJECT
 
 public:
-    /// The indices name the methods shown (their whole part counts), the centers belong to them.
+    /// The indices of the methods to show, truncated toward zero (the line of an unknown one names
+    /// no method), and the centers of these methods.
     ResultSubWindow(QVector<PatientScoreRecord> scores, double variability, double convergence,
                     double centerY, double centerX);
 

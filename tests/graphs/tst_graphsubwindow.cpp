@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include <limits>
 #include <utility>
 
 #include <QPainter>
@@ -7,15 +6,22 @@
 
 #include "graphs/graphpalette.h"
 #include "graphs/graphsubwindow.h"
-#include "support/recordingpaintdevice.h"
+#include "support/graphdrawing.h"
+#include "support/numbers.h"
 #include "support/svgdrawing.h"
+
+using Numbers::infinity;
+using Operation = RecordingPaintDevice::Operation;
 
 namespace
 {
 
-using Operation = RecordingPaintDevice::Operation;
-
-constexpr double inf = std::numeric_limits<double>::infinity();
+// By default patients of unequal length, the first one with a peak above the highest grid line.
+GraphSubWindow windowOf(const QVector<QVector<double>> &values = {{50.5, 40, 10},
+                                                                  {0, 10, 20, 30, 40}})
+{
+    return {QString(), patientsOf(values)};
+}
 
 const QStringList paletteNames =
     QString(
@@ -27,39 +33,12 @@ const QStringList paletteNames =
         "#FF6E41 #005F39 #6B6882 #5FAD4E #A75740 #A5FFD2 #FFB167 #009BFF")
         .split(' ');
 
-QVector<PatientRecord> group(const QVector<QVector<double>> &series)
-{
-    QVector<PatientRecord> patients;
-    for (const QVector<double> &values : series) {
-        patients.append(
-            {QString("patient %1").arg(patients.size()), values, PatientRecord::noIdealKvadrant});
-    }
-    return patients;
-}
-
-void draw(RecordingPaintDevice *device, const GraphSubWindow &window, double width = 700,
-          double height = 400)
-{
-    QPainter painter(device);
-    window.drawGraph(&painter, width, height);
-}
-
 // In the font in which the legend is measured, though not drawn.
 int legendWidth(const QString &text)
 {
     QFont font;
     font.setStyleHint(QFont::Times, QFont::PreferAntialias);
     return QFontMetrics(font).horizontalAdvance(text);
-}
-
-// A white picture on which texts are as large as in the widget.
-QImage imageLike(const QWidget &widget)
-{
-    QImage image(widget.size(), QImage::Format_ARGB32_Premultiplied);
-    image.setDotsPerMeterX(qRound(widget.logicalDpiX() * 100 / 2.54));
-    image.setDotsPerMeterY(qRound(widget.logicalDpiY() * 100 / 2.54));
-    image.fill(Qt::white);
-    return image;
 }
 
 QString line(const char *format, double x, double y, const QString &text)
@@ -78,17 +57,15 @@ class TestGraphSubWindow : public QObject
 private Q_SLOTS:
     void paletteHasItsColoursInOrder()
     {
-        const GraphPalette &palette = GraphPalette::instance();
-        QCOMPARE(palette.size(), 63);
         QCOMPARE(paletteNames.size(), 63);
-        for (int i = 0; i < 3 * 63; ++i) {
-            QCOMPARE(palette.color(i).name().toUpper(), paletteNames.at(i % 63));
+        for (int patient = 0; patient < 3 * 63; ++patient) {
+            QCOMPARE(GraphPalette::color(patient).name().toUpper(), paletteNames.at(patient % 63));
         }
     }
 
     void windowHasNameAndSmallestSize()
     {
-        const GraphSubWindow window("Graph <1>", group({{10}}));
+        const GraphSubWindow window("Graph <1>", patientsOf({{10}}));
         QCOMPARE(window.windowTitle(), "Graph <1>");
         QCOMPARE(window.minimumSize(), QSize(700, 400));
         QCOMPARE(window.parent(), nullptr);
@@ -96,57 +73,51 @@ private Q_SLOTS:
 
     void paintsInOrder()
     {
-        const GraphSubWindow window(QString(), group({{50.5, 40, 10}, {0, 10, 20, 30, 40}}));
-        RecordingPaintDevice device;
-        draw(&device, window);
+        const GraphDrawing drawing(windowOf());
 
-        const int second = 20 + 25 + legendWidth("patient 0") + 15;
+        const int second = 20 + 25 + legendWidth("p0") + 15;
         const QString expected =
             QString("path; path; path; text 57 301: 1; text 182 301: 2; text 307 301: 3; "
                     "text 675 290: x; text 432 301: 4; text 557 301: 5; text 35 242: 10; "
                     "text 35 192: 20; text 35 142: 30; text 35 92: 40; text 35 42: 50; "
-                    "text 10 25: mmol/mol; rectangle 20 310 20 20; text 45 325: patient 0; "
-                    "rectangle %1 310 20 20; text %2 325: patient 1")
+                    "text 10 25: mmol/mol; rectangle 20 310 20 20; text 45 325: p0; "
+                    "rectangle %1 310 20 20; text %2 325: p1")
                 .arg(second)
                 .arg(second + 25);
-        QCOMPARE(device.summaries(), expected.split("; "));
+        QCOMPARE(drawing.summaries(), expected.split("; "));
     }
 
     void pathsAreAxesThenPatients()
     {
-        const GraphSubWindow window(QString(), group({{50.5, 40, 10}, {0, 10, 20, 30, 40}}));
-        RecordingPaintDevice device;
-        draw(&device, window);
-        QCOMPARE(pathPoints(device.operations().at(0).path),
+        const GraphDrawing drawing(windowOf());
+        QCOMPARE(pathPoints(drawing.operations().at(0).path),
                  "50,280 675,280; 60,290 60,15; 50,230 675,230; 50,180 675,180; "
                  "50,130 675,130; 50,80 675,80; 50,30 675,30; 185,280 185,290; "
                  "310,280 310,290; 435,280 435,290; 560,280 560,290");
-        QCOMPARE(pathPoints(device.operations().at(1).path), "60,27.5 185,80 310,230");
-        QCOMPARE(pathPoints(device.operations().at(2).path),
+        QCOMPARE(pathPoints(drawing.operations().at(1).path), "60,27.5 185,80 310,230");
+        QCOMPARE(pathPoints(drawing.operations().at(2).path),
                  "60,280 185,230 310,180 435,130 560,80");
     }
 
     void pensOfAxesLinesAndTexts()
     {
-        const GraphSubWindow window(QString(), group({{10}, {20}}));
-        RecordingPaintDevice device;
-        draw(&device, window);
+        const GraphDrawing drawing(windowOf({{10}, {20}}));
 
         const QPen black(QBrush(Qt::black, Qt::SolidPattern), 1.0, Qt::SolidLine, Qt::SquareCap,
                          Qt::BevelJoin);
         const QPen green(QBrush(QColor(0, 255, 0)), 2.0, Qt::SolidLine, Qt::SquareCap,
                          Qt::BevelJoin);
-        const QVector<Operation> paths = device.operations(Operation::Path);
+        const QVector<Operation> paths = drawing.operations(Operation::Path);
         QCOMPARE(paths.size(), 3);
         QCOMPARE(paths.at(0).pen, black);
         QCOMPARE(paths.at(1).pen.widthF(), 2.0);
         QCOMPARE(paths.at(1).pen.color(), QColor(Qt::black));
         QCOMPARE(paths.at(2).pen, green);
-        for (const Operation &text : device.operations(Operation::Text)) {
+        for (const Operation &text : drawing.operations(Operation::Text)) {
             QCOMPARE(text.pen, black);
             QCOMPARE(text.font, QFont());
         }
-        for (const Operation &operation : device.operations()) {
+        for (const Operation &operation : drawing.operations()) {
             QVERIFY(operation.antialiased);
             if (operation.kind != Operation::Rectangle) {
                 QCOMPARE(operation.brush.style(), Qt::NoBrush);
@@ -154,14 +125,12 @@ private Q_SLOTS:
         }
     }
 
-    void seventyPatientsRepeatTheColours()
+    void coloursRepeatAfterSixtyThreePatients()
     {
-        const GraphSubWindow window(QString(), group(QVector<QVector<double>>(70, {10, 20})));
-        RecordingPaintDevice device;
-        draw(&device, window);
+        const GraphDrawing drawing(windowOf(QVector<QVector<double>>(70, {10, 20})));
 
-        const QVector<Operation> paths = device.operations(Operation::Path);
-        const QVector<Operation> squares = device.operations(Operation::Rectangle);
+        const QVector<Operation> paths = drawing.operations(Operation::Path);
+        const QVector<Operation> squares = drawing.operations(Operation::Rectangle);
         QCOMPARE(paths.size(), 71);
         QCOMPARE(squares.size(), 70);
         for (int i = 0; i < 70; ++i) {
@@ -176,11 +145,10 @@ private Q_SLOTS:
 
     void legendFlowsOverSeveralLines()
     {
-        QVector<PatientRecord> patients = group(QVector<QVector<double>>(23, {10}));
+        QVector<PatientRecord> patients = patientsOf(QVector<QVector<double>>(23, {10}));
         patients[5].id = QString(200, 'w');
         const GraphSubWindow window(QString(), patients);
-        RecordingPaintDevice device;
-        draw(&device, window);
+        const GraphDrawing drawing(window);
 
         QStringList expected;
         int x = 20;
@@ -196,20 +164,21 @@ private Q_SLOTS:
             x += width;
         }
         QVERIFY(y >= 400);
-        QCOMPARE(device.summaries().mid(device.summaries().size() - expected.size()), expected);
+        QCOMPARE(drawing.summaries().mid(drawing.summaries().size() - expected.size()), expected);
     }
 
-    void legendIsMeasuredAsTimesWhateverItIsDrawnIn()
+    void legendIsMeasuredAsTimesInAnyFont()
     {
-        // A family that no system has is replaced by what the hint says.
+        // The style hint chooses a family in place of one that no system has.
         QFont drawn("no such family", 20);
         QFont measured = drawn;
         measured.setStyleHint(QFont::Times, QFont::PreferAntialias);
-        const int width = QFontMetrics(measured).horizontalAdvance("patient 0");
-        if (QFontMetrics(drawn).horizontalAdvance("patient 0") == width) {
+        const QString id = "patient 0";
+        const int width = QFontMetrics(measured).horizontalAdvance(id);
+        if (QFontMetrics(drawn).horizontalAdvance(id) == width) {
             QSKIP("this system has one family for all hints");
         }
-        const GraphSubWindow window(QString(), group({{10}, {20}}));
+        const GraphSubWindow window(QString(), {{id, {10}, -1}, {id, {20}, -1}});
         RecordingPaintDevice device;
         QPainter painter(&device);
         painter.setFont(drawn);
@@ -223,38 +192,31 @@ private Q_SLOTS:
         }
     }
 
-    void letterStandsWhenTheFirstPatientIsShorter()
+    void letterIsDrawnWhenTheFirstPatientIsShorter()
     {
-        const GraphSubWindow window(QString(), group({{10, 20}, {10, 20, 30}}));
-        RecordingPaintDevice device;
-        draw(&device, window, 1200, 800);
-        QCOMPARE(device.summaries().count("text 1175 690: x"), 1);
-        QCOMPARE(device.summaries().indexOf("text 1175 690: x"),
-                 device.summaries().indexOf("text 432 701: 2") + 1);
+        const GraphDrawing drawing(windowOf({{10, 20}, {10, 20, 30}}), 1200, 800);
+        QCOMPARE(drawing.summaries().count("text 1175 690: x"), 1);
+        QCOMPARE(drawing.summaries().indexOf("text 1175 690: x"),
+                 drawing.summaries().indexOf("text 432 701: 2") + 1);
     }
 
     void noLetterWhenTheFirstPatientHasNoValues()
     {
-        const GraphSubWindow window(QString(), group({{}, {10, 20, 30}}));
-        RecordingPaintDevice device;
-        draw(&device, window);
-        QCOMPARE(device.operations(Operation::Path).size(), 3);
-        QCOMPARE(device.operations(Operation::Path).at(1).path.elementCount(), 0);
-        QCOMPARE(device.operations(Operation::Path).at(2).pen.color(), QColor(0, 255, 0));
-        for (const Operation &text : device.operations(Operation::Text)) {
+        const GraphDrawing drawing(windowOf({{}, {10, 20, 30}}));
+        QCOMPARE(drawing.operations(Operation::Path).size(), 3);
+        QCOMPARE(drawing.operations(Operation::Path).at(1).path.elementCount(), 0);
+        QCOMPARE(drawing.operations(Operation::Path).at(2).pen.color(), QColor(0, 255, 0));
+        for (const Operation &text : drawing.operations(Operation::Text)) {
             QVERIFY(text.text != "x");
         }
     }
 
     void laterDrawingReplacesTheScale()
     {
-        const GraphSubWindow window(QString(), group({{50.5, 40, 10}, {0, 10, 20, 30, 40}}));
-        RecordingPaintDevice before;
-        RecordingPaintDevice page;
-        RecordingPaintDevice after;
-        draw(&before, window);
-        draw(&page, window, 575, 411);
-        draw(&after, window);
+        const GraphSubWindow window = windowOf();
+        const GraphDrawing before(window);
+        const GraphDrawing page(window, 575, 411);
+        const GraphDrawing after(window);
         QCOMPARE(after.summaries(), before.summaries());
         QCOMPARE(after.operations().at(1).path, before.operations().at(1).path);
         QCOMPARE(pathPoints(page.operations().at(1).path), "60,27.39 160,82.2 260,238.8");
@@ -262,26 +224,19 @@ private Q_SLOTS:
 
     void keepsItsPatients()
     {
-        QVector<PatientRecord> patients = group({{10, 20}});
+        QVector<PatientRecord> patients = patientsOf({{10, 20}});
         const GraphSubWindow window(QString(), patients);
-        RecordingPaintDevice before;
-        draw(&before, window);
+        const GraphDrawing before(window);
         patients[0] = {"other", {90, 80, 70}, 1};
-        RecordingPaintDevice after;
-        draw(&after, window);
+        const GraphDrawing after(window);
         QCOMPARE(after.summaries(), before.summaries());
     }
 
     void widgetShowsTheSameDrawing()
     {
-        GraphSubWindow window(QString(), group({{50.5, 40, 10}, {0, 10, 20, 30, 40}}));
+        GraphSubWindow window = windowOf();
         window.resize(820, 510);
-        QImage shown = imageLike(window);
-        QImage drawn = shown;
-        window.render(&shown, QPoint(), QRegion(), QWidget::DrawChildren);
-        QPainter painter(&drawn);
-        window.drawGraph(&painter, 820, 510);
-        painter.end();
+        const auto [shown, drawn] = shownAndDrawn(window);
         QCOMPARE(shown, drawn);
         // The top grid line: 820 wide, at 30 from the top.
         QVERIFY(shown.pixelColor(700, 30).value() < 255);
@@ -291,7 +246,7 @@ private Q_SLOTS:
     void distantPointsAreClippedByTheRaster()
     {
         // The second line leaves the picture straight downwards and comes back.
-        const GraphSubWindow window(QString(), group({{10}, {10, -3e5, 10}}));
+        const GraphSubWindow window = windowOf({{10}, {10, -3e5, 10}});
         QImage image(700, 400, QImage::Format_ARGB32_Premultiplied);
         image.fill(Qt::white);
         QPainter painter(&image);
@@ -305,12 +260,13 @@ private Q_SLOTS:
     {
         QTest::addColumn<QVector<PatientRecord>>("patients");
         QTest::addColumn<QString>("text");
-        QTest::newRow("ordinary") << group({{50, 60}, {30, 20, 10}}) << "mmol/mol";
-        QTest::newRow("values below one") << group({{0.5, 0.1, 0}}) << "patient 0";
-        QTest::newRow("no values") << group({{}, {}}) << "patient 1";
-        QTest::newRow("one value") << group({{42}}) << "50";
-        QTest::newRow("not numbers") << group({{qQNaN(), inf, -inf, 1e300, -1e300}}) << "mmol/mol";
-        QTest::newRow("very large") << group({{123456789012.0, 5}}) << "mmol/mol";
+        QTest::newRow("ordinary") << patientsOf({{50, 60}, {30, 20, 10}}) << "mmol/mol";
+        QTest::newRow("values below one") << patientsOf({{0.5, 0.1, 0}}) << "p0";
+        QTest::newRow("no values") << patientsOf({{}, {}}) << "p1";
+        QTest::newRow("one value") << patientsOf({{42}}) << "50";
+        QTest::newRow("NaN and infinite")
+            << patientsOf({{qQNaN(), infinity, -infinity, 1e300, -1e300}}) << "mmol/mol";
+        QTest::newRow("very large") << patientsOf({{123456789012.0, 5}}) << "mmol/mol";
         const QString controls = QString("\x01\x0B\x1F") + QChar(0xD800) + QChar(0xFFFE);
         QTest::newRow("control characters") << QVector<PatientRecord>{{controls + "end", {10}, -1}}
                                             << QString(5, QChar::ReplacementCharacter) + "end";

@@ -1,42 +1,23 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include <limits>
-
 #include <QPainter>
 #include <QtTest>
 
 #include "graphs/resultsubwindow.h"
-#include "support/recordingpaintdevice.h"
+#include "support/graphdrawing.h"
+#include "support/numbers.h"
 #include "support/svgdrawing.h"
+
+using Numbers::infinity;
+using Operation = RecordingPaintDevice::Operation;
 
 namespace
 {
 
-using Operation = RecordingPaintDevice::Operation;
-
-constexpr double inf = std::numeric_limits<double>::infinity();
-
-struct Pair {
-    double convergence;
-    double variability;
-};
-
-// The same pair for every method.
-QVector<PatientScoreRecord> scoresOf(const QVector<Pair> &pairs)
+// By default two patients at the edges, one in the lower left and one in the upper right.
+ResultSubWindow windowOf(const QVector<Point> &points = {{6, 2}, {20, 9}}, double centerX = 10,
+                         double centerY = 4)
 {
-    QVector<PatientScoreRecord> scores;
-    for (const Pair &pair : pairs) {
-        scores.append({QString("patient %1").arg(scores.size()),
-                       QVector<double>(methodCount, pair.convergence),
-                       QVector<double>(methodCount, pair.variability)});
-    }
-    return scores;
-}
-
-void draw(RecordingPaintDevice *device, const ResultSubWindow &window, double width = 700,
-          double height = 400)
-{
-    QPainter painter(device);
-    window.drawGraph(&painter, width, height);
+    return {scoresOf(points), 1, 1, centerY, centerX};
 }
 
 int widthOf(const QString &text)
@@ -44,20 +25,10 @@ int widthOf(const QString &text)
     return QFontMetrics(QFont()).horizontalAdvance(text);
 }
 
-// A text that ends at x, a few pixels before it.
+// The summary of a text that ends at x.
 QString endingAt(int x, int y, const QString &text)
 {
     return QString("text %1 %2: ").arg(x - widthOf(text)).arg(y) + text;
-}
-
-// A white picture on which texts are as large as in the widget.
-QImage imageLike(const QWidget &widget)
-{
-    QImage image(widget.size(), QImage::Format_ARGB32_Premultiplied);
-    image.setDotsPerMeterX(qRound(widget.logicalDpiX() * 100 / 2.54));
-    image.setDotsPerMeterY(qRound(widget.logicalDpiY() * 100 / 2.54));
-    image.fill(Qt::white);
-    return image;
 }
 
 // Answers every text of the class in capitals.
@@ -74,7 +45,7 @@ public:
 
 } // namespace
 
-Q_DECLARE_METATYPE(Pair)
+Q_DECLARE_METATYPE(Point)
 
 class TestResultSubWindow : public QObject
 {
@@ -83,7 +54,7 @@ class TestResultSubWindow : public QObject
 private Q_SLOTS:
     void windowHasNoTitleAndNoSmallestSize()
     {
-        const ResultSubWindow window(scoresOf({{6, 2}}), 0, 0, 4, 10);
+        const ResultSubWindow window = windowOf();
         QCOMPARE(window.windowTitle(), QString());
         QCOMPARE(window.minimumSize(), QSize(0, 0));
         QCOMPARE(window.parent(), nullptr);
@@ -91,40 +62,35 @@ private Q_SLOTS:
 
     void paintsInOrder()
     {
-        const ResultSubWindow window(scoresOf({{6, 2}, {10, 4}, {20, 9}}), 1, 1, 4, 10);
-        RecordingPaintDevice device;
-        draw(&device, window);
+        const GraphDrawing drawing(windowOf({{6, 2}, {10, 4}, {20, 9}}));
 
-        const auto text = [](const char *summary) { return summary; };
-        QStringList expected;
-        expected << text("text 175 100: B/W") << text("text 525 100: W/W")
-                 << text("text 175 300: B/B") << text("text 525 300: W/B");
-        expected << text("text 224 212: 6") << text("text 288 212: 8") << text("text 672 212: 20")
-                 << text("text 512 212: 5");
-        expected << endingAt(350, 274, text("2")) << endingAt(350, 242, text("3"))
-                 << endingAt(350, 50, text("9")) << endingAt(350, 130, text("6.5"));
-        expected << text("path");
-        expected << text("text 352 210: 10") << endingAt(347, 198, text("4"));
-        expected << text("ellipse 220 262 4 4") << text("text 226 268: patient 0")
-                 << text("ellipse 348 198 4 4") << text("text 354 204: patient 1")
-                 << text("ellipse 668 38 4 4") << text("text 674 44: patient 2");
-        expected << endingAt(690, 225, text("Convergence"))
-                 << endingAt(347, 30, text("Variability"));
-        expected << text("text 5 398: Convergence: Linear least squares fitting")
-                 << text("text 5 385: Variability: Difference standard deviation offset");
-        QCOMPARE(device.summaries(), expected);
-        QCOMPARE(pathPoints(device.operations(Operation::Path).first().path),
-                 text("10,200 690,200; 350,10 350,390; 222,200 222,210; 286,200 286,210; "
-                      "670,200 670,210; 510,200 510,210; 350,264 340,264; 350,232 340,232; "
-                      "350,40 340,40; 350,120 340,120"));
+        const QStringList expected = {
+            "text 175 100: B/W; text 525 100: W/W; text 175 300: B/B; text 525 300: W/B",
+            "text 224 212: 6; text 288 212: 8; text 672 212: 20; text 512 212: 5",
+            endingAt(350, 274, "2"),
+            endingAt(350, 242, "3"),
+            endingAt(350, 50, "9"),
+            endingAt(350, 130, "6.5"),
+            "path; text 352 210: 10",
+            endingAt(347, 198, "4"),
+            "ellipse 220 262 4 4; text 226 268: p0; ellipse 348 198 4 4; text 354 204: p1; "
+            "ellipse 668 38 4 4; text 674 44: p2",
+            endingAt(690, 225, "Convergence"),
+            endingAt(347, 30, "Variability"),
+            "text 5 398: Convergence: Linear least squares fitting",
+            "text 5 385: Variability: Difference standard deviation offset",
+        };
+        QCOMPARE(drawing.summaries().join("; "), expected.join("; "));
+        QCOMPARE(pathPoints(drawing.operations(Operation::Path).first().path),
+                 "10,200 690,200; 350,10 350,390; 222,200 222,210; 286,200 286,210; "
+                 "670,200 670,210; 510,200 510,210; 350,264 340,264; 350,232 340,232; "
+                 "350,40 340,40; 350,120 340,120");
     }
 
     void pensBrushesAndFonts()
     {
-        const ResultSubWindow window(scoresOf({{6, 2}, {20, 9}}), 1, 1, 4, 10);
-        RecordingPaintDevice device;
-        draw(&device, window);
-        for (const Operation &operation : device.operations().mid(4)) {
+        const GraphDrawing drawing(windowOf());
+        for (const Operation &operation : drawing.operations().mid(4)) {
             QCOMPARE(operation.font, QFont());
             QCOMPARE(operation.pen, QPen());
             if (operation.kind == Operation::Ellipse) {
@@ -138,10 +104,8 @@ private Q_SLOTS:
 
     void kvadrantLabelsAreLargeAndGrey()
     {
-        const ResultSubWindow window(scoresOf({{6, 2}, {20, 9}}), 1, 1, 4, 10);
-        RecordingPaintDevice device;
-        draw(&device, window);
-        for (const Operation &label : device.operations().mid(0, 4)) {
+        const GraphDrawing drawing(windowOf());
+        for (const Operation &label : drawing.operations().mid(0, 4)) {
             QCOMPARE(label.font.family(), "Arial");
             QCOMPARE(label.font.pointSize(), 30);
             QVERIFY(!label.font.italic());
@@ -152,7 +116,7 @@ private Q_SLOTS:
 
     void painterIsLeftAsItWas()
     {
-        const ResultSubWindow window(scoresOf({{6, 2}, {20, 9}}), 1, 1, 4, 10);
+        const ResultSubWindow window = windowOf();
         RecordingPaintDevice device;
         QPainter painter(&device);
         QFont font;
@@ -172,11 +136,9 @@ private Q_SLOTS:
 
     void fontsKeepTheirSize()
     {
-        const ResultSubWindow window(scoresOf({{6, 2}, {20, 9}}), 1, 1, 4, 10);
-        RecordingPaintDevice small;
-        RecordingPaintDevice large;
-        draw(&small, window, 300, 200);
-        draw(&large, window, 3000, 2000);
+        const ResultSubWindow window = windowOf();
+        const GraphDrawing small(window, 300, 200);
+        const GraphDrawing large(window, 3000, 2000);
         QCOMPARE(small.operations().size(), large.operations().size());
         for (int i = 0; i < small.operations().size(); ++i) {
             QCOMPARE(small.operations().at(i).font, large.operations().at(i).font);
@@ -195,14 +157,14 @@ private Q_SLOTS:
                                  << "Variability: Interquartile range";
         QTest::newRow("2 and 1") << 1.0 << 2.0 << "Convergence: C*e^(k*x)"
                                  << "Variability: Difference standard deviation offset";
-        QTest::newRow("whole part") << 2.9 << 1.5 << "Convergence: Linear least squares fitting"
-                                    << "Variability: Interquartile range";
+        QTest::newRow("truncated") << 2.9 << 1.5 << "Convergence: Linear least squares fitting"
+                                   << "Variability: Interquartile range";
         QTest::newRow("toward zero") << -0.9 << 0.9 << "Convergence: Median difference"
                                      << "Variability: Standard deviation";
         QTest::newRow("none") << 3.0 << -1.0 << "Convergence: "
                               << "Variability: ";
-        QTest::newRow("not numbers") << qQNaN() << inf << "Convergence: "
-                                     << "Variability: ";
+        QTest::newRow("NaN and infinite") << qQNaN() << infinity << "Convergence: "
+                                          << "Variability: ";
     }
 
     void methodNamesFollowTheIndices()
@@ -212,9 +174,8 @@ private Q_SLOTS:
         QFETCH(QString, convergenceLine);
         QFETCH(QString, variabilityLine);
         const ResultSubWindow window(scoresOf({{6, 2}, {20, 9}}), variability, convergence, 4, 10);
-        RecordingPaintDevice device;
-        draw(&device, window);
-        QCOMPARE(device.summaries().mid(device.summaries().size() - 2),
+        const GraphDrawing drawing(window);
+        QCOMPARE(drawing.summaries().mid(drawing.summaries().size() - 2),
                  QStringList() << "text 5 398: " + convergenceLine
                                << "text 5 385: " + variabilityLine);
     }
@@ -226,9 +187,8 @@ private Q_SLOTS:
             {"b", {100, 100, 20}, {100, 9, 100}},
         };
         const ResultSubWindow window(scores, 1, 2, 4, 10);
-        RecordingPaintDevice device;
-        draw(&device, window);
-        const QVector<Operation> dots = device.operations(Operation::Ellipse);
+        const GraphDrawing drawing(window);
+        const QVector<Operation> dots = drawing.operations(Operation::Ellipse);
         QCOMPARE(dots.size(), 2);
         QCOMPARE(dots.at(0).rect.center(), QPointF(350, 200));
         QCOMPARE(dots.at(1).rect.center(), QPointF(670, 40));
@@ -236,13 +196,10 @@ private Q_SLOTS:
 
     void laterDrawingReplacesTheScale()
     {
-        const ResultSubWindow window(scoresOf({{6, 2}, {10, 4}, {20, 9}}), 1, 1, 4, 10);
-        RecordingPaintDevice before;
-        RecordingPaintDevice page;
-        RecordingPaintDevice after;
-        draw(&before, window);
-        draw(&page, window, 575, 411);
-        draw(&after, window);
+        const ResultSubWindow window = windowOf({{6, 2}, {10, 4}, {20, 9}});
+        const GraphDrawing before(window);
+        const GraphDrawing page(window, 575, 411);
+        const GraphDrawing after(window);
         QCOMPARE(after.summaries(), before.summaries());
         QCOMPARE(page.operations(Operation::Path).first().path.elementCount(), 20);
         QCOMPARE(page.operations(Operation::Ellipse).first().rect.center(), QPointF(184.5, 271.7));
@@ -253,11 +210,10 @@ private Q_SLOTS:
         Capitals translator;
         QVERIFY(QCoreApplication::installTranslator(&translator));
         const ResultSubWindow window(scoresOf({{6, 2}, {20, 9}}), 0, 2, 4, 10);
-        RecordingPaintDevice device;
-        draw(&device, window);
+        const GraphDrawing drawing(window);
         QCoreApplication::removeTranslator(&translator);
         QStringList texts;
-        for (const Operation &text : device.operations(Operation::Text)) {
+        for (const Operation &text : drawing.operations(Operation::Text)) {
             texts << text.text;
         }
         QCOMPARE(texts.mid(texts.size() - 4),
@@ -265,15 +221,13 @@ private Q_SLOTS:
                                << "VARIABILITY"
                                << "CONVERGENCE: C*E^(K*X)"
                                << "VARIABILITY: STANDARD DEVIATION");
-        QVERIFY(texts.contains("patient 0"));
+        QVERIFY(texts.contains("p0"));
     }
 
     void patientOnTheCrossHasBothCentersPrintedOnce()
     {
-        const ResultSubWindow window(scoresOf({{1, 1}, {11, 5}, {16, 7}}), 0, 0, 5, 11);
-        RecordingPaintDevice device;
-        draw(&device, window);
-        const QStringList all = device.summaries();
+        const GraphDrawing drawing(windowOf({{1, 1}, {11, 5}, {16, 7}}, 11, 5));
+        const QStringList all = drawing.summaries();
         QCOMPARE(all.count("ellipse 348 198 4 4"), 1);
         QCOMPARE(all.count("text 352 210: 11"), 1);
         QCOMPARE(all.count(endingAt(347, 198, "5")), 1);
@@ -283,73 +237,68 @@ private Q_SLOTS:
 
     void widgetShowsTheSameDrawing()
     {
-        ResultSubWindow window(scoresOf({{6, 2}, {10, 4}, {20, 9}}), 1, 1, 4, 10);
+        ResultSubWindow window = windowOf({{6, 2}, {10, 4}, {20, 9}});
         window.resize(820, 510);
-        QImage shown = imageLike(window);
-        QImage drawn = shown;
-        window.render(&shown, QPoint(), QRegion(), QWidget::DrawChildren);
-        QPainter painter(&drawn);
-        painter.setRenderHint(QPainter::Antialiasing);
-        window.drawGraph(&painter, 820, 510);
-        painter.end();
+        const auto [shown, drawn] = shownAndDrawn(window);
         QCOMPARE(shown, drawn);
         QCOMPARE(shown.pixelColor(790, 40), QColor(Qt::black));
     }
 
-    void degenerateGroupKeepsAxesAndTexts_data()
+    void degenerateGroupKeepsCrossAndTexts_data()
     {
-        QTest::addColumn<QVector<Pair>>("pairs");
+        QTest::addColumn<QVector<Point>>("points");
         QTest::addColumn<double>("centerX");
         QTest::addColumn<double>("centerY");
         QTest::addColumn<int>("dots");
-        QTest::newRow("one patient on both centers") << QVector<Pair>{{7, 3}} << 7.0 << 3.0 << 0;
-        QTest::newRow("equal convergence") << QVector<Pair>{{7, 1}, {7, 5}} << 7.0 << 3.0 << 0;
-        QTest::newRow("equal variability") << QVector<Pair>{{1, 3}, {9, 3}} << 5.0 << 3.0 << 0;
-        QTest::newRow("one is not a number")
-            << QVector<Pair>{{qQNaN(), 3}, {1, 2}, {9, 4}} << 5.0 << 3.0 << 2;
-        QTest::newRow("none is a number")
-            << QVector<Pair>{{qQNaN(), qQNaN()}} << qQNaN() << qQNaN() << 0;
-        QTest::newRow("numbers elsewhere") << QVector<Pair>{{qQNaN(), qQNaN()}} << 5.0 << 3.0 << 0;
-        QTest::newRow("infinite") << QVector<Pair>{{inf, -inf}, {1, 2}} << 5.0 << 3.0 << 1;
-        QTest::newRow("huge") << QVector<Pair>{{1e308, 1e308}, {-1e308, -1e308}} << 0.0 << 0.0 << 2;
+        QTest::newRow("one patient on both centers") << QVector<Point>{{7, 3}} << 7.0 << 3.0 << 0;
+        QTest::newRow("equal convergence") << QVector<Point>{{7, 1}, {7, 5}} << 7.0 << 3.0 << 0;
+        QTest::newRow("equal variability") << QVector<Point>{{1, 3}, {9, 3}} << 5.0 << 3.0 << 0;
+        QTest::newRow("one NaN") << QVector<Point>{{qQNaN(), 3}, {1, 2}, {9, 4}} << 5.0 << 3.0 << 2;
+        QTest::newRow("NaN everywhere")
+            << QVector<Point>{{qQNaN(), qQNaN()}} << qQNaN() << qQNaN() << 0;
+        QTest::newRow("NaN beside a center")
+            << QVector<Point>{{qQNaN(), qQNaN()}} << 5.0 << 3.0 << 0;
+        QTest::newRow("infinite") << QVector<Point>{{infinity, -infinity}, {1, 2}} << 5.0 << 3.0
+                                  << 1;
+        QTest::newRow("huge") << QVector<Point>{{1e308, 1e308}, {-1e308, -1e308}} << 0.0 << 0.0
+                              << 2;
         QTest::newRow("huge beside the center")
-            << QVector<Pair>{{1.7e308, 1.7e308}, {-1.7e308, -1.7e308}} << 1.7e308 << 1.7e308 << 1;
+            << QVector<Point>{{1.7e308, 1.7e308}, {-1.7e308, -1.7e308}} << 1.7e308 << 1.7e308 << 1;
     }
 
-    void degenerateGroupKeepsAxesAndTexts()
+    void degenerateGroupKeepsCrossAndTexts()
     {
-        QFETCH(QVector<Pair>, pairs);
+        QFETCH(QVector<Point>, points);
         QFETCH(double, centerX);
         QFETCH(double, centerY);
-        const ResultSubWindow window(scoresOf(pairs), 0, 0, centerY, centerX);
-        RecordingPaintDevice device;
-        draw(&device, window);
-        QTEST(int(device.operations(Operation::Ellipse).size()), "dots");
-        QVERIFY(pathPoints(device.operations(Operation::Path).first().path)
+        const GraphDrawing drawing(windowOf(points, centerX, centerY));
+        QTEST(int(drawing.operations(Operation::Ellipse).size()), "dots");
+        QVERIFY(pathPoints(drawing.operations(Operation::Path).first().path)
                     .startsWith("10,200 690,200; 350,10 350,390"));
-        const QStringList all = device.summaries();
+        const QStringList all = drawing.summaries();
         QCOMPARE(all.at(0), "text 175 100: B/W");
         QCOMPARE(all.mid(all.size() - 4),
                  QStringList() << endingAt(690, 225, "Convergence")
                                << endingAt(347, 30, "Variability")
-                               << "text 5 398: Convergence: Median difference"
-                               << "text 5 385: Variability: Standard deviation");
+                               << "text 5 398: Convergence: Linear least squares fitting"
+                               << "text 5 385: Variability: Difference standard deviation offset");
     }
 
-    void svgIsWellFormed_data() { degenerateGroupKeepsAxesAndTexts_data(); }
+    void svgIsWellFormed_data() { degenerateGroupKeepsCrossAndTexts_data(); }
 
     void svgIsWellFormed()
     {
-        QFETCH(QVector<Pair>, pairs);
+        QFETCH(QVector<Point>, points);
         QFETCH(double, centerX);
         QFETCH(double, centerY);
-        QVector<PatientScoreRecord> scores = scoresOf(pairs);
+        QVector<PatientScoreRecord> scores = scoresOf(points);
         scores[0].id = QString("<&\x01") + QChar(0xDC00);
-        const ResultSubWindow window(scores, 0, 0, centerY, centerX);
+        const ResultSubWindow window(scores, 1, 1, centerY, centerX);
         const QByteArray svg = SvgDrawing::drawn(
             {575, 411}, [&window](QPainter *painter) { window.drawGraph(painter, 575, 411); });
         QCOMPARE(SvgDrawing::fault(svg), QString());
-        QVERIFY(SvgDrawing::texts(svg).endsWith("Variability: Standard deviation"));
+        QVERIFY(
+            SvgDrawing::texts(svg).endsWith("Variability: Difference standard deviation offset"));
     }
 };
 

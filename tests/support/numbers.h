@@ -14,8 +14,8 @@ inline constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 inline constexpr double infinity = std::numeric_limits<double>::infinity();
 
 /// Empty when \p actual lies within \p relative times the magnitude of \p expected, otherwise a
-/// text that tells both and how far they are apart. Not a number and the infinities equal
-/// themselves only. A tolerance of 0 asks for the very same number.
+/// text with both and the distance between them. NaN and the infinities equal only themselves. With
+/// the tolerance 0 the numbers must be the same.
 inline QString difference(double actual, double expected, double relative)
 {
     const double distance = std::abs(actual - expected);

@@ -31,7 +31,7 @@ public:
         operation.position = position;
         operation.text = item.text();
     }
-    // The graphs draw none of these; an operation that no test expects gives them away.
+    // The graphs draw no pixmap; a test that meets one finds a rectangle too many.
     void drawPixmap(const QRectF &rect, const QPixmap & /*pixmap*/,
                     const QRectF & /*source*/) override
     {

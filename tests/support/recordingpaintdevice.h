@@ -13,9 +13,9 @@
 #include <QString>
 #include <QVector>
 
-/// A paint device that paints nothing and lists what it is told to paint, in order.
+/// A paint device that paints nothing and lists, in order, what it is told to paint.
 ///
-/// Positions are in the painter's own coordinates. It has the 96 dots an inch for which test
+/// Positions are in the painter's own coordinates. It has the 96 dots per inch for which test
 /// programs measure fonts.
 class RecordingPaintDevice : public QPaintDevice
 {
@@ -31,7 +31,7 @@ public:
         /// Text: the left end of its baseline.
         QPointF position;
         QString text;
-        /// The painter's state at that moment.
+        /// The painter's state at that time.
         QPen pen;
         QBrush brush;
         QFont font;

@@ -9,18 +9,18 @@
 
 class QPainter;
 
-/// Drawings in an SVG file, for the tests.
+/// Drawings as SVG files, for the tests.
 namespace SvgDrawing
 {
 
-/// The file that holds what \p draw paints.
+/// A file with what \p draw paints.
 QByteArray drawn(const QSize &size, const std::function<void(QPainter *)> &draw);
 
-/// Why \p svg is no good: not well-formed, or "nan" or "inf" in an attribute. Empty when it is
-/// good.
+/// What is wrong with \p svg: not well-formed, or "nan" or "inf" in an attribute. Empty for
+/// nothing.
 QString fault(const QByteArray &svg);
 
-/// The texts of \p svg in order, one a line.
+/// The texts of \p svg in order, one per line.
 QString texts(const QByteArray &svg);
 
 } // namespace SvgDrawing
