@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tables/cpatientscore.h"
 
+#include <array>
+
 #include <QColor>
 
 #include "analysis/centers.h"
@@ -10,7 +12,7 @@
 namespace
 {
 
-constexpr int rows = 2 * methodCount;
+constexpr int methodRows = 2 * methodCount;
 
 const Method &methodInRow(int row)
 {
@@ -26,15 +28,8 @@ double valueInRow(const PatientScoreRecord &record, int row)
 
 QColor colorOf(Side side)
 {
-    switch (side) {
-    case Side::Better:
-        return {"#AAD083"};
-    case Side::Worse:
-        return {"#E79292"};
-    case Side::OnCenter:
-        break;
-    }
-    return {"#647B98"};
+    constexpr std::array colors = {"#AAD083", "#647B98", "#E79292"}; // green, blue, red
+    return {colors.at(size_t(side))};
 }
 
 } // namespace
@@ -47,7 +42,7 @@ CPatientScore::CPatientScore(PatientScoreRecord &average, QVector<PatientScoreRe
 
 int CPatientScore::rowCount(const QModelIndex & /*parent*/) const
 {
-    return rows;
+    return methodRows;
 }
 
 int CPatientScore::columnCount(const QModelIndex & /*parent*/) const
@@ -57,7 +52,7 @@ int CPatientScore::columnCount(const QModelIndex & /*parent*/) const
 
 QVariant CPatientScore::data(const QModelIndex &index, int role) const
 {
-    if (!index.isValid() || index.row() >= rows || index.column() >= scores.size()) {
+    if (!index.isValid() || index.row() >= methodRows || index.column() >= scores.size()) {
         return {};
     }
     const double value = valueInRow(scores.at(index.column()), index.row());
@@ -73,7 +68,7 @@ QVariant CPatientScore::data(const QModelIndex &index, int role) const
 
 QVariant CPatientScore::headerData(int section, Qt::Orientation orientation, int role) const
 {
-    const int sections = orientation == Qt::Horizontal ? int(scores.size()) : rows;
+    const int sections = orientation == Qt::Horizontal ? int(scores.size()) : methodRows;
     if (role != Qt::DisplayRole || section < 0 || section >= sections) {
         return {};
     }

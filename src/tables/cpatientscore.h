@@ -6,18 +6,18 @@
 
 #include "analysis/patientscorerecord.h"
 
-/// The score table: one row a method, one column a patient, coloured by the side of the center on
-/// which the value lies.
+/// The score table: one row per method, one column per patient, each cell coloured by the side of
+/// the center on which its value lies.
 ///
-/// Every row is judged against the center of its own method; of the settings only the choice of
-/// center counts, and it is read on every call. The model refers to lists that its owner keeps, and
-/// it announces no change of theirs.
+/// Every row is compared with the center of its own method. The only setting that counts is the
+/// choice of center, read on every call. The model refers to lists that its owner keeps, and does
+/// not announce when they change.
 class CPatientScore : public QAbstractTableModel
 {
     Q_OBJECT
 
 public:
-    /// All three must outlive the model.
+    /// All arguments must outlive the model.
     CPatientScore(PatientScoreRecord &average, QVector<PatientScoreRecord> &scoreList,
                   PatientScoreRecord &median);
 
@@ -25,13 +25,13 @@ public:
     int rowCount(const QModelIndex &parent = {}) const override;
     int columnCount(const QModelIndex &parent = {}) const override;
     /// Display role: the value with six significant digits. Background role: red above the center
-    /// (worse), green below it, blue on it or where either is NaN.
+    /// (worse), green below it, blue on it or if either is NaN.
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
     /// Display role only: identifiers across, methods down.
     QVariant headerData(int section, Qt::Orientation orientation,
                         int role = Qt::DisplayRole) const override;
 
-    /// Assigns to the lists behind the model. Emits nothing: a view shows it on its next repaint.
+    /// Assigns to the objects referred to. Emits nothing: a view shows it on its next repaint.
     void update(const QVector<PatientScoreRecord> &scoreList, const PatientScoreRecord &median,
                 const PatientScoreRecord &average);
 

@@ -2,9 +2,7 @@
 #include <cmath>
 #include <memory>
 
-#include <QAbstractItemModelTester>
 #include <QColor>
-#include <QDir>
 #include <QtTest>
 
 #include "settings/cconfig.h"
@@ -19,13 +17,6 @@ using Numbers::notANumber;
 namespace
 {
 
-enum Center { Average = 0, Median = 1 };
-
-void chooseCenter(Center center)
-{
-    CConfig::instance().saveConfig(0, 0, center, 3, 1);
-}
-
 const QStringList &methods()
 {
     static const QStringList all = {
@@ -39,23 +30,14 @@ const QStringList &methods()
     return all;
 }
 
-// The lists that a model refers to, and the model on them.
-struct Fixture {
-    QVector<PatientScoreRecord> scores;
-    PatientScoreRecord average = {{}, {10, 20, 30}, {40, 50, 60}};
-    PatientScoreRecord median = {{}, {1, 2, 3}, {4, 5, 6}};
+struct Fixture : ModelLists {
     CPatientScore model{average, scores, median};
 
-    void add(const QString &id, const QVector<double> &convergence,
-             const QVector<double> &variability)
-    {
-        scores.append({id, convergence, variability});
-    }
     [[nodiscard]] QString text(int row, int column) const
     {
         return model.data(model.index(row, column)).toString();
     }
-    // Red, green or blue, as the colours are called; or what it is otherwise.
+    // "red", "green", "blue" or, for anything else, what it is.
     [[nodiscard]] QString color(int row, int column) const
     {
         const QVariant value = model.data(model.index(row, column), Qt::BackgroundRole);
@@ -95,7 +77,7 @@ private Q_SLOTS:
     void init()
     {
         m_folder = std::make_unique<WorkingFolder>();
-        chooseCenter(Median);
+        configure(0, 0, Median);
     }
 
     void cleanup() { m_folder.reset(); }
@@ -116,12 +98,7 @@ private Q_SLOTS:
         Fixture fixture;
         fixture.add("a", {1, 2, 3}, {4, 5, 6});
         fixture.add("b", {1, 2, 3}, {4, 5, 6});
-        QCOMPARE(fixture.model.rowCount(), 6);
-        QCOMPARE(fixture.model.columnCount(), 2);
-        // The parent is not looked at.
-        QCOMPARE(fixture.model.rowCount(fixture.model.index(0, 0)), 6);
-        QCOMPARE(fixture.model.columnCount(fixture.model.index(0, 0)), 2);
-        QCOMPARE(fixture.model.QObject::parent(), nullptr);
+        compareSize(fixture.model, 6, 2);
     }
 
     void rowsShowTheirMethods()
@@ -183,14 +160,14 @@ private Q_SLOTS:
         };
         row("above", 2, 1, "red");
         row("below", 1, 2, "green");
-        row("on it", 1, 1, "blue");
+        row("on the center", 1, 1, "blue");
         row("above by the last bit", std::nextafter(1.0, 2.0), 1, "red");
         row("below by the last bit", std::nextafter(1.0, 0.0), 1, "green");
         row("negative above", -1, -2, "red");
         row("negative below", -2, -1, "green");
-        row("value not a number", notANumber, 1, "blue");
-        row("center not a number", 1, notANumber, "blue");
-        row("neither a number", notANumber, notANumber, "blue");
+        row("value NaN", notANumber, 1, "blue");
+        row("center NaN", 1, notANumber, "blue");
+        row("both NaN", notANumber, notANumber, "blue");
         row("infinite", infinity, 1, "red");
         row("both infinite", infinity, infinity, "blue");
     }
@@ -201,7 +178,7 @@ private Q_SLOTS:
         QFETCH(const double, center);
         QFETCH(const QString, color);
         for (const Center chosen : {Average, Median}) {
-            chooseCenter(chosen);
+            configure(0, 0, chosen);
             for (int row = 0; row < 6; ++row) {
                 Fixture fixture;
                 fixture.add("a", {7, 7, 7}, {7, 7, 7});
@@ -223,16 +200,14 @@ private Q_SLOTS:
     void onePatientIsOnTheCenter()
     {
         Fixture fixture;
-        fixture.add("a", {-2.5, 5.5, 0.001}, {7.4, 8.5, 3});
-        fixture.average = {{}, {-2.5, 5.5, 0.001}, {7.4, 8.5, 3}};
-        fixture.median = fixture.average;
+        fixture.addCenter();
         for (const Center chosen : {Average, Median}) {
-            chooseCenter(chosen);
+            configure(0, 0, chosen);
             QCOMPARE(fixture.colors(0).count("blue"), 6);
         }
     }
 
-    void theChosenMethodsDoNotCount()
+    void chosenMethodsDoNotMatter()
     {
         Fixture fixture;
         fixture.add("a", {2, 2, 2}, {5, 5, 5});
@@ -243,13 +218,13 @@ private Q_SLOTS:
         }
     }
 
-    void theChosenCenterChangesColorsOnly()
+    void chosenCenterChangesOnlyColors()
     {
         Fixture fixture;
         fixture.add("a", {5, 10, 15}, {20, 25, 30});
         QCOMPARE(fixture.colors(0).count("red"), 6);
         const QString before = fixture.text(0, 0);
-        chooseCenter(Average);
+        configure(0, 0, Average);
         QCOMPARE(fixture.colors(0).count("green"), 6);
         QCOMPARE(fixture.text(0, 0), before);
     }
@@ -294,7 +269,7 @@ private Q_SLOTS:
 
     void indexesOutsideAreInvalid()
     {
-        // Only a model of more rows makes such an index.
+        // Only a model with more rows makes such an index.
         class Tall : public CPatientScore
         {
         public:
@@ -315,7 +290,7 @@ private Q_SLOTS:
         }
     }
 
-    void cellsAreNotEdited()
+    void cellsAreReadOnly()
     {
         Fixture fixture;
         fixture.add("a", {1, 2, 3}, {4, 5, 6});
@@ -325,35 +300,22 @@ private Q_SLOTS:
         QCOMPARE(fixture.text(0, 0), "1");
     }
 
-    void updateAssignsAndSaysNothing()
+    void updateAssignsWithoutSignals()
     {
-        qRegisterMetaType<Qt::Orientation>();
         Fixture fixture;
         fixture.add("a", {9, 9, 9}, {9, 9, 9});
-        QSignalSpy data(&fixture.model, &QAbstractItemModel::dataChanged);
-        QSignalSpy reset(&fixture.model, &QAbstractItemModel::modelReset);
-        QSignalSpy header(&fixture.model, &QAbstractItemModel::headerDataChanged);
-        const QVector<PatientScoreRecord> scores = {{"a", {5, 5, 5}, {5, 5, 5}}};
-        const PatientScoreRecord median = {{}, {4, 4, 4}, {4, 4, 4}};
-        const PatientScoreRecord average = {{}, {6, 6, 6}, {6, 6, 6}};
-        fixture.model.update(scores, median, average);
-        QCOMPARE(fixture.text(0, 0), "5");
-        QCOMPARE(fixture.color(0, 0), "red");
-        chooseCenter(Average);
+        compareUpdate(fixture.model, fixture);
+        QCOMPARE(fixture.text(0, 0), "0.5");
         QCOMPARE(fixture.color(0, 0), "green");
-        QCOMPARE(fixture.median.variability, median.variability);
-        QCOMPARE(fixture.average.variability, average.variability);
-        QCOMPARE(data.count() + reset.count() + header.count(), 0);
+        configure(0, 0, Average);
+        QCOMPARE(fixture.color(0, 0), "red");
     }
 
     void updateWithItsOwnListsChangesNothing()
     {
         Fixture fixture;
         fixture.add("a", {9, 9, 9}, {9, 9, 9});
-        fixture.model.update(fixture.scores, fixture.median, fixture.average);
-        QCOMPARE(fixture.scores.size(), 1);
-        QCOMPARE(fixture.median.convergence, QVector<double>({1, 2, 3}));
-        QCOMPARE(fixture.average.convergence, QVector<double>({10, 20, 30}));
+        compareUpdateWithOwnLists(fixture.model, fixture);
     }
 
     void headersAreTranslated()
@@ -369,17 +331,14 @@ private Q_SLOTS:
         QCOMPARE(fixture.model.headerData(0, Qt::Horizontal).toString(), "a");
     }
 
-    void theToolkitFindsNoFault()
+    void passesTheModelTester()
     {
         Fixture fixture;
         fixture.add("a", {0, 0, 0}, {9, 9, 9});
         fixture.add("b", {9, 9, 9}, {0, 0, 0});
-        ChildlessModel<CPatientScore> model(fixture.average, fixture.scores, fixture.median);
-        const QAbstractItemModelTester tester(
-            &model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-        model.update(fixture.scores, fixture.median, fixture.average);
-        Q_EMIT model.layoutAboutToBeChanged();
-        Q_EMIT model.layoutChanged();
+        runModelTester(
+            ChildlessModel<CPatientScore>(fixture.average, fixture.scores, fixture.median),
+            fixture);
     }
 };
 

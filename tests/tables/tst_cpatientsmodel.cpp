@@ -2,11 +2,8 @@
 #include <cmath>
 #include <memory>
 
-#include <QAbstractItemModelTester>
-#include <QDir>
 #include <QtTest>
 
-#include "settings/cconfig.h"
 #include "support/modeltesting.h"
 #include "support/numbers.h"
 #include "support/workingfolder.h"
@@ -18,27 +15,9 @@ using Numbers::notANumber;
 namespace
 {
 
-enum Center { Average = 0, Median = 1 };
-
-void configure(int convergence, int variance, int median)
-{
-    CConfig::instance().saveConfig(convergence, variance, median, 3, 1);
-}
-
-// The lists that a model refers to, and the model on them.
-struct Fixture {
-    QVector<PatientRecord> patients;
-    QVector<PatientScoreRecord> scores;
-    PatientScoreRecord average = {{}, {10, 20, 30}, {40, 50, 60}};
-    PatientScoreRecord median = {{}, {1, 2, 3}, {4, 5, 6}};
+struct Fixture : ModelLists {
     CPatientsModel model{patients, scores, average, median};
 
-    void add(const QString &id, const QVector<double> &convergence,
-             const QVector<double> &variability)
-    {
-        patients.append({id, {50, 60}, -1});
-        scores.append({id, convergence, variability});
-    }
     [[nodiscard]] QString mark(int row) const { return model.data(model.index(row, 1)).toString(); }
 };
 
@@ -73,15 +52,10 @@ private Q_SLOTS:
         Fixture fixture;
         fixture.add("a", {0, 0, 0}, {0, 0, 0});
         fixture.add("b", {0, 0, 0}, {0, 0, 0});
-        QCOMPARE(fixture.model.rowCount(), 2);
-        QCOMPARE(fixture.model.columnCount(), 2);
-        // The parent is not looked at.
-        QCOMPARE(fixture.model.rowCount(fixture.model.index(0, 0)), 2);
-        QCOMPARE(fixture.model.columnCount(fixture.model.index(0, 0)), 2);
-        QCOMPARE(fixture.model.QObject::parent(), nullptr);
+        compareSize(fixture.model, 2, 2);
     }
 
-    void identifiersStandInTheFirstColumn()
+    void firstColumnShowsIdentifiers()
     {
         Fixture fixture;
         fixture.add("  A ", {0, 0, 0}, {0, 0, 0});
@@ -112,11 +86,11 @@ private Q_SLOTS:
         row("below by the last bit", std::nextafter(1.0, 0.0), std::nextafter(4.0, 0.0), 1, 4,
             "B/B");
         row("0 and -0", -0.0, 0.0, 0.0, -0.0, "W/W");
-        row("convergence not a number", notANumber, 5, 1, 4, "W/W");
-        row("variability not a number", 0, notANumber, 1, 4, "B/B");
-        row("neither a number", notANumber, notANumber, 1, 4, "W/B");
-        row("centers not a number", 0, 5, notANumber, notANumber, "W/B");
-        row("nothing a number", notANumber, notANumber, notANumber, notANumber, "W/B");
+        row("convergence NaN", notANumber, 5, 1, 4, "W/W");
+        row("variability NaN", 0, notANumber, 1, 4, "B/B");
+        row("both NaN", notANumber, notANumber, 1, 4, "W/B");
+        row("centers NaN", 0, 5, notANumber, notANumber, "W/B");
+        row("all NaN", notANumber, notANumber, notANumber, notANumber, "W/B");
         row("infinite", -infinity, infinity, 1, 4, "B/W");
     }
 
@@ -127,7 +101,7 @@ private Q_SLOTS:
         QFETCH(const double, convergenceCenter);
         QFETCH(const double, variabilityCenter);
         QFETCH(const QString, mark);
-        // Each pair of methods by turns; the other methods say the opposite on both axes.
+        // Under every pair of methods and with either center.
         for (int c = 0; c < 3; ++c) {
             for (int v = 0; v < 3; ++v) {
                 for (const Center center : {Average, Median}) {
@@ -151,9 +125,7 @@ private Q_SLOTS:
     void onePatientIsWorseUnderEveryPair()
     {
         Fixture fixture;
-        fixture.add("a", {-2.5, 5.5, 0.001}, {7.4, 8.5, 3});
-        fixture.average = {{}, {-2.5, 5.5, 0.001}, {7.4, 8.5, 3}};
-        fixture.median = fixture.average;
+        fixture.addCenter();
         for (int pair = 0; pair < 9; ++pair) {
             for (const Center center : {Average, Median}) {
                 configure(pair / 3, pair % 3, center);
@@ -162,7 +134,7 @@ private Q_SLOTS:
         }
     }
 
-    void theChosenMethodsCount()
+    void chosenMethodsGiveTheMark()
     {
         Fixture fixture;
         fixture.add("a", {0, 9, 2}, {9, 4, 7});
@@ -175,7 +147,7 @@ private Q_SLOTS:
         }
     }
 
-    void theChosenCenterCounts()
+    void chosenCenterGivesTheMark()
     {
         // Convergence 1, 2, 9: the middle patient is worse than the median, better than the mean.
         Fixture fixture;
@@ -193,9 +165,9 @@ private Q_SLOTS:
         QCOMPARE(fixture.mark(2), "W/W");
     }
 
-    void columnsBehindTheMarkGiveTheMark()
+    void laterColumnsShowTheMarkToo()
     {
-        // Only a model of more columns makes such an index.
+        // Only a model with more columns makes such an index.
         class Wide : public CPatientsModel
         {
         public:
@@ -220,8 +192,8 @@ private Q_SLOTS:
         QTest::addColumn<QString>("text");
         QTest::newRow("identifier") << 0 << "Id patient";
         QTest::newRow("mark") << 1 << "Method results";
-        QTest::newRow("behind") << 2 << "Unknown!";
-        QTest::newRow("far behind") << 1000 << "Unknown!";
+        QTest::newRow("after the last") << 2 << "Unknown!";
+        QTest::newRow("far after the last") << 1000 << "Unknown!";
         QTest::newRow("negative") << -1 << "Unknown!";
     }
 
@@ -262,7 +234,7 @@ private Q_SLOTS:
         QVERIFY(!fixture.model.data(old).isValid());
     }
 
-    void cellsCanBeSelectedAndNotEdited()
+    void cellsAreSelectableAndReadOnly()
     {
         Fixture fixture;
         fixture.add("a", {0, 0, 0}, {0, 0, 0});
@@ -274,39 +246,25 @@ private Q_SLOTS:
         QCOMPARE(fixture.patients.at(0).id, "a");
     }
 
-    void updateAssignsAndSaysNothing()
+    void updateAssignsWithoutSignals()
     {
         Fixture fixture;
         fixture.add("a", {9, 9, 9}, {9, 9, 9});
-        qRegisterMetaType<Qt::Orientation>();
-        QSignalSpy data(&fixture.model, &QAbstractItemModel::dataChanged);
-        QSignalSpy reset(&fixture.model, &QAbstractItemModel::modelReset);
-        QSignalSpy header(&fixture.model, &QAbstractItemModel::headerDataChanged);
-        const QVector<PatientScoreRecord> scores = {{"a", {0.5, 8, 8}, {3.5, 8, 8}}};
-        const PatientScoreRecord median = {{}, {1, 1, 1}, {3, 3, 3}};
-        const PatientScoreRecord average = {{}, {0, 0, 0}, {4, 4, 4}};
-        fixture.model.update(scores, median, average);
+        compareUpdate(fixture.model, fixture);
         QCOMPARE(fixture.mark(0), "B/W");
         configure(0, 0, Average);
         QCOMPARE(fixture.mark(0), "W/B");
-        QCOMPARE(fixture.scores.at(0).convergence, scores.at(0).convergence);
-        QCOMPARE(fixture.median.variability, median.variability);
-        QCOMPARE(fixture.average.variability, average.variability);
-        QCOMPARE(data.count() + reset.count() + header.count(), 0);
     }
 
     void updateWithItsOwnListsChangesNothing()
     {
         Fixture fixture;
         fixture.add("a", {0, 0, 0}, {9, 9, 9});
-        fixture.model.update(fixture.scores, fixture.median, fixture.average);
-        QCOMPARE(fixture.scores.size(), 1);
-        QCOMPARE(fixture.median.convergence, QVector<double>({1, 2, 3}));
-        QCOMPARE(fixture.average.convergence, QVector<double>({10, 20, 30}));
+        compareUpdateWithOwnLists(fixture.model, fixture);
         QCOMPARE(fixture.mark(0), "B/W");
     }
 
-    void theModelFollowsItsLists()
+    void marksFollowTheLists()
     {
         Fixture fixture;
         fixture.add("a", {0, 0, 0}, {9, 9, 9});
@@ -335,18 +293,14 @@ private Q_SLOTS:
         QCOMPARE(fixture.model.headerData(2, Qt::Horizontal).toString(), "Unknown!");
     }
 
-    void theToolkitFindsNoFault()
+    void passesTheModelTester()
     {
         Fixture fixture;
         fixture.add("a", {0, 0, 0}, {9, 9, 9});
         fixture.add("b", {9, 9, 9}, {0, 0, 0});
-        ChildlessModel<CPatientsModel> model(fixture.patients, fixture.scores, fixture.average,
-                                             fixture.median);
-        const QAbstractItemModelTester tester(
-            &model, QAbstractItemModelTester::FailureReportingMode::QtTest);
-        model.update(fixture.scores, fixture.median, fixture.average);
-        Q_EMIT model.layoutAboutToBeChanged();
-        Q_EMIT model.layoutChanged();
+        runModelTester(ChildlessModel<CPatientsModel>(fixture.patients, fixture.scores,
+                                                      fixture.average, fixture.median),
+                       fixture);
     }
 };
 
