@@ -73,7 +73,7 @@ private Q_SLOTS:
             endingAt(350, 130, "6.5"),
             "path; text 352 210: 10",
             endingAt(347, 198, "4"),
-            "ellipse 220 262 4 4; text 226 268: p0; ellipse 348 198 4 4; text 354 204: p1; "
+            "ellipse 220 262 4 4; text 226 268: p0; ellipse 348 198 4 4; text 354 204: p1",
             "ellipse 668 38 4 4; text 674 44: p2",
             endingAt(690, 225, "Convergence"),
             endingAt(347, 30, "Variability"),
