@@ -642,8 +642,11 @@ private:
         };
         row("top line", "At # it is #, so the peak rises above it; at # it is #.",
             {50.5, topLine(50.5), 51, topLine(51)});
-        row("colours", "After # patients the colours begin again.",
-            {GraphPalette::instance().size()});
+        int colours = 1;
+        while (GraphPalette::color(colours) != GraphPalette::color(0)) {
+            ++colours;
+        }
+        row("colours", "After # patients the colours begin again.", {colours});
 
         const QVector<PatientScoreRecord> two = {{"a", {-3, 0, 0}, {1, 0, 0}},
                                                  {"b", {3.5, 0, 0}, {2, 0, 0}}};
