@@ -142,7 +142,7 @@ private Q_SLOTS:
             QTest::keyClick(menu, Qt::Key_Down);
         }
         QTest::keyClick(menu, Qt::Key_Return);
-        QCOMPARE(tester.marks(), QVector<int>({-1, 3, -1, -1, -1}));
+        QCOMPARE(tester.idealKvadrants(), QVector<int>({-1, 3, -1, -1, -1}));
     }
 
     void everyCommandHasAShortcut()

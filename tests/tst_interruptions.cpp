@@ -297,7 +297,7 @@ private Q_SLOTS:
             menu->close();
         }
         if (tester.isFileOpen()) {
-            QCOMPARE(tester.marks().constFirst(), meanwhile.losesFile ? -1 : 2);
+            QCOMPARE(tester.idealKvadrants().constFirst(), meanwhile.losesFile ? -1 : 2);
         }
     }
 

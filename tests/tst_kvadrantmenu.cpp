@@ -74,7 +74,7 @@ private Q_SLOTS:
         tester.mark(0, 3);
         tester.mark(0, 0);
         QVERIFY(QApplication::activePopupWidget() == nullptr);
-        QCOMPARE(tester.marks(), QVector<int>({3, -1, -1, -1, -1}));
+        QCOMPARE(tester.idealKvadrants(), QVector<int>({3, -1, -1, -1, -1}));
     }
 
     void marksAreStoredAndCleared()
@@ -84,9 +84,9 @@ private Q_SLOTS:
         for (int row = 0; row < 4; ++row) {
             tester.mark(row, row + 1);
         }
-        QCOMPARE(tester.marks(), QVector<int>({1, 2, 3, 4, -1}));
+        QCOMPARE(tester.idealKvadrants(), QVector<int>({1, 2, 3, 4, -1}));
         tester.mark(2, 5);
-        QCOMPARE(tester.marks(), QVector<int>({1, 2, -1, 4, -1}));
+        QCOMPARE(tester.idealKvadrants(), QVector<int>({1, 2, -1, 4, -1}));
         QCOMPARE(tester.patientTexts(), table);
     }
 
@@ -106,7 +106,7 @@ private Q_SLOTS:
         GraphTester tester;
         tester.mark(0, 1);
         tester.open("five.xlsx");
-        QCOMPARE(tester.marks(), QVector<int>(5, -1));
+        QCOMPARE(tester.idealKvadrants(), QVector<int>(5, -1));
     }
 };
 

@@ -47,7 +47,7 @@ void workOnThreePatients(StartedTester &tester)
 void verifyWorkOnThreePatients(const StartedTester &tester)
 {
     QCOMPARE(tester.patientTexts(), texts({"falling B/W", "level W/B", "rising W/W"}));
-    QCOMPARE(tester.marks(), QVector<int>({-1, -1, 4}));
+    QCOMPARE(tester.idealKvadrants(), QVector<int>({-1, -1, 4}));
     QCOMPARE(tester.selectedRows(), 1);
     QCOMPARE(tester.subWindows().size(), 1);
     QVERIFY(tester.subWindows().constFirst()->isVisible());
@@ -440,7 +440,7 @@ private Q_SLOTS:
         QVERIFY(tester.button("Reset selection")->isEnabled());
         QVERIFY(tester.isFileOpen());
         QCOMPARE(tester.window->windowTitle(), "Glymark");
-        QCOMPARE(tester.marks(), QVector<int>(3, -1));
+        QCOMPARE(tester.idealKvadrants(), QVector<int>(3, -1));
     }
 
     void patientsLoadWhateverElseTheirCellsHold()
@@ -530,7 +530,7 @@ private Q_SLOTS:
         QCOMPARE(scoresGone.size(), 1);
         // One patient is on every center.
         QCOMPARE(tester.patientTexts(), texts({"only W/W"}));
-        QCOMPARE(tester.marks(), QVector<int>({-1}));
+        QCOMPARE(tester.idealKvadrants(), QVector<int>({-1}));
         QVERIFY(!tester.patientTable()->selectionModel()->hasSelection());
         QVERIFY(tester.subWindows().constFirst()->isVisible());
 
@@ -557,7 +557,7 @@ private Q_SLOTS:
 
         tester.open("three.xlsx");
         QCOMPARE(tester.patientTexts(), texts({"falling B/W", "level W/B", "rising W/W"}));
-        QCOMPARE(tester.marks(), QVector<int>(3, -1));
+        QCOMPARE(tester.idealKvadrants(), QVector<int>(3, -1));
         QVERIFY(tester.isFileOpen());
     }
 

@@ -315,7 +315,7 @@ private Q_SLOTS:
         tester.mark(3, 4);
         expectSettings(tester, 1, 1, true, 1);
         tester.trigger("Settings");
-        QCOMPARE(tester.marks(), QVector<int>({-1, -1, -1, 4, -1}));
+        QCOMPARE(tester.idealKvadrants(), QVector<int>({-1, -1, -1, 4, -1}));
     }
 };
 

@@ -83,7 +83,7 @@ private Q_SLOTS:
             << Series{notANumber, 1, notANumber} << notANumber << notANumber;
         QTest::newRow("half of them not a number")
             << Series{notANumber, 1, notANumber, 2} << notANumber << notANumber;
-        QTest::newRow("not a number behind infinity")
+        QTest::newRow("NaN after infinity")
             << Series{notANumber, infinity, 1} << infinity << notANumber;
         QTest::newRow("infinity") << Series{1, infinity, 2} << 2.0 << infinity;
     }

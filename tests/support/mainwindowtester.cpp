@@ -181,7 +181,7 @@ QStringList MainWindowTester::lines(const QMenu &menu)
     return all;
 }
 
-QVector<int> MainWindowTester::marks() const
+QVector<int> MainWindowTester::idealKvadrants() const
 {
     QVector<int> all;
     for (int row = 0; row < patientTable()->model()->rowCount(); ++row) {

@@ -82,7 +82,7 @@ public:
     /// "text" of each entry, "*" in front of a checked one, "-" for a separator.
     static QStringList lines(const QMenu &menu);
     /// The ideal kvadrant of each patient as its menu shows it, -1 for none.
-    QVector<int> marks() const;
+    QVector<int> idealKvadrants() const;
 
     WorkingFolder folder;
     ModalAnswers answers;
