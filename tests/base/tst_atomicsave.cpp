@@ -2,19 +2,16 @@
 #include "base/atomicsave.h"
 
 #include <functional>
-#include <limits>
 #include <memory>
 
-#include <fcntl.h>
-#include <grp.h>
-#include <sched.h>
-#include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <QtTest>
 
+#include "support/childprocess.h"
+#include "support/savedfiles.h"
 #include "support/testgroups.h"
 #include "support/workingfolder.h"
 #include "support/writelimit.h"
@@ -24,92 +21,11 @@
 namespace
 {
 
+using SavedFiles::contentOf;
+using SavedFiles::longContent;
+using SavedFiles::namesIn;
+
 const QByteArray earlier = "what stood here before";
-
-// Takes a limited number of bytes at a time, and fails once it has taken enough.
-class ReluctantFile : public QSaveFile
-{
-public:
-    enum Failure { None, Refusal, NothingTaken };
-
-    using QSaveFile::QSaveFile;
-
-    qint64 atATime = 1 << 20;
-    qint64 room = std::numeric_limits<qint64>::max();
-    Failure failure = None;
-
-protected:
-    qint64 writeData(const char *data, qint64 length) override
-    {
-        const qint64 taken = qMin(qMin(length, atATime), room);
-        if (taken == 0 && failure != None) {
-            return failure == Refusal ? -1 : 0;
-        }
-        room -= taken;
-        return QSaveFile::writeData(data, taken);
-    }
-};
-
-void writeFile(const QString &name, const QByteArray &content)
-{
-    QFile file(name);
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size()) {
-        qFatal("cannot write %s", qPrintable(name));
-    }
-}
-
-QByteArray contentOf(const QString &name)
-{
-    QFile file(name);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("cannot be read");
-}
-
-QStringList namesIn(const QString &folder)
-{
-    return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System
-                                  | QDir::NoDotAndDotDot);
-}
-
-// Some hundred thousand bytes that say where they belong.
-QByteArray longContent()
-{
-    QByteArray content;
-    for (int i = 0; i < 40000; ++i) {
-        content += QByteArray::number(i) + ' ';
-    }
-    return content;
-}
-
-bool writeLongContent(QIODevice &device)
-{
-    const QByteArray content = longContent();
-    return writeAll(device, content.constData(), content.size());
-}
-
-// Refuses one piece, once it has taken enough.
-class FailingOnce : public QFile
-{
-public:
-    using QFile::QFile;
-
-    qint64 room = 0;
-
-protected:
-    qint64 writeData(const char *data, qint64 length) override
-    {
-        constexpr qint64 atATime = 1000;
-        if (!m_failed && room < atATime) {
-            m_failed = true;
-            return -1;
-        }
-        const qint64 taken = QFile::writeData(data, qMin(length, atATime));
-        room -= taken;
-        return taken;
-    }
-
-private:
-    bool m_failed = false;
-};
 
 /// One of the ways to save, so that each failing target is tried with all of them.
 using Writer = std::function<void(const QString &)>;
@@ -136,34 +52,19 @@ void writeContent(const QString &fileName)
     }
 }
 
-// The exit code of what runs in a process of its own, or -1. It must not use the test's macros.
-int inChild(const std::function<int()> &run)
+// A program of its own that saves over and over.
+pid_t startSaving(const QByteArray &content)
 {
-    const pid_t child = fork();
-    if (child == 0) {
-        _exit(run());
+    constexpr int times = 25;
+    const pid_t program = fork();
+    if (program == 0) {
+        bool saved = true;
+        for (int i = 0; i < times; ++i) {
+            saved = saveAtomically("file", content) && saved;
+        }
+        _exit(saved ? 0 : 1);
     }
-    int status = 0;
-    if (child < 0 || waitpid(child, &status, 0) != child || !WIFEXITED(status)) {
-        return -1;
-    }
-    return WEXITSTATUS(status);
-}
-
-enum ChildResult { Done = 0, NoUser = 90, NoNamespace = 91 };
-
-// Where the tests run as root, becomes somebody whom the permissions of files hold for.
-bool becomeOrdinaryUser()
-{
-    constexpr uid_t nobody = 65534;
-    return geteuid() != 0
-        || (setgroups(0, nullptr) == 0 && setgid(nobody) == 0 && setuid(nobody) == 0);
-}
-
-// Runs as an ordinary user in a process of its own.
-int asOrdinaryUser(const std::function<int()> &run)
-{
-    return inChild([&run] { return becomeOrdinaryUser() ? run() : int(NoUser); });
+    return program;
 }
 
 // A file in a folder that takes no other one.
@@ -172,7 +73,7 @@ void makeLockedFile(const QByteArray &content, mode_t mode)
     if (!QDir().mkdir("locked")) {
         qFatal("cannot make the folder");
     }
-    writeFile("locked/file", content);
+    SavedFiles::write("locked/file", content);
     if (chmod("locked/file", mode) != 0 || chmod("locked", 0555) != 0) {
         qFatal("cannot lock the folder");
     }
@@ -210,7 +111,7 @@ private Q_SLOTS:
     void earlierFileIsReplaced()
     {
         const QString name = "earlier";
-        writeFile(name, longContent());
+        SavedFiles::write(name, longContent());
         QVERIFY(saveAtomically(name, "short"));
         QCOMPARE(contentOf(name), QByteArray("short"));
         QCOMPARE(namesIn("."), QStringList(name));
@@ -219,7 +120,7 @@ private Q_SLOTS:
     void permissionsStay()
     {
         const QString name = "private";
-        writeFile(name, earlier);
+        SavedFiles::write(name, earlier);
         const auto ownerOnly = QFile::ReadOwner | QFile::WriteOwner;
         QVERIFY(QFile::setPermissions(name, ownerOnly));
         QVERIFY(saveAtomically(name, "new"));
@@ -230,7 +131,7 @@ private Q_SLOTS:
 
     void linkIsFollowed()
     {
-        writeFile("target", earlier);
+        SavedFiles::write("target", earlier);
         QVERIFY(QFile::link("target", "near"));
         QVERIFY(QFile::link("near", "far"));
         QVERIFY(saveAtomically("far", "new"));
@@ -247,57 +148,75 @@ private Q_SLOTS:
         QVERIFY(QFileInfo("link").isSymLink());
     }
 
-    void shortCountsAreWrittenOn()
-    {
-        for (const qint64 atATime : {1, 1000}) {
-            const QString name = "slow";
-            writeFile(name, earlier);
-            ReluctantFile file(name);
-            file.atATime = atATime;
-            QVERIFY(commitContent(file, writeLongContent));
-            QCOMPARE(contentOf(name), longContent());
-        }
-    }
-
-    void failingDeviceCommitsNothing_data()
-    {
-        QTest::addColumn<qint64>("room");
-        QTest::addColumn<qint64>("atATime");
-        QTest::addColumn<int>("failure");
-        const qint64 all = longContent().size();
-        for (const qint64 room : {qint64(0), qint64(1), qint64(1000), qint64(20000), all - 1}) {
-            for (const qint64 atATime : {qint64(777), all}) {
-                QTest::addRow("error after %lld, %lld at a time", room, atATime)
-                    << room << atATime << int(ReluctantFile::Refusal);
-                QTest::addRow("nothing taken after %lld, %lld at a time", room, atATime)
-                    << room << atATime << int(ReluctantFile::NothingTaken);
-            }
-        }
-    }
-
-    void failingDeviceCommitsNothing()
-    {
-        QFETCH(qint64, room);
-        QFETCH(qint64, atATime);
-        QFETCH(int, failure);
-        const QString name = "file";
-        const QString other = "other";
-        writeFile(name, earlier);
-        for (const QString &target : {name, other}) {
-            ReluctantFile file(target);
-            file.room = room;
-            file.atATime = atATime;
-            file.failure = static_cast<ReluctantFile::Failure>(failure);
-            QVERIFY(!commitContent(file, writeLongContent));
-        }
-        QCOMPARE(contentOf(name), earlier);
-        QCOMPARE(namesIn("."), QStringList(name));
-    }
-
     void emptyNameIsNoFile()
     {
         QVERIFY(!saveAtomically(QString(), "new"));
         QCOMPARE(namesIn("."), QStringList());
+    }
+
+    // The system would end the name there.
+    void nameWithAZeroIsNoFile()
+    {
+        QVERIFY(!saveAtomically(QString("file") + QChar(0) + "name", "new"));
+        QCOMPARE(namesIn("."), QStringList());
+    }
+
+    void namesOfAnyLengthAreTaken_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<bool>("taken");
+        for (const int bytes : {248, 249, 250, 254, 255, 256}) {
+            // Two bytes each.
+            const QString accented = QString(bytes / 2, QChar(0x159)) + QString(bytes % 2, 'x');
+            QTest::addRow("%d bytes, accented", bytes) << accented << (bytes <= 255);
+            QTest::addRow("%d bytes", bytes) << QString(bytes, 'x') << (bytes <= 255);
+        }
+    }
+
+    void namesOfAnyLengthAreTaken()
+    {
+        QFETCH(QString, name);
+        QFETCH(bool, taken);
+        if (QFile::decodeName(QFile::encodeName(name)) != name) {
+            QSKIP("this locale has no such names");
+        }
+        for (const char *content : {"first", "second"}) {
+            QCOMPARE(saveAtomically(name, content), taken);
+            QCOMPARE(namesIn("."), taken ? QStringList(name) : QStringList());
+            QCOMPARE(contentOf(name), QByteArray(taken ? content : "cannot be read"));
+        }
+    }
+
+    void folderWhoseNameNoTextHoldsIsSavedIn()
+    {
+        constexpr auto folder = "\xff\xfe ward";
+        QCOMPARE(mkdir(folder, 0777), 0);
+        QCOMPARE(chdir(folder), 0);
+        for (const char *content : {"first", "second"}) {
+            QVERIFY(saveAtomically("file", content));
+            QCOMPARE(contentOf("file"), QByteArray(content));
+            QCOMPARE(namesIn("."), QStringList("file"));
+        }
+        QCOMPARE(unlink("file"), 0);
+        QCOMPARE(chdir(".."), 0);
+        QCOMPARE(rmdir(folder), 0);
+    }
+
+    void twoProgramsLeaveOneContentWhole()
+    {
+        const QByteArray other = QByteArray("x").repeated(500000);
+        SavedFiles::write("file", other);
+        QVector<pid_t> programs = {startSaving(longContent()), startSaving(other)};
+        while (!programs.isEmpty()) {
+            const QByteArray content = contentOf("file");
+            QVERIFY(content == longContent() || content == other);
+            int status = 0;
+            const pid_t ended = waitpid(-1, &status, WNOHANG);
+            QVERIFY(ended >= 0);
+            QCOMPARE(status, 0);
+            programs.removeOne(ended);
+        }
+        QCOMPARE(namesIn("."), QStringList("file"));
     }
 
     void directoryIsLeftAlone_data() { writers(); }
@@ -322,6 +241,18 @@ private Q_SLOTS:
         QCOMPARE(lstat("pipe", &status), 0);
         QVERIFY(S_ISFIFO(status.st_mode));
         QCOMPARE(namesIn("."), QStringList("pipe"));
+    }
+
+    void contentForWhatIsNoFileIsNotAskedFor()
+    {
+        bool asked = false;
+        const auto write = [&asked](QIODevice & /*device*/) {
+            asked = true;
+            return true;
+        };
+        QVERIFY(!saveAtomically("/dev/null", write));
+        QVERIFY(!saveAtomically(".", write));
+        QVERIFY(!asked);
     }
 
     void linkToAPipeIsLeftAlone_data() { writers(); }
@@ -402,17 +333,17 @@ private Q_SLOTS:
         QVERIFY(QFile::link("locked/file", "link"));
         write("free");
         for (const char *name : {"locked/file", "link"}) {
-            const int result = asOrdinaryUser([&write, name] {
+            const int result = ChildProcess::runAsOrdinaryUser([&write, name] {
                 write(name);
-                return int(Done);
+                return int(ChildProcess::Done);
             });
-            if (result == NoUser) {
+            if (result == ChildProcess::NoUser) {
                 QSKIP("this machine does not let root become an ordinary user");
             }
-            QCOMPARE(result, int(Done));
+            QCOMPARE(result, int(ChildProcess::Done));
             QCOMPARE(contentOf("locked/file"), contentOf("free"));
             QCOMPARE(namesIn("locked"), QStringList("file"));
-            writeFile("locked/file", before);
+            SavedFiles::write("locked/file", before);
         }
         QVERIFY(QFileInfo("link").isSymLink());
         QCOMPARE(chmod("locked", 0755), 0);
@@ -423,15 +354,15 @@ private Q_SLOTS:
     {
         QFETCH(Writer, write);
         makeLockedFile(earlier, 0444);
-        const int result = asOrdinaryUser([&write] {
+        const int result = ChildProcess::runAsOrdinaryUser([&write] {
             write("locked/file");
             write("locked/other");
-            return int(Done);
+            return int(ChildProcess::Done);
         });
-        if (result == NoUser) {
+        if (result == ChildProcess::NoUser) {
             QSKIP("this machine does not let root become an ordinary user");
         }
-        QCOMPARE(result, int(Done));
+        QCOMPARE(result, int(ChildProcess::Done));
         QCOMPARE(contentOf("locked/file"), earlier);
         QCOMPARE(namesIn("locked"), QStringList("file"));
         QCOMPARE(chmod("locked", 0755), 0);
@@ -444,12 +375,13 @@ private Q_SLOTS:
             QSKIP("only root can make a file of another user");
         }
         QVERIFY(QDir().mkdir("shared"));
-        writeFile("shared/file", earlier);
+        SavedFiles::write("shared/file", earlier);
         QCOMPARE(chmod("shared/file", 0666), 0);
         QCOMPARE(chmod("shared", 01777), 0);
-        const int result = asOrdinaryUser(
-            [] { return saveAtomically("shared/file", longContent()) ? int(Done) : 1; });
-        QCOMPARE(result, int(Done));
+        const int result = ChildProcess::runAsOrdinaryUser([] {
+            return saveAtomically("shared/file", longContent()) ? int(ChildProcess::Done) : 1;
+        });
+        QCOMPARE(result, int(ChildProcess::Done));
         QCOMPARE(contentOf("shared/file"), longContent());
         QCOMPARE(namesIn("shared"), QStringList("file"));
     }
@@ -462,39 +394,17 @@ private Q_SLOTS:
         QProcess program;
         program.start(QDir().absoluteFilePath("locked/file"), QStringList());
         QVERIFY(program.waitForStarted());
-        const int result = asOrdinaryUser(
-            [] { return saveAtomically("locked/file", longContent()) ? 1 : int(Done); });
+        const int result = ChildProcess::runAsOrdinaryUser([] {
+            return saveAtomically("locked/file", longContent()) ? 1 : int(ChildProcess::Done);
+        });
         program.kill();
         program.waitForFinished();
-        if (result == NoUser) {
+        if (result == ChildProcess::NoUser) {
             QSKIP("this machine does not let root become an ordinary user");
         }
-        QCOMPARE(result, int(Done));
+        QCOMPARE(result, int(ChildProcess::Done));
         QCOMPARE(contentOf("locked/file"), shell);
         QCOMPARE(chmod("locked", 0755), 0);
-    }
-
-    void failureInPlacePutsTheOldContentBack_data()
-    {
-        QTest::addColumn<QByteArray>("before");
-        QTest::addColumn<int>("room");
-        const QByteArray longer = longContent() + longContent();
-        for (const int room : {0, 1000, 100000, 200000}) {
-            QTest::addRow("shorter file, %d bytes", room) << longContent().mid(150000) << room;
-            QTest::addRow("longer file, %d bytes", room) << longer << room;
-        }
-    }
-
-    void failureInPlacePutsTheOldContentBack()
-    {
-        QFETCH(QByteArray, before);
-        QFETCH(int, room);
-        writeFile("file", before);
-        FailingOnce file("file");
-        file.room = room;
-        QVERIFY(file.open(QIODevice::ReadWrite | QIODevice::Unbuffered));
-        QVERIFY(!replaceContent(file, longContent()));
-        QCOMPARE(contentOf("file"), before);
     }
 
     void writeLimitKeepsTheEarlierFile_data()
@@ -507,19 +417,19 @@ private Q_SLOTS:
     void writeLimitKeepsTheEarlierFile()
     {
         QFETCH(QByteArray, before);
-        writeFile("file", before);
+        SavedFiles::write("file", before);
         makeLockedFile(before, 0666);
         QVERIFY(chmod(".", 0777) == 0 && chmod("file", 0666) == 0);
-        const int result = asOrdinaryUser([] {
+        const int result = ChildProcess::runAsOrdinaryUser([] {
             const WriteLimit limit(100000);
             const bool saved = saveAtomically("locked/file", longContent())
                 || saveAtomically("file", longContent()) || saveAtomically("new", longContent());
-            return saved ? 1 : int(Done);
+            return saved ? 1 : int(ChildProcess::Done);
         });
-        if (result == NoUser) {
+        if (result == ChildProcess::NoUser) {
             QSKIP("this machine does not let root become an ordinary user");
         }
-        QCOMPARE(result, int(Done));
+        QCOMPARE(result, int(ChildProcess::Done));
         QCOMPARE(contentOf("locked/file"), before);
         QCOMPARE(contentOf("file"), before);
         QCOMPARE(chmod("locked", 0755), 0);
@@ -532,14 +442,12 @@ private Q_SLOTS:
     {
         QFETCH(Writer, write);
         QVERIFY(QDir().mkdir("disk"));
-        const int result = inChild([&write] {
-            if (unshare(CLONE_NEWNS) != 0
-                || mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0
-                || mount("tmpfs", "disk", "tmpfs", 0, "size=16k") != 0) {
-                return int(NoNamespace);
+        const int result = ChildProcess::run([&write] {
+            if (!ChildProcess::mountOwn("tmpfs", "disk", "size=16k")) {
+                return int(ChildProcess::NoNamespace);
             }
-            writeFile("disk/file", earlier);
-            writeFile("disk/locked file", earlier);
+            SavedFiles::write("disk/file", earlier);
+            SavedFiles::write("disk/locked file", earlier);
             QFile filler("disk/filler");
             if (!filler.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
                 return 1;
@@ -552,18 +460,18 @@ private Q_SLOTS:
             write("disk/other");
             // In a folder that takes no file, what is there has to grow.
             if (chmod("disk/locked file", 0666) != 0 || chmod("disk", 0555) != 0
-                || !becomeOrdinaryUser()) {
-                return int(NoNamespace);
+                || !ChildProcess::becomeOrdinaryUser()) {
+                return int(ChildProcess::NoNamespace);
             }
             write("disk/locked file");
             const bool untouched = contentOf("disk/file") == earlier
                 && contentOf("disk/locked file") == earlier && namesIn("disk") == before;
-            return untouched ? int(Done) : 2;
+            return untouched ? int(ChildProcess::Done) : 2;
         });
-        if (result == NoNamespace) {
+        if (result == ChildProcess::NoNamespace) {
             QSKIP("this machine does not let the test mount a file system of its own");
         }
-        QCOMPARE(result, int(Done));
+        QCOMPARE(result, int(ChildProcess::Done));
     }
 
 private:

@@ -10,6 +10,9 @@
 #include "support/numbers.h"
 #include "support/workingfolder.h"
 #ifdef Q_OS_UNIX
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include "support/ordinaryuser.h"
 #include "support/writelimit.h"
 #endif
@@ -426,6 +429,21 @@ private Q_SLOTS:
         QCOMPARE(settings(config), Settings({0, 0, 1, 3, 1}));
         const CConfig next;
         QCOMPARE(next.status(), -1);
+    }
+
+    void aFolderWhoseNameNoTextHoldsGetsItsFile()
+    {
+        constexpr auto folder = "\xff\xfe ward";
+        QCOMPARE(mkdir(folder, 0777), 0);
+        QCOMPARE(chdir(folder), 0);
+        QCOMPARE(CConfig().createDefaultConfig(), 0);
+        QCOMPARE(fileContent(), defaults);
+        const CConfig next;
+        QCOMPARE(next.status(), 0);
+        QCOMPARE(settings(next), Settings({0, 0, 1, 3, 1}));
+        QCOMPARE(unlink("config.ini"), 0);
+        QCOMPARE(chdir(".."), 0);
+        QCOMPARE(rmdir(folder), 0);
     }
 
     void aReadOnlyLocationKeepsTheDefaultsInMemory()

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <cstdio>
+#include <filesystem>
 #include <memory>
+#include <system_error>
 
 #include <QDir>
 #include <QFile>
@@ -89,11 +91,44 @@ private Q_SLOTS:
     void keepsTheSettings_data() { names(); }
     void keepsTheSettings()
     {
-        CConfig::instance().saveConfig(2, 1, 0, 5, 0);
-        QCOMPARE(contentOfFolder(), QStringList("config.ini"));
-        CConfig::resetInstance();
-        QCOMPARE(CConfig::instance().status(), int(CConfig::Ok));
-        QCOMPARE(CConfig::instance().skip(), quint64(5));
+        // Over no file, and over one.
+        for (const int skip : {4, 5}) {
+            CConfig::instance().saveConfig(2, 1, 0, skip, 0);
+            QCOMPARE(contentOfFolder(), QStringList("config.ini"));
+            CConfig::resetInstance();
+            QCOMPARE(CConfig::instance().status(), int(CConfig::Ok));
+            QCOMPARE(CConfig::instance().skip(), quint64(skip));
+        }
+    }
+
+    void savesUnderAndOverALongName_data() { names(); }
+    void savesUnderAndOverALongName()
+    {
+        QFETCH(const QString, name);
+        const QString longName = name.leftJustified(124, QChar(0x159));
+        if (narrowNames && QFile::decodeName(QFile::encodeName(longName)) != longName) {
+            QSKIP("this locale has no such names");
+        }
+        for (const char *content : {"old", "new"}) {
+            QVERIFY(saveAtomically(QDir::current().filePath(longName), content));
+            QCOMPARE(m_folder->readFile(name + '/' + longName), QByteArray(content));
+            QCOMPARE(contentOfFolder(), QStringList(longName));
+        }
+    }
+
+    void savesToBothNamesOfAFile_data() { names(); }
+    void savesToBothNamesOfAFile()
+    {
+        QFETCH(const QString, name);
+        m_folder->writeFile(name + "/first", "old");
+        std::error_code error;
+        std::filesystem::create_hard_link("first", "second", error);
+        if (error) {
+            QSKIP("this file system has no second names");
+        }
+        QVERIFY(saveAtomically(QDir::current().filePath("first"), "new"));
+        QCOMPARE(m_folder->readFile(name + "/second"), QByteArray("new"));
+        QCOMPARE(contentOfFolder(), QStringList({"first", "second"}));
     }
 
     void leavesAFolderOfThatNameAlone_data() { names(); }

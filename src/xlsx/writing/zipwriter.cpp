@@ -9,7 +9,7 @@
 
 #include <zip.h>
 
-#include "base/atomicsave.h"
+#include "base/devicecontent.h"
 
 namespace
 {
