@@ -7,6 +7,7 @@
 #include "workbooks/idealsheet.h"
 #include "workbooks/methodsheets.h"
 #include "workbooks/pairsheets.h"
+#include "workbooks/workbookorigin.h"
 #include "xlsx/writing/workbookwriter.h"
 
 namespace
@@ -59,5 +60,6 @@ void writeAnalysisWorkbook(const QString &fileName, const QVector<PatientRecord>
     for (const CellSheet &sheet : analysisSheets(patients, scores, medianCenter)) {
         workbook.addSheet(sheet);
     }
+    nameOrigin(workbook);
     workbook.save(fileName);
 }

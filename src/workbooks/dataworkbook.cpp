@@ -7,6 +7,7 @@
 
 #include "analysis/methodlabels.h"
 #include "settings/cconfig.h"
+#include "workbooks/workbookorigin.h"
 #include "xlsx/writing/workbookwriter.h"
 
 namespace
@@ -114,6 +115,7 @@ bool writeDataWorkbook(const QString &fileName, const QVector<PatientRecord> &pa
         workbook.addSheet(sheet);
     }
     addGraph(workbook, patients);
+    nameOrigin(workbook);
     workbook.save(fileName);
     return true;
 }

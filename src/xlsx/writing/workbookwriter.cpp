@@ -5,6 +5,7 @@
 #include <xlsxrichstring.h>
 
 #include "base/atomicsave.h"
+#include "base/xmltext.h"
 #include "xlsx/writing/sharedstringswriter.h"
 #include "xlsx/writing/zipwriter.h"
 
@@ -15,10 +16,10 @@ namespace
 constexpr const char *stringsPart = "xl/sharedStrings.xml";
 constexpr const char *propertiesPart = "docProps/core.xml";
 
-// QXlsx puts the time of day there.
-constexpr const char *noProperties =
-    R"(<?xml version="1.0" encoding="UTF-8" standalone="yes"?><cp:coreProperties)"
-    R"( xmlns:cp="http://schemas.openxmlformats.org/package/2006/metadata/core-properties"/>)";
+QByteArray property(const QByteArray &name, const QString &text)
+{
+    return "<dc:" + name + '>' + xmlText(text).toHtmlEscaped().toUtf8() + "</dc:" + name + '>';
+}
 
 QByteArray sheetPart(int number)
 {
@@ -60,6 +61,20 @@ QXlsx::AbstractSheet *WorkbookWriter::sheet(const QString &name) const
     return document.sheet(name);
 }
 
+void WorkbookWriter::setOrigin(const QString &creator, const QString &description)
+{
+    origin = property("creator", creator) + property("description", description);
+}
+
+// The library would put the time of day there.
+QByteArray WorkbookWriter::properties() const
+{
+    return R"(<?xml version="1.0" encoding="UTF-8" standalone="yes"?><cp:coreProperties)"
+           R"( xmlns:cp="http://schemas.openxmlformats.org/package/2006/metadata/core-properties")"
+           R"( xmlns:dc="http://purl.org/dc/elements/1.1/">)"
+        + origin + "</cp:coreProperties>";
+}
+
 bool WorkbookWriter::save(const QString &fileName) const
 {
     const QByteArray package = packageWithoutCells();
@@ -84,7 +99,7 @@ bool WorkbookWriter::write(const QByteArray &packageWithoutCells, QIODevice &tar
     if (!zip.addPartsOf(packageWithoutCells, own)) {
         return false;
     }
-    zip.add(propertiesPart, QByteArray(noProperties));
+    zip.add(propertiesPart, properties());
     SharedStringsWriter strings;
     std::vector<SheetWriter> writers;
     writers.reserve(cellSheets.size());

@@ -44,6 +44,9 @@ public:
     /// The worksheet named \p name, as the source of a chart's series; null if there is none.
     QXlsx::AbstractSheet *sheet(const QString &name) const;
 
+    /// Names in the properties of the workbook what made it; without this they are empty.
+    void setOrigin(const QString &creator, const QString &description);
+
     /// Writes the workbook to the file \p fileName; if it fails, the file keeps what it held.
     bool save(const QString &fileName) const;
 
@@ -55,9 +58,11 @@ private:
     };
 
     bool addWorksheet(const QString &name);
+    QByteArray properties() const;
     QByteArray packageWithoutCells() const;
     bool write(const QByteArray &packageWithoutCells, QIODevice &target) const;
 
     QXlsx::Document document;
     std::vector<Cells> cellSheets;
+    QByteArray origin;
 };

@@ -99,6 +99,7 @@ bool save(const QStringList &texts)
         }
     };
     WorkbookWriter workbook;
+    workbook.setOrigin("A program", "what it did");
     return workbook.addSheet({"Texts & numbers", {int(texts.size()), fill}}) && workbook.save(path);
 }
 

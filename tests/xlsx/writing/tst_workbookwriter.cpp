@@ -207,6 +207,61 @@ private Q_SLOTS:
         QCOMPARE(differences(cellsOf(1, 16384, third)), QString());
     }
 
+    void lastColumnTakesATextAndANumberThatIsNone()
+    {
+        const auto fill = [](int row, RowCells &cells) {
+            if (row == 1) {
+                cells.text(16384, "last");
+            } else {
+                cells.number(16384, Numbers::infinity);
+            }
+            cells.text(16385, "beyond");
+        };
+        QVERIFY(save({"Sheet", {2, fill}}));
+        ExpectedSheets::Cells expected;
+        put(expected, 1, 16384, QString("last"));
+        put(expected, 2, 16384, QString("inf"));
+        const Book book = {{"Sheet", expected, {}}};
+        QCOMPARE(ExpectedSheets::differences(path, book), QString());
+        QCOMPARE(ExpectedSheets::differencesElsewhere(path, book), QString());
+    }
+
+    void sharedTextsAreCounted()
+    {
+        const auto fill = [](int row, RowCells &cells) {
+            cells.text(1, "in each row");
+            if (row == 2) {
+                cells.text(2, "once");
+            }
+            cells.number(3, row);
+        };
+        WorkbookWriter workbook;
+        QVERIFY(workbook.addSheet({"One", {3, fill}}));
+        QVERIFY(workbook.addSheet({"Two", {3, fill}}));
+        QVERIFY(workbook.save(path));
+        // Two different texts: one in six cells, one in two.
+        QVERIFY(partOf(path, "xl/sharedStrings.xml").contains(R"( count="8" uniqueCount="2">)"));
+    }
+
+    void propertiesNameTheOrigin()
+    {
+        WorkbookWriter workbook;
+        QVERIFY(workbook.addSheet(sheetOfText("text")));
+        workbook.setOrigin(QString::fromUtf8("Mérő & <co>"), QString("offset") + QChar(0xd800));
+        QVERIFY(workbook.save(path));
+        const QByteArray properties = partOf(path, "docProps/core.xml");
+        QVERIFY(properties.contains("<dc:creator>Mérő &amp; &lt;co&gt;</dc:creator>"
+                                    "<dc:description>offset\xEF\xBF\xBD</dc:description>"));
+        QVERIFY(loadWorkbook(path).document);
+    }
+
+    void propertiesNameNothingUnasked()
+    {
+        QVERIFY(save(sheetOfText("text")));
+        const QByteArray properties = partOf(path, "docProps/core.xml");
+        QVERIFY(properties.endsWith("elements/1.1/\"></cp:coreProperties>"));
+    }
+
     void rowsBeyondTheLastAreLeftOut()
     {
         constexpr int lastRow = 1048576;
