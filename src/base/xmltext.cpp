@@ -1,17 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "base/xmltext.h"
 
-namespace
-{
-
 bool fitsXml(QChar character)
 {
     const ushort code = character.unicode();
     return !character.isSurrogate() && code <= 0xFFFD
         && (code >= ' ' || code == '\t' || code == '\n' || code == '\r');
 }
-
-} // namespace
 
 bool isSurrogatePairAt(const QString &text, int index)
 {

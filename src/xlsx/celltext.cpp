@@ -90,22 +90,23 @@ void unifyLineEnds(QString *text)
 // all. Nearly no text has such a unit.
 bool isSuspect(ushort unit)
 {
-    return unit < 0x20 || (unit >= 0x7f && unit < 0xa0) || unit >= 0xd800;
+    return unit < 0x20 || unit >= 0xd800;
 }
 
 QChar printable(QChar character)
 {
-    constexpr ushort nextLine = 0x85;
     const ushort unit = character.unicode();
-    if (unit == '\t' || unit == '\n') {
-        return character;
-    }
-    if (unit == '\v' || unit == '\f' || unit == nextLine) {
+    if (unit == '\v' || unit == '\f') {
         return QLatin1Char(' ');
     }
-    const bool control = unit < 0x20 || (unit >= 0x7f && unit < 0xa0);
-    return control || character.isSurrogate() || character.isNonCharacter() ? replacement
-                                                                            : character;
+    return fitsXml(character) ? character : replacement;
+}
+
+// The toolkit drops a byte order mark in front, which is a character here.
+QString fromUtf8(const QByteArray &utf8)
+{
+    return utf8.startsWith("\xef\xbb\xbf") ? QString::fromUtf8('.' + utf8).mid(1)
+                                           : QString::fromUtf8(utf8);
 }
 
 void replaceControls(QString *text)
@@ -200,7 +201,7 @@ QByteArray withoutLeadingZeros(const QByteArray &digits)
 
 QString decode(const QByteArray &utf8)
 {
-    QString text = QString::fromUtf8(utf8);
+    QString text = fromUtf8(utf8);
     decodeEscapes(&text);
     unifyLineEnds(&text);
     replaceControls(&text);
@@ -215,6 +216,15 @@ QByteArray encode(const QString &text)
     content = xmlText(content.left(FormatLimits::textLength));
     escapeEscapes(&content);
     return content.toHtmlEscaped().toUtf8();
+}
+
+std::optional<bool> toBool(const QByteArray &text)
+{
+    const QByteArray name = text.trimmed();
+    if (name == "1" || name == "true") {
+        return true;
+    }
+    return name == "0" || name == "false" ? std::optional<bool>(false) : std::nullopt;
 }
 
 bool toNumber(const QByteArray &text, double *value)

@@ -2,8 +2,11 @@
 #include "support/testworkbooks.h"
 
 #include <private/qzipwriter_p.h>
+#include <QFile>
 #include <xlsxcellreference.h>
 #include <xlsxdocument.h>
+
+#include "xlsx/reading/zippackage.h"
 
 namespace TestWorkbooks
 {
@@ -59,6 +62,22 @@ QString Saved::lineLike(const QString &line) const
         cells << (m_document->cellAt(cell) ? m_document->read(cell).toString() : "-");
     }
     return place + ": " + cells.join(' ');
+}
+
+QByteArray part(const QString &path, const QByteArray &name)
+{
+    QFile file(path);
+    ZipPackage package;
+    if (!file.open(QIODevice::ReadOnly) || package.open(&file)) {
+        return "no archive";
+    }
+    ZipPart part(&package, name, 1 << 24);
+    QByteArray content;
+    QByteArray piece(1 << 16, '\0');
+    while (const int size = part.read(piece.data(), piece.size())) {
+        content += piece.left(size);
+    }
+    return part.error() ? QByteArray(part.error().what) : content;
 }
 
 } // namespace TestWorkbooks

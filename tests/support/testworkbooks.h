@@ -43,4 +43,7 @@ private:
     std::unique_ptr<QXlsx::Document> m_document;
 };
 
+/// The part \p name of the package in the file \p path, or why it cannot be read.
+QByteArray part(const QString &path, const QByteArray &name);
+
 } // namespace TestWorkbooks

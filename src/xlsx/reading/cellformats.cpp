@@ -1,84 +1,164 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "xlsx/reading/cellformats.h"
 
+#include <algorithm>
 #include <array>
 
-#include "xlsx/reading/workbooklimits.h"
+using NumberFormats::Kind;
 
 namespace
 {
 
-enum Node { SheetNode, NumberFormatsNode, NumberFormatNode, CellFormatsNode, CellFormatNode };
-
-// An unknown element could hold the formats, and one among them would shift all that follow.
-constexpr std::array<XmlStep, 14> steps = {{
-    {"styleSheet", XmlReader::document, XmlOutcome::Read, SheetNode, XmlOutcome::Refused},
-    {"numFmts", SheetNode, XmlOutcome::Read, NumberFormatsNode, XmlOutcome::Refused},
-    {"numFmt", NumberFormatsNode, XmlOutcome::Read, NumberFormatNode},
-    {"cellXfs", SheetNode, XmlOutcome::Read, CellFormatsNode, XmlOutcome::Refused},
-    {"xf", CellFormatsNode, XmlOutcome::Read, CellFormatNode},
-    {"fonts", SheetNode, XmlOutcome::PassedOver},
-    {"fills", SheetNode, XmlOutcome::PassedOver},
-    {"borders", SheetNode, XmlOutcome::PassedOver},
-    {"cellStyleXfs", SheetNode, XmlOutcome::PassedOver},
-    {"cellStyles", SheetNode, XmlOutcome::PassedOver},
-    {"dxfs", SheetNode, XmlOutcome::PassedOver},
-    {"tableStyles", SheetNode, XmlOutcome::PassedOver},
-    {"colors", SheetNode, XmlOutcome::PassedOver},
-    {"extLst", SheetNode, XmlOutcome::PassedOver},
-}};
+constexpr std::array<const char *, 9> others = {"fonts",        "fills",      "borders",
+                                                "cellStyleXfs", "cellStyles", "dxfs",
+                                                "tableStyles",  "colors",     "extLst"};
 
 } // namespace
 
-CellFormats::CellFormats() : XmlReader(Vocabulary::Spreadsheet, steps) { }
-
-NumberFormats::Kind CellFormats::kind(int index) const
+Kind CellFormats::kind(int index) const
 {
-    const int number = m_formats.value(index, 0);
+    constexpr int firstCustom = 164;
+    if (index >= m_formats.size()) {
+        return index == 0 ? Kind::Number : Kind::Missing;
+    }
+    const int number = m_formats.at(index);
     const auto custom = m_custom.constFind(number);
-    return custom == m_custom.constEnd() ? NumberFormats::builtinKind(number) : *custom;
+    if (custom != m_custom.constEnd()) {
+        return *custom;
+    }
+    return number < 0 || number >= firstCustom ? Kind::Missing : NumberFormats::builtinKind(number);
 }
 
-void CellFormats::enter(int node, const XmlAttributes &attributes)
+// An unknown section could hold the formats.
+void CellFormats::read(XmlCursor *xml)
 {
-    if (node == NumberFormatNode) {
-        addNumberFormat(attributes);
-    } else if (node == CellFormatNode) {
-        addCellFormat(attributes);
-    } else if (node == CellFormatsNode) {
-        meetOnce(&m_hasFormats);
+    bool hasNumberFormats = false;
+    bool hasCellFormats = false;
+    xml->enter("styleSheet");
+    while (xml->nextSection()) {
+        if (xml->is("numFmts")) {
+            xml->once(&hasNumberFormats);
+            readNumberFormats(xml);
+        } else if (xml->is("cellXfs")) {
+            xml->once(&hasCellFormats);
+            readCellFormats(xml);
+        } else if (std::any_of(others.begin(), others.end(),
+                               [xml](const char *name) { return xml->is(name); })) {
+            xml->skip();
+        } else {
+            xml->failElement();
+        }
     }
 }
 
-void CellFormats::addNumberFormat(const XmlAttributes &attributes)
+void CellFormats::readNumberFormats(XmlCursor *xml)
 {
-    bool known = false;
-    const int number = QByteArray(attributes.value("numFmtId")).toInt(&known);
-    const char *const code = attributes.value("formatCode");
-    // Without a number or a code it says nothing of any cell.
-    if (!known || code == nullptr) {
+    xml->allowAnyAttributes({});
+    while (xml->nextChild()) {
+        if (!xml->is("numFmt")) {
+            xml->failElement();
+        } else if (m_custom.size() >= xml->limits().listEntries) {
+            xml->fail(LoadError::TooLarge);
+        } else {
+            addNumberFormat(xml);
+            xml->readNothing();
+        }
+    }
+}
+
+// Without a number no cell can name it; without a code it is not there for those that do.
+void CellFormats::addNumberFormat(XmlCursor *xml)
+{
+    xml->allowAttributes({"numFmtId", "formatCode"}, {});
+    const char *const id = xml->attribute("numFmtId");
+    const char *const code = xml->attribute("formatCode");
+    if (id == nullptr) {
         return;
     }
-    if (m_custom.size() >= limits().listEntries) {
-        refuse(LoadError::TooLarge);
-    } else {
-        m_custom.insert(number,
-                        NumberFormats::isDateCode(QString::fromUtf8(code))
-                            ? NumberFormats::Kind::Date
-                            : NumberFormats::Kind::Number);
+    bool isNumber = false;
+    const int number = QByteArray(id).toInt(&isNumber);
+    if (!isNumber) {
+        xml->failIndex();
+        return;
+    }
+    const Kind kind = code == nullptr                        ? Kind::Missing
+        : NumberFormats::isDateCode(QString::fromUtf8(code)) ? Kind::Date
+                                                             : Kind::Number;
+    if (m_custom.value(number, kind) != kind) {
+        xml->fail(QT_TRANSLATE_NOOP("MainWindow", "it occurs twice"));
+    }
+    m_custom.insert(number, kind);
+}
+
+void CellFormats::readCellFormats(XmlCursor *xml)
+{
+    xml->allowAnyAttributes({});
+    while (xml->nextChildOrMarkup()) {
+        if (xml->isMarkup() && xml->is("AlternateContent")) {
+            readAlternatives(xml);
+        } else if (!xml->isMarkup() && xml->is("xf")) {
+            readCellFormat(xml);
+        } else {
+            xml->failElement();
+        }
     }
 }
 
-void CellFormats::addCellFormat(const XmlAttributes &attributes)
+void CellFormats::readCellFormat(XmlCursor *xml)
 {
-    const QByteArray text = attributes.value("numFmtId");
-    bool known = true;
-    const int number = text.isEmpty() ? 0 : text.toInt(&known);
-    if (!known) {
-        refuse(LoadError::Damage::Index);
-    } else if (m_formats.size() >= limits().cellFormats) {
-        refuse(LoadError::TooLarge);
-    } else {
-        m_formats.append(number);
+    xml->allowAnyAttributes({"numFmtId"});
+    const QByteArray text = xml->attribute("numFmtId");
+    bool isNumber = true;
+    const int number = text.isEmpty() ? 0 : text.toInt(&isNumber);
+    if (!isNumber) {
+        xml->failIndex();
+    } else if (m_formats.size() >= xml->limits().cellFormats) {
+        xml->fail(LoadError::TooLarge);
+    }
+    m_formats.append(number);
+    xml->skip();
+}
+
+// The first choice that asks for nothing unknown counts, or else the fallback, which comes last.
+void CellFormats::readAlternatives(XmlCursor *xml)
+{
+    bool isTaken = false;
+    bool hasChoice = false;
+    bool hasFallback = false;
+    xml->allowAttributes({}, {});
+    while (xml->nextChild(XmlSpace::Compatibility)) {
+        const bool isChoice = xml->is("Choice");
+        const bool isFallback = xml->is("Fallback");
+        xml->allowAttributes({isChoice ? "Requires" : ""}, {});
+        if (hasFallback || (!isChoice && !(isFallback && hasChoice))
+            || (isChoice && xml->requirement() == XmlEvent::Broken)) {
+            xml->failElement();
+        } else if (isTaken || (isChoice && xml->requirement() == XmlEvent::Unmet)) {
+            xml->skip();
+        } else {
+            isTaken = true;
+            readBranch(xml);
+        }
+        hasChoice = hasChoice || isChoice;
+        hasFallback = isFallback;
+    }
+    if (!isTaken) {
+        xml->failElement();
+    }
+}
+
+// Both branches count as one format.
+void CellFormats::readBranch(XmlCursor *xml)
+{
+    const int before = m_formats.size();
+    while (xml->nextChild()) {
+        if (xml->is("xf")) {
+            readCellFormat(xml);
+        } else {
+            xml->failElement();
+        }
+    }
+    if (m_formats.size() != before + 1) {
+        xml->failElement();
     }
 }

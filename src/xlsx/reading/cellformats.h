@@ -5,24 +5,34 @@
 #include <QVector>
 
 #include "xlsx/reading/numberformats.h"
-#include "xlsx/reading/xmlreader.h"
+#include "xlsx/reading/xmlcursor.h"
 
-/// Which cell formats of a workbook are dates.
-class CellFormats : public XmlReader
+/// Which cell formats of a workbook are dates:
+///
+///     <styleSheet>
+///       <numFmts><numFmt numFmtId="164" formatCode="d.m.yyyy"/></numFmts>
+///       <cellXfs>
+///         <xf numFmtId="0"/>
+///         <xf numFmtId="164"><alignment wrapText="1"/></xf>
+///       </cellXfs>
+///     </styleSheet>
+class CellFormats
 {
 public:
-    CellFormats();
+    void read(XmlCursor *xml);
 
-    /// The kind of the cell format \p index. An index beyond the table has no format, nor has a
-    /// number format that the workbook does not declare: both show a number as a number.
+    /// The kind of the cell format \p index, or Missing when the workbook does not have it or the
+    /// number format that it names. Without any formats 0 is that of numbers.
     NumberFormats::Kind kind(int index) const;
 
 private:
-    void enter(int node, const XmlAttributes &attributes) override;
-    void addNumberFormat(const XmlAttributes &attributes);
-    void addCellFormat(const XmlAttributes &attributes);
+    void readNumberFormats(XmlCursor *xml);
+    void addNumberFormat(XmlCursor *xml);
+    void readCellFormats(XmlCursor *xml);
+    void readCellFormat(XmlCursor *xml);
+    void readAlternatives(XmlCursor *xml);
+    void readBranch(XmlCursor *xml);
 
     QHash<int, NumberFormats::Kind> m_custom;
     QVector<int> m_formats;
-    bool m_hasFormats = false;
 };

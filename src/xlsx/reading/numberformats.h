@@ -7,7 +7,7 @@
 namespace NumberFormats
 {
 
-enum class Kind { Number, Date };
+enum class Kind { Number, Date, Missing };
 
 /// The kind of the built-in format \p number; Number for one that is not built in.
 Kind builtinKind(int number);

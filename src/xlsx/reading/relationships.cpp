@@ -4,19 +4,8 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <utility>
-
-#include "xlsx/reading/workbooklimits.h"
-
 namespace
 {
-
-enum Node { AllNode, OneNode };
-
-constexpr std::array<XmlStep, 2> steps = {{
-    {"Relationships", XmlReader::document, XmlOutcome::Read, AllNode, XmlOutcome::Refused},
-    {"Relationship", AllNode, XmlOutcome::Read, OneNode, XmlOutcome::Refused},
-}};
 
 // Types of relationships: the transitional, the strict and, for macros, the vendors' base.
 constexpr std::array<const char *, 3> bases = {
@@ -62,6 +51,12 @@ QByteArray folderOf(const QByteArray &part)
     return part.left(part.lastIndexOf('/') + 1);
 }
 
+// What readers would take for different addresses.
+bool isAmbiguous(const QByteArray &target)
+{
+    return target.trimmed() != target || target.contains('#') || target.contains('?');
+}
+
 // Targets are relative to the folder of the source, or absolute in the package.
 QByteArray resolved(const QByteArray &source, const QByteArray &target)
 {
@@ -85,11 +80,6 @@ QByteArray resolved(const QByteArray &source, const QByteArray &target)
 
 } // namespace
 
-Relationships::Relationships(QByteArray source)
-    : XmlReader(Vocabulary::Relationships, steps), m_source(std::move(source))
-{
-}
-
 QByteArray Relationships::partFor(const QByteArray &source)
 {
     const QByteArray folder = folderOf(source);
@@ -98,57 +88,54 @@ QByteArray Relationships::partFor(const QByteArray &source)
 
 const Relationships::Target *Relationships::target(const QByteArray &id) const
 {
-    const auto found = m_targetsById.constFind(id);
-    return found == m_targetsById.constEnd() ? nullptr : &*found;
-}
-
-QVector<QByteArray> Relationships::identifiers(Kind kind) const
-{
-    QVector<QByteArray> found;
-    for (auto target = m_targetsById.begin(); target != m_targetsById.end(); ++target) {
-        if (target->kind == kind) {
-            found.append(target.key());
-        }
-    }
-    return found;
+    const auto found = m_targets.constFind(id);
+    return found == m_targets.constEnd() ? nullptr : &*found;
 }
 
 QVector<QByteArray> Relationships::parts(Kind kind) const
 {
     QVector<QByteArray> found;
     for (const Target &target : m_targets) {
-        if (target.kind == kind) {
+        if (target.kind == kind && !found.contains(target.part)) {
             found.append(target.part);
         }
     }
-    std::sort(found.begin(), found.end());
-    found.erase(std::unique(found.begin(), found.end()), found.end());
     return found;
 }
 
-void Relationships::enter(int node, const XmlAttributes &attributes)
+void Relationships::read(XmlCursor *xml)
 {
-    if (node != OneNode) {
+    int count = 0;
+    xml->enterPlace("Relationships", XmlCursor::PackageRelationships);
+    while (xml->nextChild()) {
+        if (!xml->is("Relationship")) {
+            xml->failElement();
+        } else if (++count > xml->limits().listEntries) {
+            xml->fail(LoadError::TooLarge);
+        } else {
+            add(xml);
+            xml->readNothing();
+        }
+    }
+}
+
+void Relationships::add(XmlCursor *xml)
+{
+    xml->allowAttributes({"Id", "Type", "Target", "TargetMode"}, {});
+    const QByteArray id = xml->attribute("Id");
+    const QByteArray type = xml->attribute("Type");
+    const QByteArray address = xml->attribute("Target");
+    const QByteArray mode = xml->attribute("TargetMode");
+    if (id.isEmpty() || type.isEmpty() || address.isEmpty()) {
+        xml->fail(QT_TRANSLATE_NOOP("MainWindow", "an attribute is missing"));
         return;
     }
-    if (m_targets.size() >= limits().listEntries) {
-        refuse(LoadError::TooLarge);
-        return;
+    const bool isPart = (mode.isEmpty() || mode == "Internal") && !isAmbiguous(address);
+    const Target target = {kindOf(type), isPart ? resolved(m_source, address) : QByteArray()};
+    const auto known = m_targets.constFind(id);
+    if (known != m_targets.constEnd()
+        && (known->kind != target.kind || known->part != target.part)) {
+        xml->fail(QT_TRANSLATE_NOOP("MainWindow", "two of them have the same name"));
     }
-    const QByteArray id = attributes.value("Id");
-    const QByteArray mode = attributes.value("TargetMode");
-    // An external target is an address outside of the package.
-    const Target target = mode == "External"
-        ? Target()
-        : Target{kindOf(attributes.value("Type")), resolved(m_source, attributes.value("Target"))};
-    m_targets.append(target);
-    // A relationship without an identifier leads no sheet to its part.
-    if (id.isEmpty()) {
-        return;
-    }
-    if (const auto known = m_targetsById.find(id); known == m_targetsById.end()) {
-        m_targetsById.insert(id, target);
-    } else if (known->kind != target.kind || known->part != target.part) {
-        refuse(LoadError::Damage::Identifier);
-    }
+    m_targets.insert(id, target);
 }

@@ -1,14 +1,22 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <utility>
+
 #include <QByteArray>
 #include <QHash>
 #include <QVector>
 
-#include "xlsx/reading/xmlreader.h"
+#include "xlsx/reading/xmlcursor.h"
 
-/// What one part of a package, or the package itself, refers to.
-class Relationships : public XmlReader
+/// What one part of a package, or the package itself, refers to:
+///
+///     <Relationships>
+///       <Relationship Id="rId1" Type="…/worksheet" Target="worksheets/sheet1.xml"/>
+///       <Relationship Id="rId2" Type="…/styles" Target="/xl/styles.xml"/>
+///       <Relationship Id="rId3" Type="…/hyperlink" Target="http://x/" TargetMode="External"/>
+///     </Relationships>
+class Relationships
 {
 public:
     /// Kinds of parts that matter here.
@@ -17,28 +25,27 @@ public:
     /// What a relationship leads to.
     struct Target {
         Kind kind = Kind::Other;
-        /// Name of the part in the package, without a slash in front; empty for an address outside
+        /// Name of the part in the package, without a slash in front; empty for whatever is no part
         /// of the package.
         QByteArray part;
     };
 
     /// For the relationships of the part \p source; of the package itself when it is empty.
-    explicit Relationships(QByteArray source);
+    explicit Relationships(QByteArray source = {}) : m_source(std::move(source)) { }
 
     /// Name of the part that holds the relationships of \p source.
     static QByteArray partFor(const QByteArray &source);
 
+    void read(XmlCursor *xml);
+
     /// The target with the identifier \p id, or null.
     const Target *target(const QByteArray &id) const;
-    /// The identifiers of the targets of the kind \p kind.
-    QVector<QByteArray> identifiers(Kind kind) const;
     /// The parts of the kind \p kind, each once.
     QVector<QByteArray> parts(Kind kind) const;
 
 private:
-    void enter(int node, const XmlAttributes &attributes) override;
+    void add(XmlCursor *xml);
 
     QByteArray m_source;
-    QVector<Target> m_targets;
-    QHash<QByteArray, Target> m_targetsById;
+    QHash<QByteArray, Target> m_targets;
 };

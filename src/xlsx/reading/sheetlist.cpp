@@ -1,46 +1,64 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "xlsx/reading/sheetlist.h"
 
-#include <array>
+#include "xlsx/celltext.h"
 
-#include "xlsx/reading/workbooklimits.h"
-
-namespace
+void SheetList::read(XmlCursor *xml)
 {
-
-enum Node { BookNode, PropertiesNode, SheetsNode, SheetNode };
-
-// An unknown element among the sheets could be the first visible one.
-constexpr std::array<XmlStep, 4> steps = {{
-    {"workbook", XmlReader::document, XmlOutcome::Read, BookNode},
-    {"workbookPr", BookNode, XmlOutcome::Read, PropertiesNode},
-    {"sheets", BookNode, XmlOutcome::Read, SheetsNode, XmlOutcome::Refused},
-    {"sheet", SheetsNode, XmlOutcome::Read, SheetNode},
-}};
-
-} // namespace
-
-SheetList::SheetList() : XmlReader(Vocabulary::Spreadsheet, steps) { }
-
-void SheetList::enter(int node, const XmlAttributes &attributes)
-{
-    if (node == PropertiesNode) {
-        const QByteArray value = attributes.value("date1904");
-        m_is1904 = value == "1" || value == "true";
-    } else if (node == SheetNode) {
-        addSheet(attributes);
-    } else if (node == SheetsNode) {
-        meetOnce(&m_hasSheets);
+    bool hasProperties = false;
+    bool hasSheets = false;
+    xml->enter("workbook");
+    while (xml->nextSection()) {
+        if (xml->is("workbookPr")) {
+            xml->once(&hasProperties);
+            readProperties(xml);
+        } else if (xml->is("sheets")) {
+            xml->once(&hasSheets);
+            readSheets(xml);
+        } else {
+            xml->skip();
+        }
     }
 }
 
-void SheetList::addSheet(const XmlAttributes &attributes)
+void SheetList::readProperties(XmlCursor *xml)
 {
-    const QByteArray state = attributes.value("state");
+    xml->allowAnyAttributes({"date1904"});
+    if (const char *const value = xml->attribute("date1904"); value != nullptr) {
+        const std::optional<bool> isTrue = CellText::toBool(value);
+        if (!isTrue) {
+            xml->fail(QT_TRANSLATE_NOOP("MainWindow", "this is neither true nor false"));
+        }
+        m_is1904 = isTrue.value_or(false);
+    }
+    xml->readNothing();
+}
+
+void SheetList::readSheets(XmlCursor *xml)
+{
+    xml->allowAnyAttributes({});
+    while (xml->nextChild()) {
+        if (!xml->is("sheet")) {
+            xml->failElement();
+        } else if (m_sheets.size() >= xml->limits().listEntries) {
+            xml->fail(LoadError::TooLarge);
+        } else {
+            readSheet(xml);
+        }
+    }
+}
+
+void SheetList::readSheet(XmlCursor *xml)
+{
+    xml->allowAttributes({"state"}, {"name", "sheetId"}, "id");
+    const QByteArray state = xml->attribute("state");
     const bool hidden = state == "hidden" || state == "veryHidden";
-    if (m_sheets.size() >= limits().listEntries) {
-        refuse(LoadError::TooLarge);
-    } else {
-        m_sheets.append({attributes.relationship("id"), !hidden});
+    m_sheets.append({xml->relationship("id"), !hidden});
+    while (xml->nextChild()) {
+        if (xml->is("bookViews")) { // misplaced by one writer
+            xml->skip();
+        } else {
+            xml->failElement();
+        }
     }
 }

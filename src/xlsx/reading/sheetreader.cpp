@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstring>
+#include <optional>
 
 #include <QDateTime>
 #include <xlsxcellreference.h>
@@ -10,35 +11,10 @@
 
 #include "xlsx/celltext.h"
 #include "xlsx/formatlimits.h"
-#include "xlsx/reading/workbooklimits.h"
+#include "xlsx/reading/richtext.h"
 
 namespace
 {
-
-enum Node { SheetNode, DataNode, RowNode, CellNode, ValueNode, InlineNode, RunNode, TextNode };
-
-// An unknown element could be a row, a cell or a content, without which all that follow would be
-// shifted. Phonetic runs hold texts too, which repeat what the others say.
-constexpr std::array<XmlStep, 15> steps = {{
-    {"worksheet", XmlReader::document, XmlOutcome::Read, SheetNode},
-    {"sheetData", SheetNode, XmlOutcome::Read, DataNode, XmlOutcome::Refused},
-    {"row", DataNode, XmlOutcome::Read, RowNode, XmlOutcome::Refused},
-    {"c", RowNode, XmlOutcome::Read, CellNode, XmlOutcome::Refused},
-    {"extLst", RowNode, XmlOutcome::PassedOver},
-    {"v", CellNode, XmlOutcome::Read, ValueNode, XmlOutcome::Refused},
-    {"is", CellNode, XmlOutcome::Read, InlineNode, XmlOutcome::Refused},
-    {"f", CellNode, XmlOutcome::PassedOver},
-    {"extLst", CellNode, XmlOutcome::PassedOver},
-    {"t", InlineNode, XmlOutcome::Read, TextNode, XmlOutcome::Refused},
-    {"r", InlineNode, XmlOutcome::Read, RunNode, XmlOutcome::Refused},
-    {"rPh", InlineNode, XmlOutcome::PassedOver},
-    {"phoneticPr", InlineNode, XmlOutcome::PassedOver},
-    {"t", RunNode, XmlOutcome::Read, TextNode, XmlOutcome::Refused},
-    {"rPr", RunNode, XmlOutcome::PassedOver},
-}};
-
-// Another name for the type or the format would change what the content means.
-constexpr std::array<const char *, 7> cellAttributes = {"r", "s", "t", "cm", "vm", "ph", nullptr};
 
 struct TypeName {
     const char *name;
@@ -55,9 +31,13 @@ constexpr std::array<TypeName, 7> typeNames = {{
     {"d", SheetReader::Type::Date},
 }};
 
-// Days from 1900 on through the year 9999, the last one that has a date; from 1904 on somewhat
-// less.
+// Days from 1900 on through the year 9999, the last one that has a date, and how many less there
+// are from 1904 on.
 constexpr double firstDayWithoutDate = 2'958'466.0;
+constexpr double daysBefore1904 = 1462.0;
+
+constexpr const char *wrongReference =
+    QT_TRANSLATE_NOOP("MainWindow", "the number of a row or the address of a cell is wrong");
 
 // What spreadsheets show for a number under a format of dates that is no date.
 QString noDate()
@@ -98,104 +78,138 @@ Reference parseReference(const char *text)
 } // namespace
 
 SheetReader::SheetReader(const SheetContext &context)
-    : XmlReader(Vocabulary::Spreadsheet, steps), m_context(context)
+    : m_context(context), m_is1904(context.target->workbook()->isDate1904())
 {
     constexpr int builtinDateAndTime = 22;
     m_dateFormat.setNumberFormatIndex(builtinDateAndTime);
+    constexpr int usualText = 256; // bytes, which stay reserved
+    m_value.reserve(usualText);
+    m_inlineText.reserve(usualText);
 }
 
-void SheetReader::enter(int node, const XmlAttributes &attributes)
+void SheetReader::read(XmlCursor *xml)
 {
-    switch (node) {
-    case DataNode:
-        meetOnce(&m_hasData);
-        break;
-    case RowNode:
-        enterRow(attributes);
-        break;
-    case CellNode:
-        enterCell(attributes);
-        break;
-    case ValueNode:
-        ++m_values;
-        break;
-    case InlineNode:
-        ++m_inlineTexts;
-        break;
-    case RunNode:
-        m_inlineText.beginRun();
-        break;
-    case TextNode:
-        if (!m_inlineText.begin()) {
-            // Joined they would read as another number.
-            refuse(LoadError::Damage::TwoContents);
+    bool hasData = false;
+    m_xml = xml;
+    m_xml->enter("worksheet");
+    while (m_xml->nextSection()) {
+        if (m_xml->is("sheetData")) {
+            m_xml->once(&hasData);
+            readRows();
+        } else {
+            m_xml->skip();
         }
-        break;
-    default:
-        break;
+    }
+    if (!hasData) {
+        m_xml->failElement();
     }
 }
 
-void SheetReader::leave(int node)
+void SheetReader::readRows()
 {
-    if (node == CellNode) {
-        store();
-        m_inCell = isRefused();
-    } else if (node == SheetNode && !m_hasData) {
-        refuse(LoadError::Damage::Element);
+    m_xml->allowAnyAttributes({});
+    while (m_xml->nextChild()) {
+        if (m_xml->is("row")) {
+            readRow();
+        } else {
+            m_xml->failElement();
+        }
     }
 }
 
-void SheetReader::text(int node, const char *data, int size)
+void SheetReader::readRow()
 {
-    if (node == ValueNode) {
-        m_value.append(data, size);
-    } else if (node == TextNode) {
-        m_inlineText.append(data, size);
-    }
-}
-
-QString SheetReader::currentCell() const
-{
-    return m_inCell && m_column > 0 ? QXlsx::CellReference(m_row, m_column).toString() : QString();
-}
-
-void SheetReader::enterRow(const XmlAttributes &attributes)
-{
+    readRowNumber();
     m_column = 0;
+    while (m_xml->nextChild()) {
+        if (m_xml->is("c")) {
+            readCell();
+        } else if (m_xml->is("extLst")) {
+            m_xml->skip();
+        } else {
+            m_xml->failElement();
+        }
+    }
+}
+
+void SheetReader::readRowNumber()
+{
+    m_xml->allowAttributes({"r"},
+                           {"spans", "s", "customFormat", "ht", "customHeight", "hidden",
+                            "outlineLevel", "collapsed", "thickTop", "thickBot", "ph"});
     ++m_row;
-    if (const char *const number = attributes.value("r"); number != nullptr) {
-        bool known = false;
-        const qlonglong row = QByteArray(number).toLongLong(&known);
-        if (!known || row < 1) {
-            refuse(LoadError::Damage::Reference);
-            return;
+    if (const char *const number = m_xml->attribute("r"); number != nullptr) {
+        bool isNumber = false;
+        const qlonglong row = QByteArray(number).toLongLong(&isNumber);
+        if (!isNumber || row < 1) {
+            m_xml->fail(wrongReference);
         }
         m_row = static_cast<int>(qMin<qlonglong>(row, FormatLimits::rows + 1));
     }
     if (m_row > FormatLimits::rows) {
-        refuse(LoadError::TooLarge);
+        m_xml->fail(LoadError::TooLarge);
     }
 }
 
-void SheetReader::enterCell(const XmlAttributes &attributes)
+void SheetReader::readCell()
 {
-    m_inCell = true;
-    m_value.clear();
-    m_inlineText.clear();
-    m_values = 0;
-    m_inlineTexts = 0;
-    if (!moveTo(attributes.value("r"))) {
-        refuse(LoadError::Damage::Reference);
-    } else if (m_column > FormatLimits::columns) {
-        refuse(LoadError::TooLarge);
-    } else if (!attributes.areAmong(cellAttributes.data())) {
-        refuse(LoadError::Damage::Attribute);
-    } else if (!setType(attributes.value("t"))) {
-        refuse(LoadError::Damage::CellType);
-    } else if (!setFormat(attributes.value("s"))) {
-        refuse(LoadError::Damage::Index);
+    readCellAttributes();
+    readContents();
+    if (m_xml->hasFailed() && m_column > 0) {
+        m_xml->blame(QXlsx::CellReference(m_row, m_column).toString());
     }
+}
+
+// Another name for the type or the format would change what the content means.
+void SheetReader::readCellAttributes()
+{
+    m_xml->allowAttributes({"r", "s", "t"}, {"cm", "vm", "ph"});
+    const char *const format = m_xml->attribute("s");
+    m_format = 0;
+    if (!moveTo(m_xml->attribute("r"))) {
+        m_xml->fail(wrongReference);
+    } else if (m_column > FormatLimits::columns) {
+        m_xml->fail(LoadError::TooLarge);
+    } else if (!setType(m_xml->attribute("t"))) {
+        m_xml->fail(QT_TRANSLATE_NOOP("MainWindow", "the type of the cell is unknown"));
+    } else if (format != nullptr && *format != '\0' && !toIndex(format, &m_format)) {
+        m_xml->failIndex();
+    }
+}
+
+void SheetReader::readContents()
+{
+    bool hasValue = false;
+    bool hasInlineText = false;
+    m_value.resize(0);
+    m_inlineText.resize(0);
+    while (m_xml->nextChild()) {
+        if (m_xml->is("v")) {
+            takeContent(&hasValue);
+            m_xml->allowAnyAttributes({});
+            m_xml->readText(&m_value);
+        } else if (m_xml->is("is") && m_type == Type::InlineString) {
+            takeContent(&hasInlineText);
+            readRichText(m_xml, &m_inlineText);
+        } else if (m_xml->is("f")) {
+            m_xml->skipText();
+        } else if (m_xml->is("extLst")) {
+            m_xml->skip();
+        } else {
+            m_xml->failElement();
+        }
+    }
+    if (!m_xml->hasFailed()) {
+        store(hasInlineText ? m_inlineText : m_value);
+    }
+}
+
+void SheetReader::takeContent(bool *met)
+{
+    if (*met) {
+        m_xml->fail(QT_TRANSLATE_NOOP("MainWindow", "there are two contents"));
+    }
+    *met = true;
 }
 
 bool SheetReader::moveTo(const char *reference)
@@ -224,21 +238,8 @@ bool SheetReader::setType(const char *name)
     return false;
 }
 
-bool SheetReader::setFormat(const char *index)
+void SheetReader::store(const QByteArray &text)
 {
-    m_format = 0;
-    return index == nullptr || *index == '\0' || toIndex(index, &m_format);
-}
-
-void SheetReader::store()
-{
-    const bool isInline = m_inlineTexts > 0;
-    const bool both = isInline && m_values > 0 && m_type != Type::InlineString;
-    if (m_values > 1 || m_inlineTexts > 1 || both) {
-        refuse(LoadError::Damage::TwoContents);
-        return;
-    }
-    const QByteArray &text = isInline ? m_inlineText.utf8() : m_value.utf8();
     if (text.isEmpty()) {
         return;
     }
@@ -269,13 +270,17 @@ void SheetReader::store()
 // its row or join its neighbours, and nobody would know.
 void SheetReader::storeNumber(const QByteArray &text)
 {
-    if (text.trimmed().isEmpty()) {
+    const bool isWhole = text.size() < XmlCursor::longestText;
+    if (isWhole && text.trimmed().isEmpty()) {
         return;
     }
     double value = 0.0;
-    if (!CellText::toNumber(text, &value)) {
-        refuse(LoadError::Damage::Number);
-    } else if (m_context.formats->kind(m_format) == NumberFormats::Kind::Date) {
+    const NumberFormats::Kind kind = m_context.formats->kind(m_format);
+    if (!isWhole || !CellText::toNumber(text, &value)) {
+        m_xml->fail(QT_TRANSLATE_NOOP("MainWindow", "this is not a number"));
+    } else if (kind == NumberFormats::Kind::Missing) {
+        m_xml->fail(QT_TRANSLATE_NOOP("MainWindow", "there is no such format"));
+    } else if (kind == NumberFormats::Kind::Date) {
         storeDate(value);
     } else if (m_column == m_context.textColumn) {
         storeText(CellText::plainDigits(text));
@@ -286,7 +291,8 @@ void SheetReader::storeNumber(const QByteArray &text)
 
 void SheetReader::storeDate(double days)
 {
-    if (days >= 0.0 && days < firstDayWithoutDate) {
+    const double end = firstDayWithoutDate - (m_is1904 ? daysBefore1904 : 0.0);
+    if (days >= 0.0 && days < end) {
         write({QXlsx::Cell::NumberType, days, {}, true});
     } else {
         storeText(noDate());
@@ -300,11 +306,7 @@ void SheetReader::storeIsoDate(const QByteArray &text)
     const QTime time = QTime::fromString(iso, Qt::ISODateWithMs);
     constexpr double millisecondsOfDay = 86'400'000.0;
     if (moment.isValid()) {
-        // The days of the workbook count from here on, but for the first two months of 1900.
-        const QDate start =
-            m_context.target->workbook()->isDate1904() ? QDate(1904, 1, 1) : QDate(1899, 12, 30);
-        storeDate(static_cast<double>(start.daysTo(moment.date()))
-                  + moment.time().msecsSinceStartOfDay() / millisecondsOfDay);
+        storeDate(daysOf(moment.date()) + moment.time().msecsSinceStartOfDay() / millisecondsOfDay);
     } else if (time.isValid()) {
         storeDate(time.msecsSinceStartOfDay() / millisecondsOfDay);
     } else {
@@ -312,14 +314,27 @@ void SheetReader::storeIsoDate(const QByteArray &text)
     }
 }
 
+// Spreadsheets count from 1900-01-01 on, a 29th of February in that year included, and put times
+// without a date on 1899-12-30.
+double SheetReader::daysOf(const QDate &date) const
+{
+    constexpr int leapDay = 60;
+    if (m_is1904) {
+        return static_cast<double>(QDate(1904, 1, 1).daysTo(date));
+    }
+    const auto days = static_cast<double>(QDate(1899, 12, 31).daysTo(date));
+    if (date == QDate(1899, 12, 30)) {
+        return 0.0;
+    }
+    return days < 1 ? -1.0 : days < leapDay ? days : days + 1;
+}
+
 void SheetReader::storeBoolean(const QByteArray &text)
 {
-    const QByteArray name = text.trimmed();
-    const bool isTrue = name == "1" || name == "true";
-    if (isTrue || name == "0" || name == "false") {
-        write({QXlsx::Cell::BooleanType, isTrue ? 1.0 : 0.0, {}, false});
+    if (const std::optional<bool> isTrue = CellText::toBool(text)) {
+        write({QXlsx::Cell::BooleanType, *isTrue ? 1.0 : 0.0, {}, false});
     } else {
-        refuse(LoadError::Damage::TruthValue);
+        m_xml->fail(QT_TRANSLATE_NOOP("MainWindow", "this is neither true nor false"));
     }
 }
 
@@ -329,7 +344,7 @@ void SheetReader::storeError(const QString &text)
     bool isNumber = false;
     text.toDouble(&isNumber);
     if (isNumber) {
-        refuse(LoadError::Damage::ErrorValue);
+        m_xml->fail(QT_TRANSLATE_NOOP("MainWindow", "an error value is stored as a number"));
     } else {
         storeText(text);
     }
@@ -339,7 +354,7 @@ void SheetReader::storeSharedString(const QByteArray &index)
 {
     int number = 0;
     if (!toIndex(index, &number) || number >= m_context.sharedStrings->size()) {
-        refuse(LoadError::Damage::TextIndex);
+        m_xml->fail(QT_TRANSLATE_NOOP("MainWindow", "there is no such shared text"));
     } else if (const QString &text = m_context.sharedStrings->at(number); !text.isEmpty()) {
         write({QXlsx::Cell::InlineStringType, 0.0, text, false});
     }
@@ -348,7 +363,7 @@ void SheetReader::storeSharedString(const QByteArray &index)
 void SheetReader::storeText(const QString &text)
 {
     if (!m_context.budget->takeText(text)) {
-        refuse(LoadError::TooLarge);
+        m_xml->fail(LoadError::TooLarge);
     } else if (!text.isEmpty()) {
         write({QXlsx::Cell::InlineStringType, 0.0, text, false});
     }
@@ -360,13 +375,14 @@ void SheetReader::write(const Content &content)
     if (!isInOrder()) {
         if (const QXlsx::Cell *const before = m_context.target->cellAt(m_row, m_column)) {
             if (!isSame(*before, content)) {
-                refuse(LoadError::Damage::CellTwice);
+                m_xml->fail(QT_TRANSLATE_NOOP("MainWindow",
+                                              "the cell is there twice with different contents"));
             }
             return;
         }
     }
     if (!m_context.budget->takeCell(newRow)) {
-        refuse(LoadError::TooLarge);
+        m_xml->fail(LoadError::TooLarge);
         return;
     }
     QXlsx::Worksheet *const target = m_context.target;

@@ -8,8 +8,7 @@
 #include "xlsx/reading/cellformats.h"
 #include "xlsx/reading/memorybudget.h"
 #include "xlsx/reading/sharedstrings.h"
-#include "xlsx/reading/textcollector.h"
-#include "xlsx/reading/xmlreader.h"
+#include "xlsx/reading/xmlcursor.h"
 
 /// What the cells of a sheet refer to.
 struct SheetContext {
@@ -22,14 +21,26 @@ struct SheetContext {
     int textColumn;
 };
 
-/// Reads the cells of a worksheet into another one that is empty.
+/// Reads the cells of a worksheet into another one that is empty:
+///
+///     <worksheet>
+///       <sheetData>
+///         <row r="2" spans="1:5">
+///           <c r="A2" t="s"><v>0</v></c>                          the first shared text
+///           <c r="B2"><v>50.5</v></c>
+///           <c r="C2" s="1"><f>TODAY()</f><v>44259</v></c>        a date, if that format is one
+///           <c r="D2" t="inlineStr"><is><t>text</t></is></c>
+///           <c r="E2" t="b"><v>1</v></c>
+///         </row>
+///       </sheetData>
+///     </worksheet>
 ///
 /// Formulas give the values stored with them. Numbers of the text column become texts with the
 /// digits that stand in the file. A cell or a row without a reference follows the one before it;
-/// one with a reference belongs where that says. A format that the workbook does not have leaves a
-/// number a number. Refused as damaged are references that contradict their row, the same cell
-/// twice with different contents, unknown types, and contents that their type does not allow.
-class SheetReader : public XmlReader
+/// one with a reference belongs where that says. Refused as damaged are references that contradict
+/// their row, the same cell twice with different contents, unknown types, contents that their type
+/// does not allow, and numbers under a format that the workbook does not have.
+class SheetReader
 {
 public:
     /// The types of cells that a file names.
@@ -37,17 +48,18 @@ public:
 
     explicit SheetReader(const SheetContext &context);
 
-private:
-    void enter(int node, const XmlAttributes &attributes) override;
-    void leave(int node) override;
-    void text(int node, const char *data, int size) override;
-    QString currentCell() const override;
+    void read(XmlCursor *xml);
 
-    void enterRow(const XmlAttributes &attributes);
-    void enterCell(const XmlAttributes &attributes);
+private:
+    void readRows();
+    void readRow();
+    void readRowNumber();
+    void readCell();
+    void readCellAttributes();
+    void readContents();
     bool moveTo(const char *reference);
     bool setType(const char *name);
-    bool setFormat(const char *index);
+    void takeContent(bool *met);
 
     // What a cell holds: the text for texts, the number for the others.
     struct Content {
@@ -57,10 +69,11 @@ private:
         bool isDate;
     };
 
-    void store();
+    void store(const QByteArray &text);
     void storeNumber(const QByteArray &text);
     void storeDate(double days);
     void storeIsoDate(const QByteArray &text);
+    double daysOf(const QDate &date) const;
     void storeBoolean(const QByteArray &text);
     void storeError(const QString &text);
     void storeSharedString(const QByteArray &index);
@@ -70,21 +83,19 @@ private:
     bool isInOrder();
 
     SheetContext m_context;
+    XmlCursor *m_xml = nullptr;
     QXlsx::Format m_dateFormat;
-    bool m_hasData = false;
+    bool m_is1904;
 
+    // The cell that is being read.
     int m_row = 0;
     int m_column = 0;
     Type m_type = Type::Number;
     int m_format = 0;
-    bool m_inCell = false;
-    // The value and the inline text of the cell.
-    int m_values = 0;
-    int m_inlineTexts = 0;
-    TextCollector m_value;
-    TextCollector m_inlineText;
+    QByteArray m_value;
+    QByteArray m_inlineText;
 
-    // The last cell in reading order that holds something; all cells behind it are still empty.
+    // The last cell in reading order that holds something; all cells after it are still empty.
     int m_lastRow = 0;
     int m_lastColumn = 0;
 };

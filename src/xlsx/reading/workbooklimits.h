@@ -8,9 +8,9 @@
 struct WorkbookLimits {
     /// Bytes of the file: twenty times a workbook of 50,000 rows with 200 numbers each.
     qint64 fileSize = 256 * mebibyte;
-    /// Bytes of the list of parts: 100,000 parts, where an ordinary workbook has a dozen. The list
-    /// is held in memory as long as the file is open.
-    qint64 directorySize = 8 * mebibyte;
+    /// Bytes of the list of parts, which is held in memory: 10,000 parts, where an ordinary
+    /// workbook has a dozen.
+    qint64 directorySize = mebibyte;
     /// Bytes of one part, unpacked: the sheet of 50,000 rows with 200 numbers each has 400 MiB.
     qint64 partSize = 512 * mebibyte;
     /// Bytes of the list of sheets and of each list of relationships, unpacked, which are held in
@@ -25,6 +25,12 @@ struct WorkbookLimits {
     int depth = 128;
     /// Attributes of one element: the format itself has elements with some 40.
     int attributes = 256;
+    /// Namespaces that are declared, or may be ignored, at one place: the largest programs declare
+    /// some 40.
+    int namespaces = 256;
+    /// Bytes of a name with its namespace that count as one of the items below, since the parser
+    /// puts them together anew at each place.
+    int nameSize = 96;
     /// Tags, attributes, pieces of text and the like in all parts that are read, each of which
     /// takes time: the cells that fit into memory have 18 million, indented and with a formula
     /// each.

@@ -1,17 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "xlsx/reading/workbookloader.h"
 
-#include <algorithm>
-#include <optional>
+#include <array>
 
 #include <QFile>
 #include <QFileInfo>
-#include <QSet>
 #include <xlsxworkbook.h>
 #include <xlsxworksheet.h>
 
 #include "xlsx/reading/compoundfile.h"
-#include "xlsx/reading/contenttypes.h"
 #include "xlsx/reading/relationships.h"
 #include "xlsx/reading/sheetlist.h"
 #include "xlsx/reading/sheetreader.h"
@@ -19,6 +16,9 @@
 
 namespace
 {
+
+constexpr const char *doubled = QT_TRANSLATE_NOOP("MainWindow", "it occurs twice");
+constexpr const char *worksheet = QT_TRANSLATE_NOOP("MainWindow", "worksheet");
 
 // The road from a file to a document: load() goes it, the other functions are its stretches.
 class Loader
@@ -42,11 +42,10 @@ private:
     LoadError readSharedStrings();
     LoadError readSheet();
 
-    bool hasUnlistedWorksheet() const;
-    bool isLeftOut(const QByteArray &part);
-    bool isComplete();
-    bool hasLostPart();
-    LoadError readOptional(Relationships::Kind kind, XmlReader *reader);
+    template<typename Reader>
+    LoadError readPart(const QByteArray &part, qint64 largest, Reader *reader);
+    template<typename Reader>
+    LoadError readOptional(Relationships::Kind kind, Reader *reader);
 
     QFile m_file;
     int m_textColumn;
@@ -56,8 +55,7 @@ private:
     MemoryBudget m_budget;
     QByteArray m_workbookPart;
     SheetList m_sheets;
-    std::unique_ptr<Relationships> m_relationships;
-    std::optional<bool> m_isComplete;
+    Relationships m_relationships;
     CellFormats m_styles;
     SharedStrings m_strings = SharedStrings(&m_budget);
     QByteArray m_sheetPart;
@@ -66,28 +64,17 @@ private:
 
 LoadError Loader::load()
 {
-    if (LoadError error = openFile(); error) {
-        return error;
+    using Stretch = LoadError (Loader::*)();
+    constexpr std::array<Stretch, 8> road = {&Loader::openFile,          &Loader::openPackage,
+                                             &Loader::findWorkbook,      &Loader::readWorkbook,
+                                             &Loader::chooseSheet,       &Loader::readStyles,
+                                             &Loader::readSharedStrings, &Loader::readSheet};
+    for (const Stretch stretch : road) {
+        if (LoadError error = (this->*stretch)(); error) {
+            return error;
+        }
     }
-    if (LoadError error = openPackage(); error) {
-        return error;
-    }
-    if (LoadError error = findWorkbook(); error) {
-        return error;
-    }
-    if (LoadError error = readWorkbook(); error) {
-        return error;
-    }
-    if (LoadError error = chooseSheet(); error) {
-        return error;
-    }
-    if (LoadError error = readStyles(); error) {
-        return error;
-    }
-    if (LoadError error = readSharedStrings(); error) {
-        return error;
-    }
-    return readSheet();
+    return LoadError::None;
 }
 
 // A pipe would wait for its other end, and a device may never end: only a plain file will do.
@@ -113,148 +100,100 @@ LoadError Loader::openPackage()
     if (!start.startsWith(archiveSignature)) {
         return LoadError::NotAWorkbook;
     }
-    return m_package.open(&m_file).in(LoadError::Part::Archive);
+    return m_package.open(&m_file).in(QT_TRANSLATE_NOOP("MainWindow", "archive"));
+}
+
+template<typename Reader>
+LoadError Loader::readPart(const QByteArray &part, qint64 largest, Reader *reader)
+{
+    XmlCursor xml(&m_package, part, largest, &m_count);
+    reader->read(&xml);
+    return xml.finish();
 }
 
 LoadError Loader::findWorkbook()
 {
+    constexpr const char *workbook = QT_TRANSLATE_NOOP("MainWindow", "workbook");
     const QByteArray part = Relationships::partFor({});
     if (!m_package.contains(part)) {
         return LoadError::NotAWorkbook;
     }
-    Relationships relationships({});
-    LoadError error = relationships.readPart(&m_package, part, &m_count, m_limits.listSize);
-    if (error) {
-        return std::move(error).in(LoadError::Part::PackageRelationships);
+    Relationships relationships;
+    if (LoadError error = readPart(part, m_limits.listSize, &relationships); error) {
+        return std::move(error).in(QT_TRANSLATE_NOOP("MainWindow", "relationships of the package"));
     }
     const auto parts = relationships.parts(Relationships::Kind::Workbook);
-    if (parts.size() > 1) {
-        return LoadError(LoadError::Damage::Doubled).in(LoadError::Part::Workbook);
+    if (parts.isEmpty()) {
+        return LoadError::NotAWorkbook;
     }
-    m_workbookPart = parts.value(0);
-    return m_workbookPart.isEmpty() ? LoadError::NotAWorkbook : LoadError::None;
+    m_workbookPart = parts.first();
+    return parts.size() > 1 ? LoadError::damaged(doubled).in(workbook) : LoadError();
 }
 
 LoadError Loader::readWorkbook()
 {
-    LoadError error = m_sheets.readPart(&m_package, m_workbookPart, &m_count, m_limits.listSize);
-    if (error.reason == LoadError::Damaged && m_sheets.isOther()) {
-        return LoadError::NotAWorkbook;
+    XmlCursor xml(&m_package, m_workbookPart, m_limits.listSize, &m_count);
+    m_sheets.read(&xml);
+    if (LoadError error = xml.finish(); error) {
+        const bool isOther = error.reason == LoadError::Damaged && xml.isOther();
+        return isOther ? LoadError::NotAWorkbook
+                       : std::move(error).in(QT_TRANSLATE_NOOP("MainWindow", "workbook"));
     }
-    if (error) {
-        return std::move(error).in(LoadError::Part::Workbook);
-    }
-    m_relationships = std::make_unique<Relationships>(m_workbookPart);
-    return m_relationships
-        ->readPart(&m_package, Relationships::partFor(m_workbookPart), &m_count, m_limits.listSize)
-        .in(LoadError::Part::WorkbookRelationships);
+    m_relationships = Relationships(m_workbookPart);
+    return readPart(Relationships::partFor(m_workbookPart), m_limits.listSize, &m_relationships)
+        .in(QT_TRANSLATE_NOOP("MainWindow", "relationships of the workbook"));
 }
 
-// Sheets without a part are old macro modules, or what a program left behind. A part that is there
-// and of an unknown kind could be the worksheet that was meant.
+// The first visible sheet, or the first of all when none is, but for charts, dialogs and macros. It
+// is missing rather than passed over when nothing leads to it: the next one has other patients.
 LoadError Loader::chooseSheet()
 {
     const SheetList::Sheet *chosen = nullptr;
-    const Relationships::Target *chosenTarget = nullptr;
-    bool leadsNowhere = false;
     for (const SheetList::Sheet &sheet : m_sheets.sheets()) {
-        const Relationships::Target *const target = m_relationships->target(sheet.relationship);
-        const bool isBetter = chosen == nullptr || (sheet.visible && !chosen->visible);
-        leadsNowhere = leadsNowhere || target == nullptr;
-        if (isBetter && target != nullptr && target->kind != Relationships::Kind::OtherSheet
-            && !isLeftOut(target->part)) {
+        const Relationships::Target *const target = m_relationships.target(sheet.relationship);
+        const bool isOther = target != nullptr && target->kind == Relationships::Kind::OtherSheet;
+        if (!isOther && (chosen == nullptr || (sheet.visible && !chosen->visible))) {
             chosen = &sheet;
-            chosenTarget = target;
         }
     }
     if (chosen == nullptr) {
         return LoadError::NoWorksheet;
     }
-    if (leadsNowhere && hasUnlistedWorksheet()) {
-        return LoadError(LoadError::Damage::Missing).in(LoadError::Part::Worksheet);
+    const Relationships::Target *const target = m_relationships.target(chosen->relationship);
+    if (target == nullptr || !m_package.contains(target->part)) {
+        return LoadError::damaged(QT_TRANSLATE_NOOP("MainWindow", "the worksheet is missing"))
+            .in(QT_TRANSLATE_NOOP("MainWindow", "workbook"));
     }
-    m_sheetPart = chosenTarget->part;
-    return chosenTarget->kind == Relationships::Kind::Worksheet
+    m_sheetPart = target->part;
+    return target->kind == Relationships::Kind::Worksheet
         ? LoadError()
-        : LoadError(LoadError::Damage::SheetKind).in(LoadError::Part::Worksheet);
+        : LoadError::damaged(QT_TRANSLATE_NOOP("MainWindow", "its kind is unknown")).in(worksheet);
 }
 
-// Whether no sheet names the relationship of a worksheet, which one that leads nowhere may have
-// meant.
-bool Loader::hasUnlistedWorksheet() const
+// A workbook without formats or texts has neither relationship nor part; what cells name of them
+// is missing then. A relationship that leads out of the package is no such thing.
+template<typename Reader>
+LoadError Loader::readOptional(Relationships::Kind kind, Reader *reader)
 {
-    QSet<QByteArray> listed;
-    for (const SheetList::Sheet &sheet : m_sheets.sheets()) {
-        listed.insert(sheet.relationship);
-    }
-    const auto worksheets = m_relationships->identifiers(Relationships::Kind::Worksheet);
-    return std::any_of(worksheets.begin(), worksheets.end(), [this, &listed](const QByteArray &id) {
-        return !listed.contains(id) && m_package.contains(m_relationships->target(id)->part);
-    });
-}
-
-// Whether the part is not in the package. A part that is there and only lost its name, or to which
-// no relationship leads any more, is not left out.
-bool Loader::isLeftOut(const QByteArray &part)
-{
-    return part.isEmpty() || (!m_package.contains(part) && isComplete());
-}
-
-// Whether the names in the archive agree, and the relationships lead to each worksheet and to the
-// formats that the list of content types names.
-bool Loader::isComplete()
-{
-    if (!m_isComplete) {
-        m_isComplete = m_package.namesAgree() && !hasLostPart();
-    }
-    return *m_isComplete;
-}
-
-bool Loader::hasLostPart()
-{
-    if (!m_package.contains(ContentTypes::part())) {
-        return false;
-    }
-    ContentTypes types;
-    if (types.readPart(&m_package, ContentTypes::part(), &m_count, m_limits.listSize)) {
-        return true;
-    }
-    QSet<QByteArray> known;
-    for (const auto kind : {Relationships::Kind::Worksheet, Relationships::Kind::Styles}) {
-        for (const QByteArray &part : m_relationships->parts(kind)) {
-            known.insert(part.toLower());
-        }
-    }
-    const QVector<QByteArray> &parts = types.sheetsAndStyles();
-    return std::any_of(parts.begin(), parts.end(), [this, &known](const QByteArray &part) {
-        return m_package.contains(part) && !known.contains(part.toLower());
-    });
-}
-
-LoadError Loader::readOptional(Relationships::Kind kind, XmlReader *reader)
-{
-    const auto parts = m_relationships->parts(kind);
+    const auto parts = m_relationships.parts(kind);
     if (parts.size() > 1) {
-        return LoadError::Damage::Doubled;
+        return LoadError::damaged(doubled);
     }
-    const QByteArray part = parts.value(0);
-    return isLeftOut(part) ? LoadError()
-                           : reader->readPart(&m_package, part, &m_count, m_limits.partSize);
+    const bool isThere =
+        !parts.isEmpty() && (parts.first().isEmpty() || m_package.contains(parts.first()));
+    return isThere ? readPart(parts.first(), m_limits.partSize, reader) : LoadError();
 }
 
-// Without any formats a date would read as a number.
 LoadError Loader::readStyles()
 {
-    if (m_relationships->parts(Relationships::Kind::Styles).isEmpty() && !isComplete()) {
-        return LoadError(LoadError::Damage::Missing).in(LoadError::Part::CellFormats);
-    }
-    return readOptional(Relationships::Kind::Styles, &m_styles).in(LoadError::Part::CellFormats);
+    return readOptional(Relationships::Kind::Styles, &m_styles)
+        .in(QT_TRANSLATE_NOOP("MainWindow", "cell formats"));
 }
 
 LoadError Loader::readSharedStrings()
 {
     return readOptional(Relationships::Kind::SharedStrings, &m_strings)
-        .in(LoadError::Part::SharedTexts);
+        .in(QT_TRANSLATE_NOOP("MainWindow", "shared texts"));
 }
 
 LoadError Loader::readSheet()
@@ -263,11 +202,11 @@ LoadError Loader::readSheet()
     document->workbook()->setDate1904(m_sheets.is1904());
     SheetReader reader(
         {&m_strings.texts(), &m_styles, document->currentWorksheet(), &m_budget, m_textColumn});
-    LoadError error = reader.readPart(&m_package, m_sheetPart, &m_count, m_limits.partSize);
+    LoadError error = readPart(m_sheetPart, m_limits.partSize, &reader);
     if (!error) {
         m_document = std::move(document);
     }
-    return std::move(error).in(LoadError::Part::Worksheet);
+    return std::move(error).in(worksheet);
 }
 
 } // namespace

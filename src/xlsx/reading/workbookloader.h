@@ -9,7 +9,9 @@
 #include "xlsx/reading/loaderror.h"
 #include "xlsx/reading/workbooklimits.h"
 
-/// A document of one worksheet, or the reason why there is none.
+/// A document of one worksheet, or the reason why there is none. That document is the agreed way to
+/// hand cells on, although this reads them itself: whoever reads them asks it, as any program
+/// would.
 struct LoadedWorkbook {
     std::unique_ptr<QXlsx::Document> document;
     LoadError error;
@@ -20,7 +22,7 @@ struct LoadedWorkbook {
 /// is an error: a file is loaded as a whole or not at all.
 ///
 /// Its cells give what their contents say: numbers (in column \p textColumn as texts with the
-/// digits of the file), true or false, texts without control characters, and dates; a formula gives
+/// digits of the file), true or false, texts, and dates; a formula gives
 /// the value stored with it. A file beyond one of the \p limits is too large.
 LoadedWorkbook loadWorkbook(const QString &path, int textColumn = 1,
                             const WorkbookLimits &limits = {});

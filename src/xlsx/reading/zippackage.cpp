@@ -1,20 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "xlsx/reading/zippackage.h"
 
-#include <array>
-
 #include <zip.h>
 
-// The file as the library reads it. Until the list of parts is read the bytes are counted, since
-// that list is held in memory.
+// What libzip reads: the parts as they stand in the file, and the list of them as it was checked.
 struct ZipPackage::Source {
     QFile *file = nullptr;
-    qint64 largestDirectory = 0;
+    qint64 partsEnd = 0;
+    QByteArray list;
+    qint64 position = 0;
     zip_error_t error = {};
-    qint64 directoryBytes = 0;
-    bool listed = false;
 
-    bool isTooLarge() const { return !listed && directoryBytes > largestDirectory; }
+    qint64 size() const { return partsEnd + list.size(); }
 
     zip_int64_t fail(int code)
     {
@@ -22,32 +19,33 @@ struct ZipPackage::Source {
         return -1;
     }
 
-    zip_int64_t read(void *data, zip_uint64_t length)
+    zip_int64_t read(char *data, qint64 length)
     {
-        directoryBytes += listed ? 0 : static_cast<qint64>(length);
-        if (isTooLarge()) {
-            return fail(ZIP_ER_MEMORY);
+        qint64 count = 0;
+        if (position < partsEnd) {
+            count = file->seek(position) ? file->read(data, qMin(length, partsEnd - position)) : -1;
+        } else {
+            count = qMin(length, size() - position);
+            std::copy_n(list.constData() + (position - partsEnd), count, data);
         }
-        const qint64 count = file->read(static_cast<char *>(data), static_cast<qint64>(length));
+        position += qMax<qint64>(count, 0);
         return count < 0 ? fail(ZIP_ER_READ) : count;
     }
 
     zip_int64_t seek(void *data, zip_uint64_t length)
     {
-        const zip_int64_t offset = zip_source_seek_compute_offset(
-            static_cast<zip_uint64_t>(file->pos()), static_cast<zip_uint64_t>(file->size()), data,
-            length, &error);
-        if (offset < 0) {
-            return -1;
-        }
-        return file->seek(offset) ? 0 : fail(ZIP_ER_SEEK);
+        const zip_int64_t offset =
+            zip_source_seek_compute_offset(static_cast<zip_uint64_t>(position),
+                                           static_cast<zip_uint64_t>(size()), data, length, &error);
+        position = qMax<qint64>(offset, 0);
+        return offset < 0 ? -1 : 0;
     }
 
-    zip_int64_t describe(void *data)
+    zip_int64_t describe(void *data) const
     {
         auto *const stat = static_cast<zip_stat_t *>(data);
         zip_stat_init(stat);
-        stat->size = static_cast<zip_uint64_t>(file->size());
+        stat->size = static_cast<zip_uint64_t>(size());
         stat->valid = ZIP_STAT_SIZE;
         return sizeof(zip_stat_t);
     }
@@ -57,13 +55,14 @@ struct ZipPackage::Source {
         auto *const source = static_cast<Source *>(self);
         switch (command) {
         case ZIP_SOURCE_OPEN:
-            return source->file->seek(0) ? 0 : source->fail(ZIP_ER_SEEK);
+            source->position = 0;
+            return 0;
         case ZIP_SOURCE_READ:
-            return source->read(data, length);
+            return source->read(static_cast<char *>(data), static_cast<qint64>(length));
         case ZIP_SOURCE_SEEK:
             return source->seek(data, length);
         case ZIP_SOURCE_TELL:
-            return source->file->pos();
+            return source->position;
         case ZIP_SOURCE_STAT:
             return source->describe(data);
         case ZIP_SOURCE_ERROR:
@@ -85,14 +84,19 @@ struct ZipPackage::Archive {
     std::unique_ptr<zip_t, decltype(&zip_discard)> zip;
 };
 
+struct ZipPart::File {
+    explicit File(zip_file_t *opened) : zip(opened, &zip_fclose) { }
+
+    std::unique_ptr<zip_file_t, decltype(&zip_fclose)> zip;
+};
+
 namespace
 {
 
-// Instead of an index: several parts have that name.
-constexpr quint64 ambiguous = ~quint64(0);
+// Instead of an index: several parts could have that name.
+constexpr int ambiguous = -1;
 
-using Part = std::unique_ptr<zip_file_t, decltype(&zip_fclose)>;
-
+// What equal names have in common.
 QByteArray key(QByteArray name)
 {
     for (char &character : name) {
@@ -103,6 +107,15 @@ QByteArray key(QByteArray name)
     return name;
 }
 
+QByteArray keyInArchive(QByteArray name)
+{
+    name.replace('\\', '/');
+    while (name.startsWith('/')) {
+        name.remove(0, 1);
+    }
+    return key(QByteArray::fromPercentEncoding(name));
+}
+
 } // namespace
 
 ZipPackage::ZipPackage(const WorkbookLimits &limits) : m_limits(limits) { }
@@ -110,47 +123,39 @@ ZipPackage::~ZipPackage() = default;
 
 LoadError ZipPackage::open(QFile *file)
 {
+    if (LoadError error = m_directory.read(file, m_limits.directorySize); error) {
+        return error;
+    }
     m_source = std::make_unique<Source>();
     m_source->file = file;
-    m_source->largestDirectory = m_limits.directorySize;
-    zip_error_t error;
-    zip_error_init(&error);
-    zip_source_t *const source = zip_source_function_create(&Source::call, m_source.get(), &error);
+    m_source->partsEnd = m_directory.offset();
+    m_source->list = m_directory.rewritten();
+    zip_source_t *const source = zip_source_function_create(&Source::call, m_source.get(), nullptr);
     zip_t *const zip =
-        source == nullptr ? nullptr : zip_open_from_source(source, ZIP_RDONLY, &error);
-    zip_error_fini(&error);
+        source == nullptr ? nullptr : zip_open_from_source(source, ZIP_RDONLY, nullptr);
     if (zip == nullptr) {
         zip_source_free(source);
-        return m_source->isTooLarge() ? LoadError(LoadError::TooLarge)
-                                      : LoadError(LoadError::Damage::Archive);
+        return LoadError::damaged(QT_TRANSLATE_NOOP("MainWindow", "the archive cannot be read"));
     }
-    m_source->listed = true;
     m_archive = std::make_unique<Archive>(zip);
-    return listParts();
+    listParts();
+    return LoadError::None;
 }
 
-// Nobody knows which of two parts with one name is the right one.
-LoadError ZipPackage::listParts()
+// Nobody knows which of two parts with one name is the right one, nor which of two names is.
+void ZipPackage::listParts()
 {
-    const zip_int64_t count = zip_get_num_entries(m_archive->zip.get(), 0);
-    for (zip_int64_t i = 0; i < count; ++i) {
-        const auto index = static_cast<zip_uint64_t>(i);
-        const char *const raw = zip_get_name(m_archive->zip.get(), index, ZIP_FL_ENC_RAW);
-        if (raw == nullptr) {
-            return LoadError::Damage::Archive;
+    const QVector<ZipDirectory::Entry> &entries = m_directory.entries();
+    for (int index = 0; index < entries.size(); ++index) {
+        const ZipDirectory::Entry &entry = entries.at(index);
+        const QByteArray name = keyInArchive(entry.name);
+        if (!entry.otherName.isEmpty()) {
+            m_parts.insert(name, ambiguous);
+            m_parts.insert(keyInArchive(entry.otherName), ambiguous);
+        } else if (!entry.name.endsWith('/')) { // no folder
+            m_parts.insert(name, m_parts.contains(name) ? ambiguous : index);
         }
-        QByteArray name(raw);
-        name.replace('\\', '/');
-        while (name.startsWith('/')) {
-            name.remove(0, 1);
-        }
-        if (name.endsWith('/')) {
-            continue; // a folder
-        }
-        name = key(QByteArray::fromPercentEncoding(name));
-        m_parts.insert(name, m_parts.contains(name) ? ambiguous : index);
     }
-    return LoadError::None;
 }
 
 bool ZipPackage::contains(const QByteArray &name) const
@@ -158,64 +163,53 @@ bool ZipPackage::contains(const QByteArray &name) const
     return m_parts.contains(key(name));
 }
 
-// Each part has its name in the list at the end of the archive and in front of its bytes, and no
-// checksum covers either. The library compares them when asked to.
-bool ZipPackage::namesAgree() const
+ZipPart::ZipPart(ZipPackage *package, const QByteArray &name, qint64 largest)
+    : m_package(package), m_largest(largest), m_error(open(name))
 {
-    Source source;
-    source.file = m_source->file;
-    source.listed = true; // as long as the first list, which was not too large
-    zip_source_t *const compared = zip_source_function_create(&Source::call, &source, nullptr);
-    zip_t *const zip = compared == nullptr
-        ? nullptr
-        : zip_open_from_source(compared, ZIP_RDONLY | ZIP_CHECKCONS, nullptr);
-    if (zip == nullptr) {
-        zip_source_free(compared);
-        return false;
-    }
-    zip_discard(zip);
-    return true;
 }
 
-LoadError ZipPackage::read(const QByteArray &name, qint64 largest, const Consumer &consumer)
+ZipPart::~ZipPart() = default;
+
+LoadError ZipPart::open(const QByteArray &name)
 {
-    const auto found = m_parts.constFind(key(name));
-    zip_stat_t stat;
-    if (found == m_parts.constEnd()) {
-        return LoadError::Damage::Missing;
+    const int index = m_package->m_parts.value(key(name), ambiguous);
+    if (!m_package->contains(name)) {
+        return LoadError::damaged(QT_TRANSLATE_NOOP("MainWindow", "it is missing"));
     }
-    if (*found == ambiguous) {
-        return LoadError::Damage::Doubled;
+    if (index == ambiguous) {
+        return LoadError::damaged(QT_TRANSLATE_NOOP("MainWindow", "it occurs twice"));
     }
-    if (zip_stat_index(m_archive->zip.get(), *found, 0, &stat) != 0) {
-        return LoadError::Damage::Content;
-    }
-    if ((stat.valid & ZIP_STAT_ENCRYPTION_METHOD) != 0 && stat.encryption_method != ZIP_EM_NONE) {
+    const ZipDirectory::Entry &entry = m_package->m_directory.entries().at(index);
+    if (entry.encrypted) {
         return LoadError::PasswordProtected;
     }
-    if ((stat.valid & ZIP_STAT_SIZE) != 0 && stat.size > static_cast<zip_uint64_t>(largest)) {
+    if (entry.size > static_cast<quint64>(m_largest)) {
         return LoadError::TooLarge;
     }
-    const Part part(zip_fopen_index(m_archive->zip.get(), *found, 0), &zip_fclose);
-    if (!part) {
-        return LoadError::Damage::Content;
+    if (entry.plain && m_package->m_directory.isConfirmed(m_package->m_source->file, entry)) {
+        m_file = std::make_unique<File>(
+            zip_fopen_index(m_package->m_archive->zip.get(), static_cast<zip_uint64_t>(index), 0));
     }
+    return m_file && m_file->zip
+        ? LoadError()
+        : LoadError::damaged(QT_TRANSLATE_NOOP("MainWindow", "its bytes are damaged"));
+}
 
-    constexpr int pieceSize = 64 * 1024;
-    std::array<char, pieceSize> piece;
-    qint64 size = 0;
-    for (;;) {
-        const zip_int64_t count = zip_fread(part.get(), piece.data(), piece.size());
-        if (count <= 0) {
-            return count == 0 ? LoadError() : LoadError(LoadError::Damage::Content);
-        }
-        size += count;
-        m_unpacked += count;
-        if (size > largest || m_unpacked > m_limits.unpackedSize) {
-            return LoadError::TooLarge;
-        }
-        if (!consumer(piece.data(), static_cast<int>(count))) {
-            return LoadError::Damage::Content;
-        }
+int ZipPart::read(char *data, int size)
+{
+    if (m_error) {
+        return 0;
     }
+    const zip_int64_t count = zip_fread(m_file->zip.get(), data, static_cast<zip_uint64_t>(size));
+    if (count < 0) {
+        m_error = LoadError::damaged(QT_TRANSLATE_NOOP("MainWindow", "its bytes are damaged"));
+        return 0;
+    }
+    m_size += count;
+    m_package->m_unpacked += count;
+    if (m_size > m_largest || m_package->m_unpacked > m_package->m_limits.unpackedSize) {
+        m_error = LoadError::TooLarge;
+        return 0;
+    }
+    return static_cast<int>(count);
 }

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <functional>
 #include <memory>
 
 #include <QByteArray>
@@ -10,15 +9,12 @@
 
 #include "xlsx/reading/loaderror.h"
 #include "xlsx/reading/workbooklimits.h"
+#include "xlsx/reading/zipdirectory.h"
 
-/// The parts of a ZIP archive, read as streams, within limits. What a part holds counts only when
-/// it was read to its end, where its checksum is looked at.
+/// The parts of a ZIP archive, within limits.
 class ZipPackage
 {
 public:
-    /// Takes a piece of a part; returns whether more is wanted. \p size is at least 1.
-    using Consumer = std::function<bool(const char *data, int size)>;
-
     explicit ZipPackage(const WorkbookLimits &limits = {});
     ~ZipPackage();
     Q_DISABLE_COPY_MOVE(ZipPackage)
@@ -31,26 +27,46 @@ public:
     /// Whether there is a part \p name: a path with slashes, without one in front. Letters from A
     /// to Z count as equal in both cases, as the packaging rules say.
     bool contains(const QByteArray &name) const;
-    /// Whether the two names that the archive has for each part agree. Where they do not, a part
-    /// that seems to be missing may only have lost its name. The first call reads the whole list
-    /// again.
-    bool namesAgree() const;
-
-    /// Hands the part \p name to \p consumer piece by piece. None exactly when the consumer took
-    /// all of it and the checksum is right; Damaged too when the consumer wanted no more.
-    /// TooLarge when there are more than \p largest bytes. A part that is missing
-    /// or there twice is damaged.
-    LoadError read(const QByteArray &name, qint64 largest, const Consumer &consumer);
 
 private:
+    friend class ZipPart;
     struct Source;
     struct Archive;
 
-    LoadError listParts();
+    void listParts();
 
     WorkbookLimits m_limits;
+    ZipDirectory m_directory;
     std::unique_ptr<Source> m_source;
     std::unique_ptr<Archive> m_archive;
-    QHash<QByteArray, quint64> m_parts;
+    QHash<QByteArray, int> m_parts;
     qint64 m_unpacked = 0;
+};
+
+/// One part of a package, unpacked as it is read. What it holds counts only when it was read to
+/// its end, where its checksum is looked at.
+class ZipPart
+{
+public:
+    /// The part \p name of \p package, of at most \p largest bytes. One that is missing or there
+    /// twice is damaged.
+    ZipPart(ZipPackage *package, const QByteArray &name, qint64 largest);
+    ~ZipPart();
+    Q_DISABLE_COPY_MOVE(ZipPart)
+
+    /// Unpacks up to \p size bytes into \p data; returns how many, 0 at the end or after an error.
+    int read(char *data, int size);
+
+    const LoadError &error() const { return m_error; }
+
+private:
+    struct File;
+
+    LoadError open(const QByteArray &name);
+
+    ZipPackage *m_package;
+    std::unique_ptr<File> m_file;
+    qint64 m_largest;
+    qint64 m_size = 0;
+    LoadError m_error;
 };

@@ -9,10 +9,10 @@
 
 #include "support/expectedsheets.h"
 #include "support/numbers.h"
+#include "support/testworkbooks.h"
 #include "support/workingfolder.h"
 #include "xlsx/formatlimits.h"
 #include "xlsx/reading/workbookloader.h"
-#include "xlsx/reading/zippackage.h"
 
 using ExpectedSheets::Book;
 using ExpectedSheets::Cells;
@@ -23,21 +23,6 @@ namespace
 
 const QString path = "cells.xlsx";
 constexpr double third = 1.0 / 3.0;
-
-// The content of a part of a workbook; empty if it cannot be read.
-QByteArray partOf(const QString &workbook, const QByteArray &name)
-{
-    QFile file(workbook);
-    ZipPackage package;
-    QByteArray content;
-    const auto append = [&content](const char *data, int size) {
-        content.append(data, size);
-        return true;
-    };
-    const bool read = file.open(QIODevice::ReadOnly) && !package.open(&file)
-        && !package.read(name, 1 << 20, append);
-    return read ? content : QByteArray();
-}
 
 // A sheet with these cells.
 CellSheet sheetOf(const QString &name, const Cells &cells)
@@ -131,7 +116,8 @@ private Q_SLOTS:
         QFETCH(QByteArray, digits);
         const Cells cells = cellsOf(1, 1, number);
         QVERIFY(save(sheetOf("Sheet", cells)));
-        QVERIFY(partOf(path, "xl/worksheets/sheet1.xml").contains("<v>" + digits + "</v>"));
+        QVERIFY(TestWorkbooks::part(path, "xl/worksheets/sheet1.xml")
+                    .contains("<v>" + digits + "</v>"));
         QCOMPARE(differences(cells), QString());
     }
 
@@ -157,7 +143,7 @@ private Q_SLOTS:
         put(cells, 2, 28, QString("a"));
         put(cells, 5, 2, 7.0);
         QVERIFY(save(sheetOf("Sheet", cells)));
-        const QByteArray xml = partOf(path, "xl/worksheets/sheet1.xml");
+        const QByteArray xml = TestWorkbooks::part(path, "xl/worksheets/sheet1.xml");
         QVERIFY(xml.contains(R"(<dimension ref="B2:AB5"/>)"));
         QVERIFY(xml.contains(R"(<sheetData><row r="2"><c r="C2" t="n"><v>1.5</v></c>)"
                              R"(<c r="AB2" t="s"><v>0</v></c></row>)"
@@ -177,7 +163,7 @@ private Q_SLOTS:
     {
         QFETCH(const QByteArray, part);
         QVERIFY(save(sheetOfText("text")));
-        QXmlStreamReader xml(partOf(path, part));
+        QXmlStreamReader xml(TestWorkbooks::part(path, part));
         QCOMPARE(xml.readNext(), QXmlStreamReader::StartDocument);
         QCOMPARE(xml.documentVersion().toString(), "1.0");
         QCOMPARE(xml.documentEncoding().toString(), "UTF-8");
@@ -190,9 +176,11 @@ private Q_SLOTS:
     void sheetOfOneCellAndOfNone()
     {
         QVERIFY(save(sheetOf("Sheet", cellsOf(3, 2, 1.0))));
-        QVERIFY(partOf(path, "xl/worksheets/sheet1.xml").contains(R"(<dimension ref="B3"/>)"));
+        QVERIFY(TestWorkbooks::part(path, "xl/worksheets/sheet1.xml")
+                    .contains(R"(<dimension ref="B3"/>)"));
         QVERIFY(save(sheetOf("Sheet", {})));
-        QVERIFY(partOf(path, "xl/worksheets/sheet1.xml").contains(R"(<dimension ref="A1"/>)"));
+        QVERIFY(TestWorkbooks::part(path, "xl/worksheets/sheet1.xml")
+                    .contains(R"(<dimension ref="A1"/>)"));
         QCOMPARE(differences({}), QString());
     }
 
@@ -239,7 +227,8 @@ private Q_SLOTS:
         QVERIFY(workbook.addSheet({"Two", {3, fill}}));
         QVERIFY(workbook.save(path));
         // Two different texts: one in six cells, one in two.
-        QVERIFY(partOf(path, "xl/sharedStrings.xml").contains(R"( count="8" uniqueCount="2">)"));
+        QVERIFY(TestWorkbooks::part(path, "xl/sharedStrings.xml")
+                    .contains(R"( count="8" uniqueCount="2">)"));
     }
 
     void propertiesNameTheOrigin()
@@ -248,7 +237,7 @@ private Q_SLOTS:
         QVERIFY(workbook.addSheet(sheetOfText("text")));
         workbook.setOrigin(QString::fromUtf8("Mérő & <co>"), QString("offset") + QChar(0xd800));
         QVERIFY(workbook.save(path));
-        const QByteArray properties = partOf(path, "docProps/core.xml");
+        const QByteArray properties = TestWorkbooks::part(path, "docProps/core.xml");
         QVERIFY(properties.contains("<dc:creator>Mérő &amp; &lt;co&gt;</dc:creator>"
                                     "<dc:description>offset\xEF\xBF\xBD</dc:description>"));
         QVERIFY(loadWorkbook(path).document);
@@ -257,7 +246,7 @@ private Q_SLOTS:
     void propertiesNameNothingUnasked()
     {
         QVERIFY(save(sheetOfText("text")));
-        const QByteArray properties = partOf(path, "docProps/core.xml");
+        const QByteArray properties = TestWorkbooks::part(path, "docProps/core.xml");
         QVERIFY(properties.endsWith("elements/1.1/\"></cp:coreProperties>"));
     }
 
@@ -270,7 +259,7 @@ private Q_SLOTS:
             }
         };
         QVERIFY(save({"Sheet", {lastRow + 5, fill}}));
-        const QByteArray xml = partOf(path, "xl/worksheets/sheet1.xml");
+        const QByteArray xml = TestWorkbooks::part(path, "xl/worksheets/sheet1.xml");
         QVERIFY(xml.contains(R"(<dimension ref="A1048576"/>)"));
         QCOMPARE(xml.count("<row "), 1);
     }
@@ -299,7 +288,7 @@ private Q_SLOTS:
         QVERIFY(save(sheetOfText(text)));
         QCOMPARE(differences(cellsOf(1, 1, expected)), QString());
         // XML readers would turn a carriage return into a line feed.
-        const QByteArray strings = partOf(path, "xl/sharedStrings.xml");
+        const QByteArray strings = TestWorkbooks::part(path, "xl/sharedStrings.xml");
         QVERIFY(strings.contains('\n'));
         QVERIFY(!strings.contains('\r'));
     }
@@ -322,7 +311,7 @@ private Q_SLOTS:
         QFETCH(const QString, text);
         QFETCH(const bool, marked);
         QVERIFY(save(sheetOfText(text)));
-        const QByteArray strings = partOf(path, "xl/sharedStrings.xml");
+        const QByteArray strings = TestWorkbooks::part(path, "xl/sharedStrings.xml");
         const QByteArray start = marked ? R"(<si><t xml:space="preserve">)" : "<si><t>";
         QVERIFY(strings.contains(start + text.toUtf8() + "</t></si>"));
     }
@@ -349,7 +338,8 @@ private Q_SLOTS:
         QFETCH(QString, text);
         QFETCH(QByteArray, written);
         QVERIFY(save(sheetOfText(text)));
-        QVERIFY(partOf(path, "xl/sharedStrings.xml").contains("<t>" + written + "</t>"));
+        QVERIFY(
+            TestWorkbooks::part(path, "xl/sharedStrings.xml").contains("<t>" + written + "</t>"));
         const LoadedWorkbook loaded = loadWorkbook(path);
         QVERIFY(loaded.document);
         QCOMPARE(loaded.document->read(1, 1).toString(), text);

@@ -5,7 +5,7 @@
 #include <QTemporaryFile>
 #include <QtTest>
 
-#include "xlsx/reading/zippackage.h"
+#include "support/testworkbooks.h"
 
 namespace
 {
@@ -66,15 +66,8 @@ QByteArray archiveOf(ZipWriter &zip)
 QByteArray partOf(const QByteArray &archive, const QByteArray &name)
 {
     QTemporaryFile file;
-    ZipPackage package;
-    QByteArray content;
-    const auto append = [&content](const char *data, int size) {
-        content.append(data, size);
-        return true;
-    };
-    const bool read = file.open() && file.write(archive) == archive.size() && file.flush()
-        && !package.open(&file) && !package.read(name, 1 << 24, append);
-    return read ? content : QByteArray("cannot be read");
+    const bool isWritten = file.open() && file.write(archive) == archive.size() && file.flush();
+    return isWritten ? TestWorkbooks::part(file.fileName(), name) : QByteArray();
 }
 
 } // namespace
