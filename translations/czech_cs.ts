@@ -355,7 +355,7 @@
     </message>
     <message>
         <source>relationships of the package</source>
-        <translation>vazby balíčku</translation>
+        <translation>relace balíčku</translation>
     </message>
     <message>
         <source>workbook</source>
@@ -363,7 +363,7 @@
     </message>
     <message>
         <source>relationships of the workbook</source>
-        <translation>vazby sešitu</translation>
+        <translation>relace sešitu</translation>
     </message>
     <message>
         <source>cell formats</source>
@@ -378,28 +378,20 @@
         <translation>list</translation>
     </message>
     <message>
-        <source>it cannot be taken apart</source>
-        <translation>nelze rozbalit</translation>
-    </message>
-    <message>
         <source>it is missing</source>
         <translation>chybí</translation>
     </message>
     <message>
-        <source>there are two of it</source>
-        <translation>je tu dvakrát</translation>
-    </message>
-    <message>
         <source>its bytes are damaged</source>
-        <translation>obsah je porušený</translation>
+        <translation>obsah je poškozený</translation>
     </message>
     <message>
         <source>it is not well-formed XML</source>
-        <translation>není to správné XML</translation>
+        <translation>neplatné XML</translation>
     </message>
     <message>
         <source>it declares a document type</source>
-        <translation>deklaruje typ dokumentu</translation>
+        <translation>obsahuje deklaraci DOCTYPE</translation>
     </message>
     <message>
         <source>an element does not belong there</source>
@@ -415,11 +407,11 @@
     </message>
     <message>
         <source>two of them have the same name</source>
-        <translation>dvě z nich mají stejné jméno</translation>
+        <translation>stejný identifikátor</translation>
     </message>
     <message>
         <source>its kind is unknown</source>
-        <translation>neznámý druh</translation>
+        <translation>neznámý druh listu</translation>
     </message>
     <message>
         <source>the number of a row or the address of a cell is wrong</source>
@@ -431,11 +423,11 @@
     </message>
     <message>
         <source>there are two contents</source>
-        <translation>jsou tu dva obsahy</translation>
+        <translation>buňka má dvojí obsah</translation>
     </message>
     <message>
         <source>the cell is there twice with different contents</source>
-        <translation>buňka je tu dvakrát s různým obsahem</translation>
+        <translation>buňka je uvedena dvakrát s různým obsahem</translation>
     </message>
     <message>
         <source>this is not a number</source>
@@ -443,11 +435,7 @@
     </message>
     <message>
         <source>this is neither true nor false</source>
-        <translation>toto není pravda ani nepravda</translation>
-    </message>
-    <message>
-        <source>the error is a number</source>
-        <translation>chybová hodnota je číslo</translation>
+        <translation>hodnota není PRAVDA ani NEPRAVDA</translation>
     </message>
     <message>
         <source>there is no such shared text</source>
@@ -480,6 +468,38 @@
     <message>
         <source>Patients</source>
         <translation>Pacienti</translation>
+    </message>
+    <message>
+        <source>it occurs twice</source>
+        <translation>dvojí výskyt</translation>
+    </message>
+    <message>
+        <source>an attribute is missing</source>
+        <translation>chybí atribut</translation>
+    </message>
+    <message>
+        <source>there is no such format</source>
+        <translation>takový formát neexistuje</translation>
+    </message>
+    <message>
+        <source>an error value is stored as a number</source>
+        <translation>chybová hodnota je uložena jako číslo</translation>
+    </message>
+    <message>
+        <source>the worksheet is missing</source>
+        <translation>chybí list</translation>
+    </message>
+    <message>
+        <source>text does not belong there</source>
+        <translation>text tam nepatří</translation>
+    </message>
+    <message>
+        <source>it requires an unknown extension</source>
+        <translation>vyžaduje neznámé rozšíření</translation>
+    </message>
+    <message>
+        <source>the archive cannot be read</source>
+        <translation>archiv nelze přečíst</translation>
     </message>
 </context>
 <context>

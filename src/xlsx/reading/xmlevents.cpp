@@ -167,7 +167,8 @@ bool XmlEvents::next()
 // before it, so that the time stays in proportion to the bytes.
 void XmlEvents::parsePiece()
 {
-    m_piece.resize(std::size_t(qMax(pieceSize, m_pending)));
+    const qint64 left = qMax<qint64>(1, m_limits.tokenSize - m_pending);
+    m_piece.resize(std::size_t(qMin<qint64>(qMax(pieceSize, m_pending), left)));
     int size = 0;
     int count = 0;
     do {

@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "support/handmadearchive.h"
+
+#include <QtEndian>
+
+namespace
+{
+
+template<typename Number>
+QByteArray le(quint64 value)
+{
+    QByteArray bytes(int(sizeof(Number)), '\0');
+    qToLittleEndian(static_cast<Number>(value), bytes.data());
+    return bytes;
+}
+
+quint32 checksum(const QByteArray &bytes)
+{
+    quint32 sum = 0xffffffff;
+    for (const char byte : bytes) {
+        sum ^= static_cast<quint8>(byte);
+        for (int bit = 0; bit < 8; ++bit) {
+            sum = (sum >> 1U) ^ ((sum & 1U) != 0 ? 0xedb88320U : 0U);
+        }
+    }
+    return ~sum;
+}
+
+constexpr quint32 wide = 0xffffffff;
+
+} // namespace
+
+QByteArray HandmadeArchive::extra(quint16 id, const QByteArray &content)
+{
+    return le<quint16>(id) + le<quint16>(quint64(content.size())) + content;
+}
+
+QByteArray HandmadeArchive::unicodePath(const QByteArray &name, const QByteArray &other)
+{
+    return extra(0x7075, '\1' + le<quint32>(checksum(name)) + other);
+}
+
+QByteArray HandmadeArchive::bytes() const
+{
+    QByteArray archive;
+    QByteArray list;
+    const QByteArray sizes = zip64 ? le<quint32>(wide) + le<quint32>(wide) : QByteArray();
+    for (const auto &[path, content] : parts) {
+        const QByteArray name = path.toUtf8();
+        const quint64 size = quint64(content.size());
+        const QByteArray both = le<quint64>(size) + le<quint64>(size);
+        const QByteArray sum = le<quint32>(checksum(content));
+        const QByteArray offset = le<quint32>(base + quint32(archive.size()));
+        const QByteArray longOffset = le<quint64>(base + quint64(archive.size()));
+        const QByteArray known = sum + (zip64 ? sizes : le<quint32>(size) + le<quint32>(size));
+        const QByteArray common =
+            le<quint16>(20) + le<quint16>(descriptors ? 8 : 0) + QByteArray(6, '\0');
+        const bool hasExtra = path == extraPart;
+        const QByteArray local =
+            (zip64 ? extra(1, both) : QByteArray()) + (hasExtra ? localExtra : QByteArray());
+        const QByteArray central = (zip64 ? extra(1, both + longOffset) : QByteArray())
+            + (hasExtra ? listExtra : QByteArray());
+        archive += "PK\3\4" + common + (descriptors ? QByteArray(12, '\0') : known)
+            + le<quint16>(quint64(name.size())) + le<quint16>(quint64(local.size())) + name + local
+            + content;
+        archive += descriptors
+            ? "PK\7\10" + sum + (zip64 ? both : le<quint32>(size) + le<quint32>(size))
+            : QByteArray();
+        list += "PK\1\2" + le<quint16>(20) + common + known + le<quint16>(quint64(name.size()))
+            + le<quint16>(quint64(central.size())) + QByteArray(10, '\0')
+            + (zip64 ? le<quint32>(wide) : offset) + name + central;
+    }
+    const quint64 at = base + quint64(archive.size());
+    const QByteArray count = le<quint16>(quint64(parts.size()));
+    const QByteArray longCount = le<quint64>(quint64(parts.size()));
+    archive += list;
+    if (zip64) {
+        const quint64 recordAt = base + quint64(archive.size());
+        archive += "PK\6\6" + le<quint64>(44) + le<quint32>(0) + le<quint64>(0) + longCount
+            + longCount + le<quint64>(quint64(list.size())) + le<quint64>(at);
+        archive += "PK\6\7" + le<quint32>(0) + le<quint64>(recordAt) + le<quint32>(1);
+    }
+    const QByteArray ends = zip64
+        ? le<quint16>(0xffff) + le<quint16>(0xffff) + sizes
+        : count + count + le<quint32>(quint64(list.size())) + le<quint32>(at);
+    return archive + "PK\5\6" + le<quint32>(0) + ends + le<quint16>(quint64(comment.size()))
+        + comment;
+}
