@@ -28,12 +28,9 @@ struct WorkbookLimits {
     /// Namespaces that are declared, or may be ignored, at one place: the largest programs declare
     /// some 40.
     int namespaces = 256;
-    /// Bytes of a name with its namespace that count as one of the items below, since the parser
-    /// puts them together anew at each place.
-    int nameSize = 96;
     /// Tags, attributes, pieces of text and the like in all parts that are read, each of which
-    /// takes time: the cells that fit into memory have 18 million, indented and with a formula
-    /// each.
+    /// takes time, and long names more: the cells that fit into memory have 18 million, indented
+    /// and with a formula each.
     int xmlItems = 24000000;
     /// Bytes that the XML parser may take, which keeps each name that it meets once.
     qint64 parserMemory = 64 * mebibyte;

@@ -12,10 +12,10 @@ constexpr std::array<const char *, 5> reserved = {"sheetData", "sheets", "cellXf
                                                   "workbookPr"};
 
 constexpr std::array<const char *, 2> spreadsheets = {
-    "http://schemas.openxmlformats.org/spreadsheetml/2006/main",
-    "http://purl.oclc.org/ooxml/spreadsheetml/main"};
+    "http://schemas.openxmlformats.org/spreadsheetml/2006/main\n",
+    "http://purl.oclc.org/ooxml/spreadsheetml/main\n"};
 constexpr std::array<const char *, 1> packages = {
-    "http://schemas.openxmlformats.org/package/2006/relationships"};
+    "http://schemas.openxmlformats.org/package/2006/relationships\n"};
 
 template<typename List>
 bool contains(const List &names, const char *name)
@@ -46,7 +46,7 @@ bool XmlCursor::next()
 void XmlCursor::enter(const char *name, Vocabulary vocabulary)
 {
     const bool found = next();
-    const QByteArray space = m_events.mainNamespace();
+    const char *const space = m_events.mainNamespace().c_str();
     const bool isKnown =
         vocabulary == Spreadsheet ? contains(spreadsheets, space) : contains(packages, space);
     m_isOther = found ? !isKnown || !is(name) : m_events.isMalformed();

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "xlsx/reading/xmlevents.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 
@@ -13,13 +14,13 @@ namespace
 
 // Between a namespace and a name; the parser refuses namespaces that contain it.
 constexpr char separator = '\n';
-constexpr int pieceSize = 64 * 1024;
+constexpr int pieceSize = 8 * 1024;
 
-constexpr const char *compatibility =
+constexpr std::string_view compatibility =
     "http://schemas.openxmlformats.org/markup-compatibility/2006\n";
 
 struct KnownSpace {
-    const char *uri;
+    std::string_view uri;
     XmlSpace space;
 };
 
@@ -31,15 +32,14 @@ constexpr std::array<KnownSpace, 4> knownSpaces = {{
     {"http://www.w3.org/XML/1998/namespace\n", XmlSpace::Xml},
 }};
 
-bool beginsWith(const char *name, const char *uri)
+bool beginsWith(std::string_view name, std::string_view uri)
 {
-    return std::strncmp(name, uri, std::strlen(uri)) == 0;
+    return name.substr(0, uri.size()) == uri;
 }
 
-const char *localName(const char *name)
+std::string_view localName(std::string_view name)
 {
-    const char *const end = std::strchr(name, separator);
-    return end == nullptr ? name : end + 1;
+    return name.substr(name.find(separator) + 1); // npos + 1 is 0
 }
 
 // Hands each word of \p list to \p take, until that returns false; returns whether it never did.
@@ -49,7 +49,7 @@ bool eachWord(const char *list, const Take &take)
     constexpr const char *blanks = " \t\n\r";
     for (list += std::strspn(list, blanks); *list != '\0'; list += std::strspn(list, blanks)) {
         const std::size_t size = std::strcspn(list, blanks);
-        if (!take(QByteArray(list, int(size)))) {
+        if (!take(std::string_view(list, size))) {
             return false;
         }
         list += size;
@@ -84,15 +84,20 @@ struct XmlEvents::Handlers {
     {
         XmlEvents *const events = Handlers::events(self);
         events->countItems(1);
-        events->m_bindings.append(Binding{prefix, uri});
-        if (events->m_bindings.size() > events->m_limits.namespaces) {
+        std::string *const declared = &events->m_declared;
+        const std::size_t prefixAt = declared->size();
+        declared->append(prefix == nullptr ? "" : prefix).push_back('\0');
+        events->m_bindings.push_back({prefixAt, declared->size()});
+        declared->append(uri == nullptr ? "" : uri).push_back('\0');
+        if (events->m_bindings.size() > std::size_t(events->m_limits.namespaces)) {
             events->stop(LoadError::TooLarge);
         }
     }
 
     static void endNamespace(void *self, const char * /*prefix*/)
     {
-        events(self)->m_bindings.removeLast();
+        events(self)->m_declared.resize(events(self)->m_bindings.back().prefix);
+        events(self)->m_bindings.pop_back();
     }
 
     // Entities are declared in document types only.
@@ -220,127 +225,139 @@ void XmlEvents::countItems(qint64 items)
     }
 }
 
-int XmlEvents::keep(const char *text)
+int XmlEvents::keep(std::string_view text)
 {
     const std::size_t position = m_bytes.size();
-    m_bytes.insert(m_bytes.end(), text, text + std::strlen(text) + 1);
+    m_bytes.append(text).push_back('\0');
     return int(position);
 }
 
-XmlSpace XmlEvents::spaceOf(const char *name) const
+XmlSpace XmlEvents::spaceOf(std::string_view name) const
 {
-    if (std::strncmp(name, m_main.constData(), std::size_t(m_main.size())) == 0) {
-        return XmlSpace::Main;
-    }
-    const char *const end = std::strchr(name, separator);
-    if (end == nullptr) {
+    const std::size_t end = name.find(separator);
+    if (end == std::string_view::npos) {
         return XmlSpace::None;
+    }
+    if (beginsWith(name, m_main)) {
+        return XmlSpace::Main;
     }
     for (const KnownSpace &known : knownSpaces) {
         if (beginsWith(name, known.uri)) {
             return known.space;
         }
     }
-    const auto uri = QByteArray::fromRawData(name, int(end - name));
-    return m_ignorable.contains(uri) ? XmlSpace::Ignorable : XmlSpace::Other;
+    const bool isIgnorable = std::any_of(
+        m_ignorable.begin(), m_ignorable.end(),
+        [uri = name.substr(0, end + 1)](const std::string &ignorable) { return ignorable == uri; });
+    return isIgnorable ? XmlSpace::Ignorable : XmlSpace::Other;
 }
 
-void XmlEvents::startElement(const char *name, const char **attributes)
+void XmlEvents::startElement(std::string_view name, const char **attributes)
 {
-    int count = 0;
-    qint64 items = 1 + qint64(std::strlen(name)) / m_limits.nameSize;
-    while (attributes[2 * count] != nullptr) {
-        items += 1 + qint64(std::strlen(attributes[2 * count])) / m_limits.nameSize;
-        ++count;
-    }
-    countItems(items);
-    if (m_depth >= m_limits.depth || count > m_limits.attributes) {
-        stop(LoadError::TooLarge);
-    }
+    countElement(name, attributes);
     if (m_ahead) {
         return;
     }
-    ++m_depth;
-    if (m_main.isNull()) {
-        const char *const end = std::strchr(name, separator);
-        m_main = end == nullptr ? QByteArray(1, separator) : QByteArray(name, int(end + 1 - name));
+    if (m_main.empty()) {
+        const std::size_t end = name.find(separator);
+        m_main = end == std::string_view::npos ? std::string(1, separator)
+                                               : std::string(name.substr(0, end + 1));
     }
-
     XmlEvent event;
     event.type = XmlEvent::Start;
-    m_scopes.append({m_depth, m_ignorable.size(), !m_scopes.isEmpty() && m_scopes.last().unwraps});
-    for (const char **pair = attributes; *pair != nullptr; pair += 2) {
-        readCompatibility(pair[0], pair[1], &event);
+    m_scopes.push_back({m_ignorable.size(), !m_scopes.empty() && m_scopes.back().unwraps});
+    for (std::size_t i = 0; i < m_names.size(); ++i) {
+        readCompatibility(m_names[i], attributes[2 * i + 1], &event);
     }
-    event.unwraps = m_scopes.last().unwraps;
+    event.unwraps = m_scopes.back().unwraps;
     event.space = spaceOf(name);
     event.string = keep(localName(name));
     event.firstAttribute = int(m_attributes.size());
-    event.attributes = count;
-    for (const char **pair = attributes; *pair != nullptr; pair += 2) {
-        const int local = keep(localName(pair[0]));
-        m_attributes.push_back({spaceOf(pair[0]), local, keep(pair[1])});
-        if (event.space == XmlSpace::Compatibility && std::strcmp(pair[0], "Requires") == 0) {
-            event.requirement = requirementOf(pair[1]);
+    event.attributes = int(m_names.size());
+    for (std::size_t i = 0; i < m_names.size(); ++i) {
+        const char *const value = attributes[2 * i + 1];
+        const int local = keep(localName(m_names[i]));
+        m_attributes.push_back({spaceOf(m_names[i]), local, keep(value)});
+        if (event.space == XmlSpace::Compatibility && m_names[i] == "Requires") {
+            event.requirement = requirementOf(value);
         }
     }
     m_events.push_back(event);
 }
 
-void XmlEvents::readCompatibility(const char *attribute, const char *value, XmlEvent *event)
+// The parser puts the names of attributes together anew at each place, namespaces and all.
+void XmlEvents::countElement(std::string_view name, const char **attributes)
 {
-    if (!beginsWith(attribute, compatibility)) {
+    constexpr std::size_t longName = 256;
+    constexpr std::size_t longAttribute = 24;
+    std::size_t items = 1 + name.size() / longName;
+    m_names.clear();
+    for (; *attributes != nullptr; attributes += 2) {
+        m_names.emplace_back(*attributes);
+        items += 1 + m_names.back().size() / longAttribute;
+    }
+    countItems(qint64(items));
+    if (m_scopes.size() >= std::size_t(m_limits.depth)
+        || m_names.size() > std::size_t(m_limits.attributes)) {
+        stop(LoadError::TooLarge);
+    }
+}
+
+void XmlEvents::readCompatibility(std::string_view name, const char *value, XmlEvent *event)
+{
+    if (!beginsWith(name, compatibility)) {
         return;
     }
-    const QByteArray name = attribute + std::strlen(compatibility);
-    if (name == "Ignorable") {
+    const std::string_view local = localName(name);
+    if (local == "Ignorable") {
         event->needsExtension |=
-            !eachWord(value, [this](const QByteArray &prefix) { return ignore(prefix); });
-    } else if (name == "MustUnderstand") {
-        event->needsExtension |= !eachWord(value, [this](const QByteArray &prefix) {
-            const XmlSpace space = spaceOf(uriOf(prefix) + separator);
+            !eachWord(value, [this](std::string_view prefix) { return ignore(prefix); });
+    } else if (local == "MustUnderstand") {
+        event->needsExtension |= !eachWord(value, [this](std::string_view prefix) {
+            const XmlSpace space = spaceOf(uriOf(prefix));
             return space == XmlSpace::Main || space == XmlSpace::Relationships
                 || space == XmlSpace::Compatibility;
         });
-    } else if (name == "ProcessContent") {
-        m_scopes.last().unwraps = true;
+    } else if (local == "ProcessContent") {
+        m_scopes.back().unwraps = true;
     }
 }
 
 // What is known here can never be ignored.
-bool XmlEvents::ignore(const QByteArray &prefix)
+bool XmlEvents::ignore(std::string_view prefix)
 {
-    const QByteArray uri = uriOf(prefix);
-    if (!uri.isEmpty() && spaceOf(uri + separator) == XmlSpace::Other) {
-        m_ignorable.append(uri);
+    const std::string uri = uriOf(prefix);
+    if (spaceOf(uri) == XmlSpace::Other) {
+        m_ignorable.push_back(uri);
     }
-    if (m_ignorable.size() > m_limits.namespaces) {
+    if (m_ignorable.size() > std::size_t(m_limits.namespaces)) {
         stop(LoadError::TooLarge);
     }
-    return !uri.isEmpty() && !m_ahead;
+    return !uri.empty() && !m_ahead;
 }
 
 XmlEvent::Requirement XmlEvents::requirementOf(const char *prefixes)
 {
     bool isMet = true;
     bool isEmpty = true;
-    const bool isDeclared = eachWord(prefixes, [&](const QByteArray &prefix) {
-        const QByteArray uri = uriOf(prefix);
-        const XmlSpace space = spaceOf(uri + separator);
+    const bool isDeclared = eachWord(prefixes, [&](std::string_view prefix) {
+        const std::string uri = uriOf(prefix);
+        const XmlSpace space = spaceOf(uri);
         isEmpty = false;
         isMet = isMet && (space == XmlSpace::Main || space == XmlSpace::Relationships);
-        return !uri.isEmpty() && !m_ahead;
+        return !uri.empty() && !m_ahead;
     });
     return isEmpty || !isDeclared ? XmlEvent::Broken : isMet ? XmlEvent::Met : XmlEvent::Unmet;
 }
 
-// The namespace of \p prefix where the reading is; empty for one that is not declared.
-QByteArray XmlEvents::uriOf(const QByteArray &prefix)
+// The namespace of \p prefix where the reading is, with the separator behind it; empty for one
+// that is not declared.
+std::string XmlEvents::uriOf(std::string_view prefix)
 {
-    countItems(1 + m_bindings.size());
-    for (int i = m_bindings.size() - 1; i >= 0; --i) {
-        if (m_bindings.at(i).prefix == prefix) {
-            return m_bindings.at(i).uri;
+    countItems(1 + qint64(m_bindings.size()));
+    for (auto binding = m_bindings.rbegin(); binding != m_bindings.rend(); ++binding) {
+        if (prefix == m_declared.c_str() + binding->prefix) {
+            return std::string(m_declared.c_str() + binding->uri) + separator;
         }
     }
     return {};
@@ -352,10 +369,9 @@ void XmlEvents::endElement()
     if (m_ahead) {
         return;
     }
-    --m_depth;
-    m_ignorable.resize(m_scopes.last().ignorable);
-    m_scopes.removeLast();
-    m_events.push_back(XmlEvent());
+    m_ignorable.resize(m_scopes.back().ignorable);
+    m_scopes.pop_back();
+    m_events.emplace_back();
 }
 
 void XmlEvents::addText(const char *data, int size)
@@ -370,6 +386,6 @@ void XmlEvents::addText(const char *data, int size)
         event.string = int(m_bytes.size());
         m_events.push_back(event);
     }
-    m_bytes.insert(m_bytes.end(), data, data + size);
+    m_bytes.append(data, std::size_t(size));
     m_events.back().size += size;
 }

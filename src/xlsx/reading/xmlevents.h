@@ -2,6 +2,8 @@
 #pragma once
 
 #include <memory>
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include <QByteArray>
@@ -89,8 +91,8 @@ public:
     const char *string(int position) const { return m_bytes.data() + position; }
 
     const LoadError &error() const { return m_error; }
-    /// The namespace of the first element; null before it.
-    QByteArray mainNamespace() const { return m_main.chopped(m_main.isEmpty() ? 0 : 1); }
+    /// The namespace of the first element with a line feed behind it; empty before it.
+    const std::string &mainNamespace() const { return m_main; }
     /// Whether what stands in the part before error() is no XML.
     bool isMalformed() const { return m_isMalformed; }
 
@@ -99,14 +101,14 @@ private:
     struct FreeParser {
         void operator()(XML_ParserStruct *parser) const;
     };
+    // Positions in m_declared.
     struct Binding {
-        QByteArray prefix;
-        QByteArray uri;
+        std::size_t prefix;
+        std::size_t uri;
     };
-    // An element that carries markup for compatibility, which counts up to its end.
+    // An open element.
     struct Scope {
-        int depth;
-        int ignorable;
+        std::size_t ignorable; // what may be ignored outside of it
         bool unwraps;
     };
     void startParser(const char *encoding);
@@ -115,15 +117,16 @@ private:
     void stop(const LoadError &error);
     void countItems(qint64 items);
 
-    void startElement(const char *name, const char **attributes);
+    void startElement(std::string_view name, const char **attributes);
+    void countElement(std::string_view name, const char **attributes);
     void endElement();
     void addText(const char *data, int size);
-    int keep(const char *text);
-    XmlSpace spaceOf(const char *name) const;
-    void readCompatibility(const char *attribute, const char *value, XmlEvent *event);
-    bool ignore(const QByteArray &prefix);
+    int keep(std::string_view text);
+    XmlSpace spaceOf(std::string_view name) const;
+    void readCompatibility(std::string_view name, const char *value, XmlEvent *event);
+    bool ignore(std::string_view prefix);
     XmlEvent::Requirement requirementOf(const char *prefixes);
-    QByteArray uriOf(const QByteArray &prefix);
+    std::string uriOf(std::string_view prefix);
 
     const WorkbookLimits &m_limits;
     XmlCount *m_count;
@@ -136,15 +139,16 @@ private:
     bool m_ended = false;
     bool m_isMalformed = false;
 
-    QByteArray m_main; // with the separator behind it
-    int m_depth = 0;
-    QVector<Binding> m_bindings;
-    QVector<QByteArray> m_ignorable;
-    QVector<Scope> m_scopes;
+    std::string m_main; // with the separator behind it
+    std::vector<Binding> m_bindings;
+    std::string m_declared;
+    std::vector<std::string> m_ignorable; // the same
+    std::vector<Scope> m_scopes;
+    std::vector<std::string_view> m_names; // of the attributes of one element
 
     std::vector<XmlEvent> m_events;
     std::vector<XmlAttribute> m_attributes;
-    std::vector<char> m_bytes;
+    std::string m_bytes;
     std::size_t m_at = 0;
     LoadError m_ahead; // found behind the events
     LoadError m_error;

@@ -216,5 +216,5 @@ QByteArray ZipDirectory::rewritten() const
     put<quint16>(&end, 10, quint64(m_entries.size()));
     put<quint32>(&end, 12, quint64(list.size()));
     put<quint32>(&end, 16, quint64(m_offset));
-    return list + QByteArray(2 * longestComment, '\0') + end;
+    return list + QByteArray(longestComment + 1024, '\0') + end;
 }
