@@ -29,8 +29,8 @@ struct WorkbookLimits {
     /// some 40.
     int namespaces = 256;
     /// Tags, attributes, pieces of text and the like in all parts that are read, each of which
-    /// takes time, and long names more: the cells that fit into memory have 18 million, indented
-    /// and with a formula each.
+    /// takes time, and long tags and names more: the cells that fit into memory have 18 million,
+    /// indented and with a formula each.
     int xmlItems = 24000000;
     /// Bytes that the XML parser may take, which keeps each name that it meets once.
     qint64 parserMemory = 64 * mebibyte;

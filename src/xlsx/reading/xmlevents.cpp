@@ -77,7 +77,7 @@ struct XmlEvents::Handlers {
     // Whatever has no function of its own, such as comments.
     static void other(void *self, const char * /*data*/, int /*size*/)
     {
-        events(self)->countItems(1);
+        events(self)->countItems(1 + events(self)->bytesAsItems());
     }
 
     static void beginNamespace(void *self, const char *prefix, const char *uri)
@@ -225,6 +225,14 @@ void XmlEvents::countItems(qint64 items)
     }
 }
 
+// What is long in the tag or comment at which the parser is, which may read it byte by byte.
+qint64 XmlEvents::bytesAsItems() const
+{
+    constexpr int usual = 32; // a cell with a reference, a format and a type
+    constexpr int bytesOfItem = 8;
+    return qMax(0, XML_GetCurrentByteCount(m_parser.get()) - usual) / bytesOfItem;
+}
+
 int XmlEvents::keep(std::string_view text)
 {
     const std::size_t position = m_bytes.size();
@@ -232,7 +240,7 @@ int XmlEvents::keep(std::string_view text)
     return int(position);
 }
 
-XmlSpace XmlEvents::spaceOf(std::string_view name) const
+XmlSpace XmlEvents::spaceOf(std::string_view name)
 {
     const std::size_t end = name.find(separator);
     if (end == std::string_view::npos) {
@@ -246,6 +254,8 @@ XmlSpace XmlEvents::spaceOf(std::string_view name) const
             return known.space;
         }
     }
+    constexpr std::size_t comparisons = 8; // that take the time of an item
+    countItems(qint64(m_ignorable.size() / comparisons));
     const bool isIgnorable = std::any_of(
         m_ignorable.begin(), m_ignorable.end(),
         [uri = name.substr(0, end + 1)](const std::string &ignorable) { return ignorable == uri; });
@@ -296,7 +306,7 @@ void XmlEvents::countElement(std::string_view name, const char **attributes)
         m_names.emplace_back(*attributes);
         items += 1 + m_names.back().size() / longAttribute;
     }
-    countItems(qint64(items));
+    countItems(qint64(items) + bytesAsItems());
     if (m_scopes.size() >= std::size_t(m_limits.depth)
         || m_names.size() > std::size_t(m_limits.attributes)) {
         stop(LoadError::TooLarge);
@@ -365,7 +375,7 @@ std::string XmlEvents::uriOf(std::string_view prefix)
 
 void XmlEvents::endElement()
 {
-    countItems(1);
+    countItems(1 + bytesAsItems());
     if (m_ahead) {
         return;
     }

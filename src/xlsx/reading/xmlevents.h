@@ -116,13 +116,14 @@ private:
     bool parse(int size);
     void stop(const LoadError &error);
     void countItems(qint64 items);
+    qint64 bytesAsItems() const;
 
     void startElement(std::string_view name, const char **attributes);
     void countElement(std::string_view name, const char **attributes);
     void endElement();
     void addText(const char *data, int size);
     int keep(std::string_view text);
-    XmlSpace spaceOf(std::string_view name) const;
+    XmlSpace spaceOf(std::string_view name);
     void readCompatibility(std::string_view name, const char *value, XmlEvent *event);
     bool ignore(std::string_view prefix);
     XmlEvent::Requirement requirementOf(const char *prefixes);

@@ -433,18 +433,43 @@ private Q_SLOTS:
         QCOMPARE(loadWorkbook(path(), 1, limits).error.reason, LoadError::None);
     }
 
-    // An element counts twice, with each attribute, name space and piece of text once more. The
-    // declaration in front of a part counts once. The attribute of the sheet that has a namespace
-    // counts once more per 24 of its 70 bytes.
+    // An element counts twice, with each attribute, name space, piece of text and comment once
+    // more. What a tag or comment has beyond 32 bytes counts by eight of them, and the name of an
+    // attribute with its namespace by 24.
+    void eachItemOfXmlCounts_data()
+    {
+        QTest::addColumn<QByteArray>("xml");
+        QTest::addColumn<int>("items");
+        QTest::newRow("element") << QByteArray("<x/>") << 2;
+        QTest::newRow("element with a text") << QByteArray("<x>1</x>") << 3;
+        QTest::newRow("two pieces of text") << QByteArray("<x>1&lt;</x>") << 4;
+        QTest::newRow("attributes") << QByteArray("<x a='' b=''/>") << 4;
+        QTest::newRow("namespace") << QByteArray("<x xmlns='u'/>") << 3;
+        QTest::newRow("comment") << QByteArray("<!-- 1 -->") << 1;
+        QTest::newRow("usual tag") << "<x a='" + QByteArray(24, '1') + "'/>" << 3;
+        QTest::newRow("long tag") << "<x a='" + QByteArray(23 + 80, '1') + "'/>" << 3 + 10;
+        QTest::newRow("long end of a tag") << "<x></x" + QByteArray(28 + 80, ' ') + ">" << 2 + 10;
+        QTest::newRow("long comment") << "<!--" + QByteArray(25 + 80, '1') + "-->" << 1 + 10;
+        // The name is put together of one or of 47 bytes, a line feed and one more.
+        QTest::newRow("attribute with a namespace") << QByteArray("<x xmlns:u='u' u:a=''/>") << 4;
+        const QByteArray uri(46, 'u');
+        QTest::newRow("attribute with a long namespace")
+            << "<x xmlns:u='" + uri + "' u:a=''/>" << 4 + 2 + (12 + 46 + 10 - 32) / 8;
+    }
+
     void eachItemOfXmlCounts()
     {
+        QFETCH(const QByteArray, xml);
+        QFETCH(const int, items);
         HandmadeWorkbook workbook;
+        const auto put = [&workbook](const QByteArray &beside) {
+            workbook.more = {
+                {workbook.sheetPart, workbook.part("worksheet", "<sheetData/>" + beside)}};
+        };
+        put({});
         const int before = neededItems(workbook);
-        // The two lists of relationships, the workbook and the sheet.
-        QCOMPARE(before, 2 * (1 + 3 + 5) + (1 + 4 + 2 + 5) + 70 / 24 + (1 + 4 + 2));
-        workbook.rows =
-            R"(<row r="1"><c><v>1</v></c><extLst><x xmlns="urn:x"/></extLst></row><!--x-->)";
-        QCOMPARE(neededItems(workbook) - before, 2 * 5 + 1 + 1 + 1 + 1);
+        put(xml);
+        QCOMPARE(neededItems(workbook) - before, items);
     }
 
 private:
