@@ -722,9 +722,9 @@ private Q_SLOTS:
         workbook.styles = QByteArray();
         workbook.relationships = workbook.relationship("format", "styles", "styles.xml");
         compareDamage(load(workbook), "worksheet", "there is no such format", "B2");
-        for (const char *const cells :
-             {R"(<c r="B2" s="0"><v>5</v></c><c r="C2" s="7"/>)",
-              R"(<c r="B2"><v>5</v></c><c r="C2" s="1" t="e"><v>#</v></c>)"}) {
+        const QByteArray value = R"(<c r="B2" s="0"><v>5</v></c>)";
+        for (const QByteArray &cells :
+             {value + R"(<c r="C2" s="7"/>)", value + R"(<c r="C2" s="1" t="e"><v>#</v></c>)"}) {
             workbook.rows = R"(<row r="2"><c r="A2" t="s" s="1"><v>0</v></c>)" + cells + "</row>";
             compareOnePatient(load(workbook));
         }
