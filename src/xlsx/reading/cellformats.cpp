@@ -53,7 +53,7 @@ void CellFormats::read(XmlCursor *xml)
 
 void CellFormats::readNumberFormats(XmlCursor *xml)
 {
-    xml->allowAnyAttributes({});
+    xml->allowAnyAttributes();
     while (xml->nextChild()) {
         if (!xml->is("numFmt")) {
             xml->failElement();
@@ -92,7 +92,7 @@ void CellFormats::addNumberFormat(XmlCursor *xml)
 
 void CellFormats::readCellFormats(XmlCursor *xml)
 {
-    xml->allowAnyAttributes({});
+    xml->allowAnyAttributes();
     while (xml->nextChildOrMarkup()) {
         if (xml->isMarkup() && xml->is("AlternateContent")) {
             readAlternatives(xml);
@@ -126,14 +126,14 @@ void CellFormats::readAlternatives(XmlCursor *xml)
     bool hasChoice = false;
     bool hasFallback = false;
     xml->allowAttributes({}, {});
-    while (xml->nextChild(XmlSpace::Compatibility)) {
+    while (xml->nextMarkup()) {
         const bool isChoice = xml->is("Choice");
         const bool isFallback = xml->is("Fallback");
         xml->allowAttributes({isChoice ? "Requires" : ""}, {});
         if (hasFallback || (!isChoice && !(isFallback && hasChoice))
-            || (isChoice && xml->requirement() == XmlEvent::Broken)) {
+            || (isChoice && xml->requirement() == XmlCursor::Broken)) {
             xml->failElement();
-        } else if (isTaken || (isChoice && xml->requirement() == XmlEvent::Unmet)) {
+        } else if (isTaken || (isChoice && xml->requirement() == XmlCursor::Unmet)) {
             xml->skip();
         } else {
             isTaken = true;

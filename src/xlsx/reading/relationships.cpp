@@ -106,7 +106,8 @@ QVector<QByteArray> Relationships::parts(Kind kind) const
 void Relationships::read(XmlCursor *xml)
 {
     int count = 0;
-    xml->enterPlace("Relationships", XmlCursor::PackageRelationships);
+    xml->enter("Relationships", XmlCursor::PackageRelationships);
+    xml->allowAnyAttributes();
     while (xml->nextChild()) {
         if (!xml->is("Relationship")) {
             xml->failElement();

@@ -11,7 +11,7 @@ void readOnlyText(XmlCursor *xml, bool *met, QByteArray *text)
         xml->fail(QT_TRANSLATE_NOOP("MainWindow", "there are two contents"));
     }
     *met = true;
-    xml->allowAnyAttributes({});
+    xml->allowAnyAttributes();
     xml->readText(text);
 }
 

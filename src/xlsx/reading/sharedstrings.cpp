@@ -8,7 +8,8 @@ void SharedStrings::read(XmlCursor *xml)
 {
     QByteArray utf8;
     utf8.reserve(256); // which stays
-    xml->enterPlace("sst");
+    xml->enter("sst");
+    xml->allowAnyAttributes();
     while (xml->nextChild()) {
         if (xml->is("extLst")) {
             xml->skip();

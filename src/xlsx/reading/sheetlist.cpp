@@ -36,7 +36,7 @@ void SheetList::readProperties(XmlCursor *xml)
 
 void SheetList::readSheets(XmlCursor *xml)
 {
-    xml->allowAnyAttributes({});
+    xml->allowAnyAttributes();
     while (xml->nextChild()) {
         if (!xml->is("sheet")) {
             xml->failElement();

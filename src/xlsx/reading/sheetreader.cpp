@@ -107,7 +107,7 @@ void SheetReader::read(XmlCursor *xml)
 
 void SheetReader::readRows()
 {
-    m_xml->allowAnyAttributes({});
+    m_xml->allowAnyAttributes();
     while (m_xml->nextChild()) {
         if (m_xml->is("row")) {
             readRow();
@@ -183,16 +183,17 @@ void SheetReader::readContents()
     bool hasInlineText = false;
     m_value.resize(0);
     m_inlineText.resize(0);
+    m_formula.resize(0);
     while (m_xml->nextChild()) {
         if (m_xml->is("v")) {
             takeContent(&hasValue);
-            m_xml->allowAnyAttributes({});
+            m_xml->allowAnyAttributes();
             m_xml->readText(&m_value);
         } else if (m_xml->is("is") && m_type == Type::InlineString) {
             takeContent(&hasInlineText);
             readRichText(m_xml, &m_inlineText);
         } else if (m_xml->is("f")) {
-            m_xml->skipText();
+            m_xml->readText(&m_formula);
         } else if (m_xml->is("extLst")) {
             m_xml->skip();
         } else {

@@ -94,6 +94,7 @@ private:
     int m_format = 0;
     QByteArray m_value;
     QByteArray m_inlineText;
+    QByteArray m_formula; // which nobody needs
 
     // The last cell in reading order that holds something; all cells after it are still empty.
     int m_lastRow = 0;

@@ -304,7 +304,7 @@ private Q_SLOTS:
         QCOMPARE(loaded.document->read(2, 3).toDouble(), 6.0);
     }
 
-    void textIsCleanUnicode_data()
+    void textKeepsWhatXmlCanHold_data()
     {
         struct Row {
             const char *name;
@@ -358,7 +358,7 @@ private Q_SLOTS:
         }
     }
 
-    void textIsCleanUnicode()
+    void textKeepsWhatXmlCanHold()
     {
         QFETCH(const QByteArray, xml);
         QFETCH(const QString, expected);
@@ -664,6 +664,9 @@ private Q_SLOTS:
         replaced("sheet without data", sheet, usual.part("worksheet", ""));
         replaced("sheet in an unknown namespace", sheet,
                  R"(<worksheet xmlns="urn:x"><sheetData/></worksheet>)");
+        replaced("sheet in no namespace around data in the right one", sheet,
+                 "<worksheet><sheetData xmlns=\"http://schemas.openxmlformats.org/spreadsheetml/"
+                 "2006/main\"/></worksheet>");
         replaced("empty sheet part", sheet, "");
         replaced("sheet with something behind it", sheet,
                  usual.part("worksheet", "<sheetData/>") + "x");
