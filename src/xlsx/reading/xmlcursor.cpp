@@ -6,7 +6,6 @@
 #include <cstring>
 
 #include <expat.h>
-#include <QRegularExpression>
 
 #include "xlsx/reading/parsermemory.h"
 
@@ -182,12 +181,10 @@ void XmlCursor::parsePiece()
 // Some writers leave out the hyphen, and the parser does not know that name.
 void XmlCursor::chooseEncoding(int size)
 {
-    static const QRegularExpression utf8(
-        QStringLiteral(R"(^(ï»¿)?<\?xml[^>]*\sencoding\s*=\s*["']utf8["'])"),
-        QRegularExpression::CaseInsensitiveOption);
-    constexpr int longestDeclaration = 200;
-    if (utf8.match(QString::fromLatin1(m_piece.data(), qMin(size, longestDeclaration)))
-            .hasMatch()) {
+    QByteArray declaration(m_piece.data(), size);
+    declaration = declaration.left(declaration.indexOf("?>")).toLower().replace('\'', '"');
+    if (declaration.contains("<?xml")
+        && declaration.simplified().replace(" ", "").contains("encoding=\"utf8\"")) {
         XML_SetEncoding(m_parser.get(), "UTF-8");
     }
 }
@@ -256,19 +253,19 @@ void XmlCursor::startElement(std::string_view name, const char **attributes)
     }
     event.type = Type::Start;
     event.string = keep(localName(name));
-    event.firstAttribute = m_attributes.size();
+    event.firstAttribute = int(m_attributes.size());
     for (std::size_t i = 0; i < m_names.size(); ++i) {
         const char *const value = attributes[2 * i + 1];
         const Space space = spaceOf(m_names[i]);
         if (space != Space::Xml && space != Space::Ignorable) {
-            const std::size_t local = keep(localName(m_names[i]));
+            const int local = keep(localName(m_names[i]));
             m_attributes.push_back({space, local, keep(value)});
         }
         if (event.space == Space::Compatibility && m_names[i] == "Requires") {
             event.requirement = requirementOf(value);
         }
     }
-    event.attributes = m_attributes.size() - event.firstAttribute;
+    event.attributes = int(m_attributes.size()) - event.firstAttribute;
     checkReserved(event.space, localName(name));
     if (!m_ahead) {
         m_events.push_back(event);
@@ -339,17 +336,17 @@ void XmlCursor::addText(const char *data, int size)
     if (m_events.empty() || m_events.back().type != Type::Text) {
         m_events.emplace_back();
         m_events.back().type = Type::Text;
-        m_events.back().string = m_bytes.size();
+        m_events.back().string = int(m_bytes.size());
     }
     m_bytes.append(data, std::size_t(size));
     m_events.back().size += size;
 }
 
-std::size_t XmlCursor::keep(std::string_view text)
+int XmlCursor::keep(std::string_view text)
 {
     const std::size_t position = m_bytes.size();
     m_bytes.append(text).push_back('\0');
-    return position;
+    return int(position);
 }
 
 XmlCursor::Space XmlCursor::spaceOf(std::string_view name)
@@ -499,8 +496,8 @@ bool XmlCursor::is(const char *name) const
 
 const char *XmlCursor::attribute(Space space, const char *name) const
 {
-    for (std::size_t i = 0; i < event().attributes; ++i) {
-        const Attribute &attribute = m_attributes[event().firstAttribute + i];
+    for (int i = 0; i < event().attributes; ++i) {
+        const Attribute &attribute = attributeAt(i);
         if (attribute.space == space && std::strcmp(string(attribute.name), name) == 0) {
             return string(attribute.value);
         }
@@ -514,8 +511,8 @@ void XmlCursor::checkPlace()
     if (event().unwraps) {
         fail(unknownExtension);
     }
-    for (std::size_t i = 0; i < event().attributes; ++i) {
-        if (m_attributes[event().firstAttribute + i].space == Space::Main) {
+    for (int i = 0; i < event().attributes; ++i) {
+        if (attributeAt(i).space == Space::Main) {
             fail(unknownAttribute);
         }
     }
@@ -525,9 +522,9 @@ void XmlCursor::checkAttributes(Names read, const Names *others, const char *rel
 {
     bool hasRelationship = false;
     checkPlace();
-    for (std::size_t i = 0; i < event().attributes; ++i) {
-        const Space space = m_attributes[event().firstAttribute + i].space;
-        const std::string_view name = string(m_attributes[event().firstAttribute + i].name);
+    for (int i = 0; i < event().attributes; ++i) {
+        const Space space = attributeAt(i).space;
+        const std::string_view name = string(attributeAt(i).name);
         const bool isRead = contains(read, name);
         bool isAllowed = !isRead && name != relationship;
         if (space == Space::None) {

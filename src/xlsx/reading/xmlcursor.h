@@ -46,7 +46,7 @@ public:
     enum Vocabulary { Spreadsheet, PackageRelationships };
     /// What a choice asks for: nothing but the part's own namespace and that of relationships,
     /// something else too, or nothing that could be looked up.
-    enum Requirement { Broken, Met, Unmet };
+    enum Requirement : quint8 { Broken, Met, Unmet };
 
     /// Before the part \p part of \p package, which has at most \p largest bytes.
     XmlCursor(ZipPackage *package, const QByteArray &part, qint64 largest, XmlCount *count);
@@ -124,23 +124,23 @@ private:
     struct FreeParser {
         void operator()(XML_ParserStruct *parser) const;
     };
-    enum class Space { None, Main, Relationships, Compatibility, Xml, Ignorable, Other };
-    enum class Type { Start, End, Text };
+    enum class Space : quint8 { None, Main, Relationships, Compatibility, Xml, Ignorable, Other };
+    enum class Type : quint8 { Start, End, Text };
 
     struct Event {
         Type type = Type::End;
         Space space = Space::None;
         bool unwraps = false; // what may be ignored is to be replaced by what it holds
         Requirement requirement = Broken;
-        std::size_t string = 0; // in m_bytes: the local name or the text, of that size
+        int string = 0; // in m_bytes: the local name or the text, of that size
         int size = 0;
-        std::size_t firstAttribute = 0;
-        std::size_t attributes = 0;
+        int firstAttribute = 0;
+        int attributes = 0;
     };
     struct Attribute {
         Space space;
-        std::size_t name; // in m_bytes, as is the value
-        std::size_t value;
+        int name; // in m_bytes, as is the value
+        int value;
     };
     // Positions in m_declared.
     struct Binding {
@@ -166,7 +166,7 @@ private:
     void checkReserved(Space space, std::string_view name);
     void endElement();
     void addText(const char *data, int size);
-    std::size_t keep(std::string_view text);
+    int keep(std::string_view text);
     Space spaceOf(std::string_view name);
     bool ignore(std::string_view prefix);
     Requirement requirementOf(const char *prefixes);
@@ -174,7 +174,11 @@ private:
 
     // What was reported is gone through.
     const Event &event() const { return m_events[m_at]; }
-    const char *string(std::size_t position) const { return m_bytes.data() + position; }
+    const char *string(int position) const { return m_bytes.data() + position; }
+    const Attribute &attributeAt(int index) const
+    {
+        return m_attributes[std::size_t(event().firstAttribute + index)];
+    }
     bool next();
     bool nextOf(Space space, Space other, QByteArray *text);
     void takeText(QByteArray *text);
