@@ -104,6 +104,7 @@ void CellFormats::readCellFormats(XmlCursor *xml)
     }
 }
 
+// Whatever else a format holds says nothing of dates, but a format in it could be its neighbour.
 void CellFormats::readCellFormat(XmlCursor *xml)
 {
     xml->allowAnyAttributes({"numFmtId"});
@@ -116,7 +117,13 @@ void CellFormats::readCellFormat(XmlCursor *xml)
         xml->fail(LoadError::TooLarge);
     }
     m_formats.append(number);
-    xml->skip();
+    while (xml->nextSection()) {
+        if (xml->is("xf")) {
+            xml->failElement();
+        } else {
+            xml->skip();
+        }
+    }
 }
 
 // The first choice that asks for nothing unknown counts, or else the fallback, which comes last.

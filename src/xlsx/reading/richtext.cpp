@@ -7,10 +7,7 @@ namespace
 // Two texts where one belongs would read as another number when joined.
 void readOnlyText(XmlCursor *xml, bool *met, QByteArray *text)
 {
-    if (*met) {
-        xml->fail(QT_TRANSLATE_NOOP("MainWindow", "there are two contents"));
-    }
-    *met = true;
+    xml->once(met, QT_TRANSLATE_NOOP("MainWindow", "there are two contents"));
     xml->allowAnyAttributes();
     xml->readText(text);
 }

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "xlsx/reading/sheetreader.h"
 
+#include <algorithm>
 #include <array>
 #include <cstring>
 #include <optional>
 
 #include <QDateTime>
+#include <QRegularExpression>
 #include <xlsxcellreference.h>
 #include <xlsxworkbook.h>
 
@@ -16,63 +18,23 @@
 namespace
 {
 
-struct TypeName {
-    const char *name;
-    SheetReader::Type type;
-};
-
-constexpr std::array<TypeName, 7> typeNames = {{
-    {"n", SheetReader::Type::Number},
-    {"b", SheetReader::Type::Boolean},
-    {"e", SheetReader::Type::Error},
-    {"s", SheetReader::Type::SharedString},
-    {"str", SheetReader::Type::FormulaString},
-    {"inlineStr", SheetReader::Type::InlineString},
-    {"d", SheetReader::Type::Date},
-}};
-
 // Days from 1900 on through the year 9999, the last one that has a date, and how many less there
 // are from 1904 on.
 constexpr double firstDayWithoutDate = 2'958'466.0;
 constexpr double daysBefore1904 = 1462.0;
 
+constexpr const char *twoContents = QT_TRANSLATE_NOOP("MainWindow", "there are two contents");
 constexpr const char *wrongReference =
     QT_TRANSLATE_NOOP("MainWindow", "the number of a row or the address of a cell is wrong");
 
 // What spreadsheets show for a number under a format of dates that is no date.
-QString noDate()
-{
-    return QStringLiteral("########");
-}
+const QString noDate = QStringLiteral("########");
 
 bool toIndex(const QByteArray &text, int *index)
 {
     bool known = false;
     *index = text.trimmed().toInt(&known);
     return known && *index >= 0;
-}
-
-// The column and the row that a reference such as "C17" names, each from 1 on; 0 for one that is
-// missing. Numbers beyond all sheets are cut.
-struct Reference {
-    int row = 0;
-    int column = 0;
-    bool complete = false;
-};
-
-Reference parseReference(const char *text)
-{
-    constexpr int letters = 26;
-    constexpr int bound = 10'000'000;
-    Reference reference;
-    for (; (*text | 0x20) >= 'a' && (*text | 0x20) <= 'z'; ++text) {
-        reference.column = qMin(bound, reference.column * letters + ((*text | 0x20) - 'a' + 1));
-    }
-    for (; *text >= '0' && *text <= '9'; ++text) {
-        reference.row = qMin(bound, reference.row * 10 + (*text - '0'));
-    }
-    reference.complete = *text == '\0' && reference.row > 0 && reference.column > 0;
-    return reference;
 }
 
 } // namespace
@@ -186,11 +148,12 @@ void SheetReader::readContents()
     m_formula.resize(0);
     while (m_xml->nextChild()) {
         if (m_xml->is("v")) {
-            takeContent(&hasValue);
+            m_xml->once(&hasValue, twoContents);
             m_xml->allowAnyAttributes();
             m_xml->readText(&m_value);
-        } else if (m_xml->is("is") && m_type == Type::InlineString) {
-            takeContent(&hasInlineText);
+            checkLength();
+        } else if (m_xml->is("is") && m_isInline) {
+            m_xml->once(&hasInlineText, twoContents);
             readRichText(m_xml, &m_inlineText);
         } else if (m_xml->is("f")) {
             m_xml->readText(&m_formula);
@@ -200,84 +163,79 @@ void SheetReader::readContents()
             m_xml->failElement();
         }
     }
-    if (!m_xml->hasFailed()) {
-        store(hasInlineText ? m_inlineText : m_value);
+    const QByteArray &text = hasInlineText ? m_inlineText : m_value;
+    if (!m_xml->hasFailed() && !text.isEmpty()) {
+        (this->*m_store)(text);
     }
 }
 
-void SheetReader::takeContent(bool *met)
+// Of texts the end may be missing, which are cut then; what is left of anything else could be
+// wrong.
+void SheetReader::checkLength()
 {
-    if (*met) {
-        m_xml->fail(QT_TRANSLATE_NOOP("MainWindow", "there are two contents"));
+    const bool isText = m_store == &SheetReader::storeString || m_store == &SheetReader::storeError;
+    if (m_value.size() < XmlCursor::longestText || isText) {
+        return;
     }
-    *met = true;
+    if (m_value.trimmed().isEmpty()) {
+        m_xml->fail(LoadError::TooLarge);
+    } else {
+        m_xml->fail(QT_TRANSLATE_NOOP("MainWindow", "this is not a number"));
+    }
 }
 
+// Goes to the place that \p reference names, such as "C17", or on by one without it. Numbers beyond
+// all sheets are cut.
 bool SheetReader::moveTo(const char *reference)
 {
+    constexpr int letters = 26;
+    constexpr int bound = 10'000'000;
     if (reference == nullptr) {
         ++m_column;
         return true;
     }
-    const Reference parsed = parseReference(reference);
-    m_column = parsed.column;
-    return parsed.complete && parsed.row == m_row;
+    int row = 0;
+    m_column = 0;
+    for (; (*reference | 0x20) >= 'a' && (*reference | 0x20) <= 'z'; ++reference) {
+        m_column = qMin(bound, m_column * letters + ((*reference | 0x20) - 'a' + 1));
+    }
+    for (; *reference >= '0' && *reference <= '9'; ++reference) {
+        row = qMin(bound, row * 10 + (*reference - '0'));
+    }
+    return *reference == '\0' && m_column > 0 && row == m_row;
 }
 
 bool SheetReader::setType(const char *name)
 {
-    if (name == nullptr) {
-        m_type = Type::Number;
-        return true;
-    }
-    for (const TypeName &known : typeNames) {
-        if (std::strcmp(known.name, name) == 0) {
-            m_type = known.type;
-            return true;
-        }
-    }
-    return false;
-}
-
-void SheetReader::store(const QByteArray &text)
-{
-    if (text.isEmpty()) {
-        return;
-    }
-    switch (m_type) {
-    case Type::Number:
-        storeNumber(text);
-        break;
-    case Type::Boolean:
-        storeBoolean(text);
-        break;
-    case Type::Error:
-        storeError(CellText::decode(text));
-        break;
-    case Type::SharedString:
-        storeSharedString(text);
-        break;
-    case Type::Date:
-        storeIsoDate(text);
-        break;
-    case Type::FormulaString:
-    case Type::InlineString:
-        storeText(CellText::decode(text));
-        break;
-    }
+    struct Type {
+        const char *name;
+        Store store;
+    };
+    static constexpr std::array<Type, 7> types = {{{"n", &SheetReader::storeNumber},
+                                                   {"b", &SheetReader::storeBoolean},
+                                                   {"e", &SheetReader::storeError},
+                                                   {"s", &SheetReader::storeSharedString},
+                                                   {"d", &SheetReader::storeIsoDate},
+                                                   {"str", &SheetReader::storeString},
+                                                   {"inlineStr", &SheetReader::storeString}}};
+    const auto *const type = std::find_if(types.begin(), types.end(), [name](const Type &known) {
+        return std::strcmp(known.name, name == nullptr ? "n" : name) == 0;
+    });
+    m_isInline = type == types.end() - 1;
+    m_store = type == types.end() ? nullptr : type->store;
+    return m_store != nullptr;
 }
 
 // A cell that should hold a number and does not is an error. Passed over it would end the values of
 // its row or join its neighbours, and nobody would know.
 void SheetReader::storeNumber(const QByteArray &text)
 {
-    const bool isWhole = text.size() < XmlCursor::longestText;
-    if (isWhole && text.trimmed().isEmpty()) {
+    const NumberFormats::Kind kind = m_context.formats->kind(m_format);
+    double value = 0.0;
+    if (text.trimmed().isEmpty()) {
         return;
     }
-    double value = 0.0;
-    const NumberFormats::Kind kind = m_context.formats->kind(m_format);
-    if (!isWhole || !CellText::toNumber(text, &value)) {
+    if (!CellText::toNumber(text, &value)) {
         m_xml->fail(QT_TRANSLATE_NOOP("MainWindow", "this is not a number"));
     } else if (kind == NumberFormats::Kind::Missing) {
         m_xml->fail(QT_TRANSLATE_NOOP("MainWindow", "there is no such format"));
@@ -296,22 +254,28 @@ void SheetReader::storeDate(double days)
     if (days >= 0.0 && days < end) {
         write({QXlsx::Cell::NumberType, days, {}, true});
     } else {
-        storeText(noDate());
+        storeText(noDate);
     }
 }
 
+// The toolkit also takes for dates and times what only begins like them.
 void SheetReader::storeIsoDate(const QByteArray &text)
 {
-    const QString iso = QString::fromUtf8(text.trimmed());
+    static const QString day = QStringLiteral(R"(\d{4}-\d\d-\d\d)");
+    static const QString clock = QStringLiteral(R"(([01]\d|2[0-3]):\d\d(:\d\d(\.\d+)?)?)");
+    static const QRegularExpression shape(
+        QStringLiteral("^(%1(T%2(Z|[+-]\\d\\d:\\d\\d)?)?|%2)$").arg(day, clock));
+    constexpr double millisecondsOfDay = 86'400'000.0;
+    const QString iso = QString::fromLatin1(text.trimmed());
+    const bool isShaped = shape.match(iso).hasMatch();
     const QDateTime moment = QDateTime::fromString(iso, Qt::ISODateWithMs);
     const QTime time = QTime::fromString(iso, Qt::ISODateWithMs);
-    constexpr double millisecondsOfDay = 86'400'000.0;
-    if (moment.isValid()) {
+    if (isShaped && moment.isValid()) {
         storeDate(daysOf(moment.date()) + moment.time().msecsSinceStartOfDay() / millisecondsOfDay);
-    } else if (time.isValid()) {
+    } else if (isShaped && time.isValid()) {
         storeDate(time.msecsSinceStartOfDay() / millisecondsOfDay);
     } else {
-        storeText(noDate());
+        storeText(noDate);
     }
 }
 
@@ -340,8 +304,9 @@ void SheetReader::storeBoolean(const QByteArray &text)
 }
 
 // A number would count as a value, which the text of an error never does.
-void SheetReader::storeError(const QString &text)
+void SheetReader::storeError(const QByteArray &utf8)
 {
+    const QString text = CellText::decode(utf8);
     bool isNumber = false;
     text.toDouble(&isNumber);
     if (isNumber) {
@@ -359,6 +324,11 @@ void SheetReader::storeSharedString(const QByteArray &index)
     } else if (const QString &text = m_context.sharedStrings->at(number); !text.isEmpty()) {
         write({QXlsx::Cell::InlineStringType, 0.0, text, false});
     }
+}
+
+void SheetReader::storeString(const QByteArray &utf8)
+{
+    storeText(CellText::decode(utf8));
 }
 
 void SheetReader::storeText(const QString &text)

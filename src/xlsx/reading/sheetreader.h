@@ -43,23 +43,22 @@ struct SheetContext {
 class SheetReader
 {
 public:
-    /// The types of cells that a file names.
-    enum class Type { Number, Boolean, Error, SharedString, FormulaString, InlineString, Date };
-
     explicit SheetReader(const SheetContext &context);
 
     void read(XmlCursor *xml);
 
 private:
+    using Store = void (SheetReader::*)(const QByteArray &);
+
     void readRows();
     void readRow();
     void readRowNumber();
     void readCell();
     void readCellAttributes();
     void readContents();
+    void checkLength();
     bool moveTo(const char *reference);
     bool setType(const char *name);
-    void takeContent(bool *met);
 
     // What a cell holds: the text for texts, the number for the others.
     struct Content {
@@ -69,13 +68,13 @@ private:
         bool isDate;
     };
 
-    void store(const QByteArray &text);
     void storeNumber(const QByteArray &text);
     void storeDate(double days);
     void storeIsoDate(const QByteArray &text);
     double daysOf(const QDate &date) const;
     void storeBoolean(const QByteArray &text);
-    void storeError(const QString &text);
+    void storeError(const QByteArray &utf8);
+    void storeString(const QByteArray &utf8);
     void storeSharedString(const QByteArray &index);
     void storeText(const QString &text);
     void write(const Content &content);
@@ -90,7 +89,8 @@ private:
     // The cell that is being read.
     int m_row = 0;
     int m_column = 0;
-    Type m_type = Type::Number;
+    Store m_store = nullptr; // of its type
+    bool m_isInline = false;
     int m_format = 0;
     QByteArray m_value;
     QByteArray m_inlineText;

@@ -556,10 +556,10 @@ void XmlCursor::failIndex()
     fail(QT_TRANSLATE_NOOP("MainWindow", "an index is not a number"));
 }
 
-void XmlCursor::once(bool *met)
+void XmlCursor::once(bool *met, const char *words)
 {
     if (*met) {
-        failElement();
+        fail(words == nullptr ? wrongElement : words);
     }
     *met = true;
 }

@@ -60,8 +60,8 @@ public:
     /// Whether the part is something else: no XML, or with another first element.
     bool isOther() const { return m_isOther; }
 
-    /// In the first element: goes to its next child of the main namespace and passes over all
-    /// others.
+    /// In an element that may hold anything, such as the first one: goes to its next child of the
+    /// main namespace and passes over all others.
     bool nextSection();
     /// Goes to the next child, which is of the main namespace.
     bool nextChild() { return nextOf(Space::Main, Space::Main, nullptr); }
@@ -106,8 +106,9 @@ public:
     /// The element at which the cursor stands must not stand there.
     void failElement();
     void failIndex();
-    /// Fails when \p met, which is set, was set before.
-    void once(bool *met);
+    /// Fails when \p met, which is set, was set before: because of damage that \p words tell, or of
+    /// the element.
+    void once(bool *met, const char *words = nullptr);
     /// Names the cell in which the error is.
     void blame(const QString &cell) { m_error.cell = cell; }
     bool hasFailed() const { return m_error.reason != LoadError::None; }

@@ -8,6 +8,7 @@
 #include "xlsx/reading/workbookloader.h"
 
 Q_DECLARE_METATYPE(HandmadeWorkbook)
+Q_DECLARE_METATYPE(LoadError::Reason)
 
 namespace
 {
@@ -377,19 +378,57 @@ private Q_SLOTS:
 
     void longBlanksHideNoNumber_data()
     {
+        QTest::addColumn<QByteArray>("type");
         QTest::addColumn<QByteArray>("value");
+        QTest::addColumn<LoadError::Reason>("expected");
         const QByteArray blanks(262200, ' ');
-        QTest::newRow("before it") << blanks + "7";
-        QTest::newRow("inside of it") << "7" + blanks + "5";
-        QTest::newRow("alone") << blanks;
+        for (const char *const type : {"n", "s", "b", "d"}) {
+            QTest::addRow("%s after them", type)
+                << QByteArray(type) << blanks + "1" << LoadError::TooLarge;
+            QTest::addRow("%s around them", type)
+                << QByteArray(type) << "1" + blanks + "5" << LoadError::Damaged;
+        }
     }
 
     void longBlanksHideNoNumber()
     {
+        QFETCH(const QByteArray, type);
         QFETCH(const QByteArray, value);
-        const LoadedWorkbook loaded = load(patient("<c r=\"B2\"><v>" + value + "</v></c>"));
-        QCOMPARE(loaded.error.what, "this is not a number");
-        QCOMPARE(loaded.error.cell, "B2");
+        QFETCH(const LoadError::Reason, expected);
+        const LoadedWorkbook loaded =
+            load(patient("<c r=\"B2\" t=\"" + type + "\"><v>" + value + "</v></c>"));
+        QCOMPARE(loaded.error.reason, expected);
+    }
+
+    void momentThatIsNoneHasNoDate_data()
+    {
+        QTest::addColumn<QByteArray>("moment");
+        for (const char *const moment :
+             {"2021-03-04x", "2021-03-04T", "2021-03-04 10:30:00", "2021-03-04T10:30:005",
+              "10:30:5", "24:00:00", "2021-02-29",
+              "\xef\xbb\xbf"
+              "1900-01-15",
+              "PT14H"}) {
+            QTest::newRow(moment) << QByteArray(moment);
+        }
+    }
+
+    void momentThatIsNoneHasNoDate()
+    {
+        QFETCH(const QByteArray, moment);
+        HandmadeWorkbook workbook = patient({});
+        workbook.rows = "<row r=\"2\"><c r=\"A2\" t=\"d\"><v>" + moment + "</v></c></row>";
+        const LoadedWorkbook loaded = load(workbook);
+        QCOMPARE(loaded.error.reason, LoadError::None);
+        QCOMPARE(readPatientId(*loaded.document, 2), QString("########"));
+    }
+
+    void otherEncodingThanTheOneOfItsBytesIsRefused()
+    {
+        HandmadeWorkbook workbook = patient({});
+        QByteArray sheet = workbook.part("worksheet", "<sheetData/>").replace("UTF-8", "utf8");
+        workbook.more = {{workbook.sheetPart, "\xff\xfe" + encoded(sheet, "le")}};
+        QCOMPARE(load(workbook).error.what, "it is not well-formed XML");
     }
 
     void anyEncodingIsRead_data()
@@ -512,7 +551,8 @@ private:
                       R"(<numFmt numFmtId="164" formatCode="0"/></numFmts>)"
                       + custom));
         add("no formats", formatsOf(""));
-        add("format in a format", formatsOf(R"(<cellXfs><xf/><xf><cellXfs/></xf></cellXfs>)"));
+        add("formats in a format", formatsOf(R"(<cellXfs><xf/><xf><cellXfs/></xf></cellXfs>)"));
+        add("format in a format", formatsOf(R"(<cellXfs><xf/><xf><xf/></xf></cellXfs>)"));
     }
 
     static void addSheets()
