@@ -233,6 +233,12 @@ private Q_SLOTS:
         beside("elements full of attributes", (many + "/>").repeated(100), 1000 / shrink);
         beside("elements full of prefixed attributes", (prefixed + "/>").repeated(100),
                1000 / shrink);
+        const int megabytes = 500 / shrink;
+        beside("attributes of a megabyte", "<x a='" + QByteArray(1000000, 'x') + "'/>", megabytes);
+        beside("attributes of references", "<x a='" + QByteArray("&lt;").repeated(250000) + "'/>",
+               megabytes);
+        beside("attributes of line feeds", "<x a='" + QByteArray(1000000, '\n') + "'/>", megabytes);
+        beside("comments of a megabyte", "<!--" + QByteArray(1000000, 'x') + "-->", megabytes);
         beside("elements inside each other", QByteArray("<x>").repeated(200), 1);
         beside("attributes",
                "<x" + many.mid(2) + QByteArray(many.mid(2)).replace(" a", " b") + "/>", 1);
@@ -306,6 +312,47 @@ private Q_SLOTS:
         }
         QCOMPARE(zip_close(archive), 0);
         QCOMPARE(load().error.reason, LoadError::TooLarge);
+    }
+
+    // Lists that take long to compare with what they name, or to choose among.
+    void hostileArchiveIsBounded_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        const QByteArray extras = QByteArray(65535, '\0');
+        const QByteArray part =
+            "PK\3\4" + QByteArray(22, '\0') + le16(1) + le16(65535) + 'a' + extras;
+        const auto entries = [](int count, const QByteArray &extra) {
+            const QByteArray entry = "PK\1\2" + QByteArray(24, '\0') + le16(1) + le16(extra.size())
+                + QByteArray(14, '\0') + 'a' + extra;
+            return entry.repeated(count);
+        };
+        const auto end = [](int count, int size, int offset, int comment) {
+            return "PK\5\6" + QByteArray(4, '\0') + le16(count) + le16(count) + le16(size)
+                + le16(size / 65536) + le16(offset) + le16(offset / 65536) + le16(comment);
+        };
+        const auto archive = [&](const QByteArray &list, int count, const QByteArray &comment) {
+            return part + list + end(count, list.size(), part.size(), comment.size()) + comment;
+        };
+        QTest::newRow("entries of one part") << archive(entries(65000, {}), 65000, {});
+        QTest::newRow("as many as there may be") << archive(entries(22000, {}), 22000, {});
+        QTest::newRow("extra fields")
+            << archive(entries(15, QByteArray("\1\0\0\0", 4).repeated(16000)), 15, {});
+        const QByteArray list = entries(900, {});
+        const int inner = part.size() + list.size() + 22;
+        QTest::newRow("list in the comment")
+            << archive(list, 900, list + end(900, list.size(), inner, 0));
+        QTest::newRow("end records in the comment")
+            << archive(list, 900, QByteArray("PK\5\6").repeated(16000));
+    }
+
+    void hostileArchiveIsBounded()
+    {
+        QFETCH(const QByteArray, bytes);
+        QFile file(path());
+        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        QCOMPARE(file.write(bytes), qint64(bytes.size()));
+        file.close();
+        QVERIFY(load().error);
     }
 
     void hugeFileIsRefused()
@@ -473,6 +520,12 @@ private Q_SLOTS:
     }
 
 private:
+    static QByteArray le16(int value)
+    {
+        return QByteArray(1, static_cast<char>(value & 0xff))
+            + static_cast<char>((value >> 8) & 0xff);
+    }
+
     using Setter = std::function<void(WorkbookLimits *, qint64)>;
 
     static QByteArray numberFormats(int count)
