@@ -74,7 +74,7 @@ QByteArray part(const QString &path, const QByteArray &name)
     ZipPart part(&package, name, 1 << 24);
     QByteArray content;
     QByteArray piece(1 << 16, '\0');
-    while (const int size = part.read(piece.data(), piece.size())) {
+    while (const int size = part.read(piece.data(), int(piece.size()))) {
         content += piece.left(size);
     }
     return part.error() ? QByteArray(part.error().what) : content;

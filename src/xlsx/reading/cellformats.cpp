@@ -157,7 +157,7 @@ void CellFormats::readAlternatives(XmlCursor *xml)
 // Both branches count as one format.
 void CellFormats::readBranch(XmlCursor *xml)
 {
-    const int before = m_formats.size();
+    const int before = int(m_formats.size());
     while (xml->nextChild()) {
         if (xml->is("xf")) {
             readCellFormat(xml);
