@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <array>
-#include <random>
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -10,6 +9,7 @@
 #include <private/qzipreader_p.h>
 #include <sys/resource.h>
 
+#include "support/dice.h"
 #include "support/testworkbooks.h"
 #include "support/workingfolder.h"
 #include "workbooks/patientreader.h"
@@ -26,17 +26,6 @@ constexpr qint64 longestLoad = 5000; // ms
 constexpr long largestMemory = 512L * 1024; // KiB
 
 const QString dataFolder = "data/writers";
-
-// Draws the same on each machine, unlike the distributions of the standard library.
-class Dice
-{
-public:
-    explicit Dice(unsigned seed) : m_engine(seed) { }
-    int below(qint64 bound) { return bound > 0 ? int(m_engine() % quint64(bound)) : 0; }
-
-private:
-    std::mt19937 m_engine;
-};
 
 QByteArray contents(const QString &path)
 {
