@@ -161,14 +161,12 @@ void XmlCursor::parsePiece()
         m_ahead = m_part.error();
         return;
     }
-    if (m_isFirst) {
-        chooseEncoding(size);
-    }
+    const bool isEncodingClear = !m_isFirst || chooseEncoding(size);
     m_isFirst = false;
     m_pending += size;
     m_hasEnded = size == 0;
-    const bool isParsed =
-        XML_Parse(m_parser.get(), m_piece.data(), size, m_hasEnded ? 1 : 0) == XML_STATUS_OK;
+    const bool isParsed = isEncodingClear
+        && XML_Parse(m_parser.get(), m_piece.data(), size, m_hasEnded ? 1 : 0) == XML_STATUS_OK;
     if (m_pending > m_limits.tokenSize
         || (!isParsed && XML_GetErrorCode(m_parser.get()) == XML_ERROR_NO_MEMORY)) {
         stop(LoadError::TooLarge);
@@ -178,15 +176,22 @@ void XmlCursor::parsePiece()
     }
 }
 
-// Some writers leave out the hyphen, and the parser does not know that name.
-void XmlCursor::chooseEncoding(int size)
+// Some writers leave out the hyphen, and the parser does not know that name. Between a mark and
+// another name it would go by the name.
+bool XmlCursor::chooseEncoding(int size)
 {
+    const QByteArray key = "encoding=\"";
     QByteArray declaration(m_piece.data(), size);
+    const bool hasMark = declaration.startsWith("\xef\xbb\xbf");
     declaration = declaration.left(declaration.indexOf("?>")).toLower().replace('\'', '"');
-    if (declaration.contains("<?xml")
-        && declaration.simplified().replace(" ", "").contains("encoding=\"utf8\"")) {
+    declaration = declaration.simplified().replace(" ", "");
+    const int at = int(declaration.indexOf(key));
+    const bool isNamed = at >= 0 && declaration.mid(hasMark ? 3 : 0).startsWith("<?xml");
+    const QByteArray name = declaration.mid(at + key.size()).split('"').first();
+    if (isNamed && name == "utf8") {
         XML_SetEncoding(m_parser.get(), "UTF-8");
     }
+    return !isNamed || !hasMark || name == "utf8" || name == "utf-8";
 }
 
 void XmlCursor::stop(const LoadError &error)

@@ -157,7 +157,7 @@ private:
 
     // What the parser reports of a piece goes into m_events.
     void parsePiece();
-    void chooseEncoding(int size);
+    bool chooseEncoding(int size);
     void stop(const LoadError &error);
     void countItems(qint64 items);
     qint64 bytesAsItems() const;
@@ -178,7 +178,7 @@ private:
     const char *string(int position) const { return m_bytes.data() + position; }
     const Attribute &attributeAt(int index) const
     {
-        return m_attributes[std::size_t(event().firstAttribute + index)];
+        return m_attributes[std::size_t(event().firstAttribute) + std::size_t(index)];
     }
     bool next();
     bool nextOf(Space space, Space other, QByteArray *text);

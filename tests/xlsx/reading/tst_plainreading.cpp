@@ -423,11 +423,29 @@ private Q_SLOTS:
         QCOMPARE(readPatientId(*loaded.document, 2), QString("########"));
     }
 
-    void otherEncodingThanTheOneOfItsBytesIsRefused()
+    void encodingThatItsMarkContradictsIsRefused_data()
     {
+        QTest::addColumn<QByteArray>("mark");
+        QTest::addColumn<QByteArray>("codec");
+        QTest::addColumn<QByteArray>("declared");
+        const auto row = [](const char *mark, const char *codec, const char *declared) {
+            QTest::addRow("%s as %s", codec, declared)
+                << QByteArray(mark) << QByteArray(codec) << QByteArray(declared);
+        };
+        row("\xff\xfe", "le", "utf8");
+        row("\xff\xfe", "le", "ISO-8859-1");
+        row("\xef\xbb\xbf", "utf8", "ISO-8859-1");
+        row("\xef\xbb\xbf", "utf8", "us-ascii");
+    }
+
+    void encodingThatItsMarkContradictsIsRefused()
+    {
+        QFETCH(const QByteArray, mark);
+        QFETCH(const QByteArray, codec);
+        QFETCH(const QByteArray, declared);
         HandmadeWorkbook workbook = patient({});
-        QByteArray sheet = workbook.part("worksheet", "<sheetData/>").replace("UTF-8", "utf8");
-        workbook.more = {{workbook.sheetPart, "\xff\xfe" + encoded(sheet, "le")}};
+        QByteArray sheet = workbook.part("worksheet", "<sheetData/>").replace("UTF-8", declared);
+        workbook.more = {{workbook.sheetPart, mark + encoded(sheet, codec)}};
         QCOMPARE(load(workbook).error.what, "it is not well-formed XML");
     }
 
@@ -442,6 +460,7 @@ private Q_SLOTS:
         };
         row("UTF-8", "UTF-8", "utf8");
         row("UTF-8 with a mark", "UTF-8", "utf8", "\xef\xbb\xbf");
+        row("UTF-8 with a mark and without a hyphen", "utf8", "utf8", "\xef\xbb\xbf");
         row("UTF-16, small end first", "UTF-16", "le", "\xff\xfe");
         row("UTF-16, great end first", "UTF-16", "be", "\xfe\xff");
         row("UTF-16LE", "UTF-16LE", "le", "\xff\xfe");
