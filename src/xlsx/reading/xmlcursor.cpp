@@ -474,7 +474,7 @@ void XmlCursor::takeText(QByteArray *text)
 {
     const char *const data = string(event().string);
     if (text != nullptr) {
-        text->append(data, qMin(event().size, longestText - text->size()));
+        text->append(data, qMin(event().size, longestText - int(text->size())));
     } else if (!std::all_of(data, data + event().size, isBlank)) {
         fail(QT_TRANSLATE_NOOP("MainWindow", "text does not belong there"));
     }

@@ -322,8 +322,8 @@ private Q_SLOTS:
         const QByteArray part =
             "PK\3\4" + QByteArray(22, '\0') + le16(1) + le16(65535) + 'a' + extras;
         const auto entries = [](int count, const QByteArray &extra) {
-            const QByteArray entry = "PK\1\2" + QByteArray(24, '\0') + le16(1) + le16(extra.size())
-                + QByteArray(14, '\0') + 'a' + extra;
+            const QByteArray entry = "PK\1\2" + QByteArray(24, '\0') + le16(1)
+                + le16(int(extra.size())) + QByteArray(14, '\0') + 'a' + extra;
             return entry.repeated(count);
         };
         const auto end = [](int count, int size, int offset, int comment) {
@@ -331,16 +331,17 @@ private Q_SLOTS:
                 + le16(size / 65536) + le16(offset) + le16(offset / 65536) + le16(comment);
         };
         const auto archive = [&](const QByteArray &list, int count, const QByteArray &comment) {
-            return part + list + end(count, list.size(), part.size(), comment.size()) + comment;
+            return part + list + end(count, int(list.size()), int(part.size()), int(comment.size()))
+                + comment;
         };
         QTest::newRow("entries of one part") << archive(entries(65000, {}), 65000, {});
         QTest::newRow("as many as there may be") << archive(entries(22000, {}), 22000, {});
         QTest::newRow("extra fields")
             << archive(entries(15, QByteArray("\1\0\0\0", 4).repeated(16000)), 15, {});
         const QByteArray list = entries(900, {});
-        const int inner = part.size() + list.size() + 22;
+        const int inner = int(part.size() + list.size()) + 22;
         QTest::newRow("list in the comment")
-            << archive(list, 900, list + end(900, list.size(), inner, 0));
+            << archive(list, 900, list + end(900, int(list.size()), inner, 0));
         QTest::newRow("end records in the comment")
             << archive(list, 900, QByteArray("PK\5\6").repeated(16000));
     }

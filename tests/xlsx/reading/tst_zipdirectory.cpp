@@ -62,7 +62,7 @@ QByteArray unicodePath(const QByteArray &other)
 // The archive with the number of \p size bytes at \p at, counted from the end record, changed.
 QByteArray withChange(QByteArray archive, int at, int by = 1)
 {
-    const int place = archive.size() - endSize + at;
+    const int place = int(archive.size()) - endSize + at;
     archive[place] = static_cast<char>(archive.at(place) + by);
     return archive;
 }
