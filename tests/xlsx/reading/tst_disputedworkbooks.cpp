@@ -564,6 +564,16 @@ private Q_SLOTS:
         qToLittleEndian(sum, field.data() + 5);
         entryOf(&changed, styles)->centralExtra = field;
         QTest::newRow("Unicode path that contradicts the name") << changed.bytes();
+        const auto sheet = [&usual](const char *name, QByteArray (*encode)(QByteArray)) {
+            Archive archive = usual;
+            ArchiveEntry *const entry = entryOf(&archive, "xl/worksheets/sheet1.xml");
+            entry->content = encode(entry->content);
+            QTest::newRow(name) << archive.bytes();
+        };
+        sheet("mark of UTF-8 and Latin-1 declared",
+              [](QByteArray xml) { return "\xef\xbb\xbf" + xml.replace("UTF-8", "ISO-8859-1"); });
+        sheet("UTF-16 and UTF-8 declared",
+              [](QByteArray xml) { return wide(xml.replace("UTF-8", "utf8"), false); });
     }
 
     void disputedArchiveIsRefused()

@@ -262,8 +262,8 @@ bool addArchive(DicedWorkbook *workbook, Dice *dice)
 
 bool declareWrongEncoding(DicedWorkbook *workbook, Dice *dice)
 {
-    static const QStringList names = {"UTF-16",       "ISO-8859-1", "UTF-8", "utf8",
-                                      "windows-1250", "UTF-16LE",   "x"};
+    static const QStringList names = {"UTF-16",   "ISO-8859-1",   "UTF-8",    "utf8",
+                                      "us-ascii", "windows-1250", "UTF-16LE", "x"};
     pickPart(workbook, dice)->style.wrongEncoding = dice->pick(names);
     return true;
 }
