@@ -6,7 +6,7 @@
 #include <QString>
 #include <QVector>
 
-/// A part in an archive whose headers a test writes itself. What is said twice in an archive can
+/// A part in an archive whose headers a test writes itself, so that what an archive says twice can
 /// differ.
 struct ArchiveEntry {
     QByteArray name;
@@ -18,9 +18,9 @@ struct ArchiveEntry {
     bool wide = false;
     QByteArray localExtra;
     QByteArray centralExtra;
-    /// Instead of the name in the local header.
+    /// The name in the local header, when it is another one.
     QByteArray localName;
-    /// Added to what the local header or the directory says.
+    /// Added to what the local header (the first) or the directory says.
     quint32 localChecksumError = 0;
     quint32 checksumError = 0;
     quint32 sizeError = 0;
@@ -47,13 +47,13 @@ struct Archive {
     QByteArray bytes() const;
 };
 
-/// The parts of an archive in the order of its bytes; nothing but `clear` unset where nobody knows.
+/// Names and contents, not `clear` when nobody can know them.
 struct ArchiveParts {
     bool clear = false;
     QVector<QPair<QByteArray, QByteArray>> parts;
 };
 
-/// As one who reads local headers from the first byte on, and no directory.
+/// As a reader finds them that goes from local header to local header, from the first byte on.
 ArchiveParts unpackedFromStart(const QByteArray &file);
-/// As one who reads the directory that the last end record names.
+/// As a reader finds them in the directory that the last end record names.
 ArchiveParts unpackedFromDirectory(const QByteArray &file);

@@ -127,9 +127,7 @@ bool addStrayText(DicedWorkbook *workbook, Dice *dice)
     if (!place) {
         return false;
     }
-    auto &content = place.element().content;
-    content.insert(content.begin() + dice->below(qint64(content.size()) + 1),
-                   XmlPiece::other(XmlPiece::Text, "5"));
+    insertAnywhere(&place.element(), XmlPiece::other(XmlPiece::Text, "5"), dice);
     return true;
 }
 
@@ -263,7 +261,7 @@ bool changeSwitches(DicedWorkbook *workbook, Dice *dice)
     XmlPiece added =
         pieceOf(dice->chance(70) ? root.space : otherSpace(root.space, dice), "workbookPr");
     added.give("date1904", dice->pick(values), dice->chance(80) ? "" : Namespaces::unknown());
-    root.content.insert(root.content.begin() + dice->below(qint64(root.content.size()) + 1), added);
+    insertAnywhere(&root, added, dice);
     return true;
 }
 

@@ -493,15 +493,6 @@ DicedWorkbook::Part *DicedWorkbook::part(Role role)
     return found == parts.end() ? nullptr : &*found;
 }
 
-QString DicedWorkbook::links() const
-{
-    const auto workbook = std::find_if(parts.begin(), parts.end(),
-                                       [](const Part &part) { return part.role == Workbook; });
-    return workbook != parts.end() && workbook->root.space == Namespaces::strict()
-        ? Namespaces::strictLinks()
-        : Namespaces::transitionalLinks();
-}
-
 QByteArray DicedWorkbook::bytes(Dice *dice) const
 {
     Archive whole = archive;

@@ -7,8 +7,8 @@
 #include "xlsx/reading/differential/archive.h"
 #include "xlsx/reading/differential/xmlpiece.h"
 
-/// A small workbook as one of several writers makes it, with the choices that a seed makes for it,
-/// which can be changed piece by piece before it is written.
+/// A small workbook in the manner of one of several writers, with cells that the dice choose. It
+/// can be changed piece by piece before it is written.
 struct DicedWorkbook {
     enum Role { PackageLinks, Workbook, Links, Sheet, OtherSheet, Texts, Formats, Unread };
     struct Part {
@@ -16,7 +16,7 @@ struct DicedWorkbook {
         QString name;
         XmlPiece root;
         XmlStyle style;
-        /// Of the entry; name and content come from above, unless it has a name of its own.
+        /// How it stands in the archive: content and name come from above, unless this has a name.
         ArchiveEntry entry;
     };
 
@@ -24,14 +24,11 @@ struct DicedWorkbook {
 
     /// The part of that role; null without one.
     Part *part(Role role);
-    /// The namespace of the attributes that lead to parts.
-    QString links() const;
-    /// The name of the writer's manner.
-    const char *manner = nullptr;
+    QByteArray bytes(Dice *dice) const;
 
+    /// Whose manner of writing it has.
+    const char *manner = nullptr;
     QVector<Part> parts;
     /// The rest of the archive.
     Archive archive;
-
-    QByteArray bytes(Dice *dice) const;
 };

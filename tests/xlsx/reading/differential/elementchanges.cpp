@@ -25,8 +25,7 @@ bool doubleElement(DicedWorkbook *workbook, Dice *dice)
         return false;
     }
     const XmlPiece copy = place.element();
-    auto &content = place.parent->content;
-    content.insert(content.begin() + dice->below(qint64(content.size()) + 1), copy);
+    insertAnywhere(place.parent, copy, dice);
     return true;
 }
 
@@ -42,8 +41,7 @@ bool moveElement(DicedWorkbook *workbook, Dice *dice)
     if (!target) {
         return false;
     }
-    auto &content = dice->chance(70) ? target.element().content : target.parent->content;
-    content.insert(content.begin() + dice->below(qint64(content.size()) + 1), moved);
+    insertAnywhere(dice->chance(70) ? &target.element() : target.parent, moved, dice);
     return true;
 }
 
@@ -153,8 +151,7 @@ bool insertElement(DicedWorkbook *workbook, Dice *dice)
     } else {
         added = pieceOf(from, "unheardOf");
     }
-    auto &content = place.parent->content;
-    content.insert(content.begin() + dice->below(qint64(content.size()) + 1), added);
+    insertAnywhere(place.parent, added, dice);
     return true;
 }
 

@@ -18,7 +18,6 @@ bool addComments(DicedWorkbook *workbook, Dice *dice)
             ? XmlPiece::other(XmlPiece::Comment, " <c>9</c> ")
             : XmlPiece::other(XmlPiece::Instruction, "a b=\"9\"");
         auto &content = element->content;
-        const auto at = content.begin() + dice->below(qint64(content.size()) + 1);
         if (content.size() == 1 && content.front().kind == XmlPiece::Text) {
             const QString text = content.front().text;
             const int half = dice->below(text.size());
@@ -26,7 +25,7 @@ bool addComments(DicedWorkbook *workbook, Dice *dice)
             content = {XmlPiece::other(XmlPiece::Text, text.left(cut)), added,
                        XmlPiece::other(XmlPiece::Text, text.mid(cut))};
         } else {
-            content.insert(at, added);
+            insertAnywhere(element, added, dice);
         }
     }
     return true;
@@ -64,6 +63,9 @@ bool changePrefix(DicedWorkbook *workbook, Dice *dice)
         }
     }
     XmlPiece *const inner = pickElement(workbook, dice);
+    if (inner->space.isEmpty()) {
+        return false;
+    }
     inner->declare("inner" + QString::number(inner->prefixes.size()), inner->space);
     return true;
 }
@@ -153,9 +155,7 @@ bool addElsewhere(DicedWorkbook *workbook, Dice *dice)
                                        Namespaces::transitional()};
     DicedWorkbook::Part *const part =
         workbook->part(dice->chance(50) ? Role::Sheet : Role::Workbook);
-    auto &content = part->root.content;
-    content.insert(content.begin() + dice->below(qint64(content.size()) + 1),
-                   decoy(dice->pick(spaces), part->root.space, dice));
+    insertAnywhere(&part->root, decoy(dice->pick(spaces), part->root.space, dice), dice);
     return true;
 }
 
@@ -179,10 +179,9 @@ bool addIgnorable(DicedWorkbook *workbook, Dice *dice)
         return false;
     }
     declareIgnorable(dice->chance(70) ? &place.part->root : &place.element(), Namespaces::newer());
-    auto &content = place.element().content;
     XmlPiece added = decoy(Namespaces::newer(), place.element().space, dice);
     added.name = dice->chance(50) ? place.element().name : added.name;
-    content.insert(content.begin() + dice->below(qint64(content.size()) + 1), added);
+    insertAnywhere(&place.element(), added, dice);
     static const QStringList names = {"r", "t", "s", "Id", "numFmtId", "other"};
     const auto &given = place.element().attributes;
     if (dice->chance(30) && std::none_of(given.begin(), given.end(), [](const auto &attribute) {

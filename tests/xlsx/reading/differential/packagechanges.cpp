@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include <utility>
+
 #include <QtEndian>
 
 #include <zlib.h>
@@ -95,8 +97,7 @@ bool doubleLink(DicedWorkbook *workbook, Dice *dice)
         static const QStringList values = {"worksheets/other.xml", "rIdSheet", "rIdOther", "new"};
         same->value = dice->pick(values);
     }
-    auto &content = place.parent->content;
-    content.insert(content.begin() + dice->below(qint64(content.size()) + 1), copy);
+    insertAnywhere(place.parent, copy, dice);
     return true;
 }
 

@@ -75,6 +75,12 @@ XmlPiece *pickElement(DicedWorkbook *workbook, Dice *dice)
     return dice->pick(elements);
 }
 
+void insertAnywhere(XmlPiece *parent, const XmlPiece &piece, Dice *dice)
+{
+    auto &content = parent->content;
+    content.insert(content.begin() + dice->below(qint64(content.size()) + 1), piece);
+}
+
 void declareIgnorable(XmlPiece *element, const QString &space)
 {
     const QString prefix = "i" + QString::number(element->prefixes.size());

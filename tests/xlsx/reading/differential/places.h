@@ -21,6 +21,9 @@ Place pickPlace(DicedWorkbook *workbook, Dice *dice, const QStringList &names = 
 /// Any element of a part that is read, its first one included.
 XmlPiece *pickElement(DicedWorkbook *workbook, Dice *dice);
 
+/// Adds \p piece somewhere to what \p parent holds.
+void insertAnywhere(XmlPiece *parent, const XmlPiece &piece, Dice *dice);
+
 /// Declares on \p element that the namespace \p space is ignorable.
 void declareIgnorable(XmlPiece *element, const QString &space);
 

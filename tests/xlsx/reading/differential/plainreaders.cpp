@@ -209,6 +209,39 @@ public:
     Elements textsIn(const PlainElement &in) const override { return elements(in, "t"); }
 };
 
+// What a format of dates shows for a number of days.
+QString momentOf(double days, bool since1904)
+{
+    const QDate last(9999, 12, 31);
+    // The first of March 1900 is day 61, though the days before count from the day 0 before them.
+    const QDate zero = since1904 ? QDate(1904, 1, 1)
+        : days < 61              ? QDate(1899, 12, 31)
+                                 : QDate(1899, 12, 30);
+    if (days < 0 || days >= double(zero.daysTo(last) + 1)) {
+        return noMoment;
+    }
+    const double whole = std::floor(days);
+    const QTime time = QTime(0, 0).addMSecs(int(std::lround((days - whole) * 86'400'000.0)));
+    if (days < 1) {
+        return time.toString("HH:mm:ss");
+    }
+    return zero.addDays(qint64(whole)).toString("yyyy-MM-dd")
+        + (time == QTime(0, 0) ? QString() : time.toString("THH:mm:ss"));
+}
+
+// The codes that the workbooks of the test hold, and whether they show dates.
+const std::map<QString, bool> &formatCodes()
+{
+    static const std::map<QString, bool> codes = {
+        {"d.m.yyyy", true},  {"yyyy-mm-dd", true},
+        {"[h]:mm", true},    {"0.0", false},
+        {"General", false},  {"0.0 \"mmol/mol\"", false},
+        {"#,##0.00", false}, {"[Red]0;\"day\" 0.0", false},
+        {"mmm yy", true},
+    };
+    return codes;
+}
+
 // One reading of one file.
 class Reader
 {
@@ -422,9 +455,8 @@ void Reader::readFormats()
     for (const PlainElement *const list : m_way.elements(*root, "numFmts")) {
         for (const PlainElement *const format : m_way.elements(*list, "numFmt")) {
             const QString id = m_way.attribute(*format, "numFmtId");
-            const auto code =
-                PlainReaders::formatCodes().find(m_way.attribute(*format, "formatCode"));
-            if (id.isNull() || code == PlainReaders::formatCodes().end()) {
+            const auto code = formatCodes().find(m_way.attribute(*format, "formatCode"));
+            if (id.isNull() || code == formatCodes().end()) {
                 continue;
             }
             const int number = wholeNumber(id, 0);
@@ -512,7 +544,7 @@ void Reader::keepNumber(const QString &text, const PlainElement &cell)
     const bool usual = index == 0 && m_formats.isEmpty();
     require(usual || (index < m_formats.size() && m_formats.at(index).known), "unknown format");
     if (!usual && m_formats.at(index).isDate) {
-        const QString words = PlainReaders::momentOf(number, m_since1904);
+        const QString words = momentOf(number, m_since1904);
         keep({words == noMoment ? PlainCell::Text : PlainCell::Moment, 0.0, words});
     } else if (m_column == 1) {
         const bool shortened = digits.contains('e', Qt::CaseInsensitive);
@@ -649,37 +681,6 @@ PlainReading byLocalNames(const QByteArray &file, bool resolved)
 PlainReading byNamespaces(const QByteArray &file)
 {
     return reading(ByNamespaces(), file);
-}
-
-QString momentOf(double days, bool since1904)
-{
-    const QDate last(9999, 12, 31);
-    // The first of March 1900 is day 61, though the days before count from the day 0 before them.
-    const QDate zero = since1904 ? QDate(1904, 1, 1)
-        : days < 61              ? QDate(1899, 12, 31)
-                                 : QDate(1899, 12, 30);
-    if (days < 0 || days >= double(zero.daysTo(last) + 1)) {
-        return noMoment;
-    }
-    const double whole = std::floor(days);
-    const QTime time = QTime(0, 0).addMSecs(int(std::lround((days - whole) * 86'400'000.0)));
-    if (days < 1) {
-        return time.toString("HH:mm:ss");
-    }
-    return zero.addDays(qint64(whole)).toString("yyyy-MM-dd")
-        + (time == QTime(0, 0) ? QString() : time.toString("THH:mm:ss"));
-}
-
-const std::map<QString, bool> &formatCodes()
-{
-    static const std::map<QString, bool> codes = {
-        {"d.m.yyyy", true},  {"yyyy-mm-dd", true},
-        {"[h]:mm", true},    {"0.0", false},
-        {"General", false},  {"0.0 \"mmol/mol\"", false},
-        {"#,##0.00", false}, {"[Red]0;\"day\" 0.0", false},
-        {"mmm yy", true},
-    };
-    return codes;
 }
 
 } // namespace PlainReaders

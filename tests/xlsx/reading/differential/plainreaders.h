@@ -51,10 +51,4 @@ PlainReading byLocalNames(const QByteArray &file, bool resolved);
 /// compatibility; takes the archive by its directory.
 PlainReading byNamespaces(const QByteArray &file);
 
-/// What the standard's date and time formats among those that the writers use show.
-QString momentOf(double days, bool since1904);
-
-/// The format codes that workbooks of the test hold, and whether they show dates.
-const std::map<QString, bool> &formatCodes();
-
 } // namespace PlainReaders
