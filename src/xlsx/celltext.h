@@ -26,8 +26,8 @@ QByteArray encode(const QString &text);
 std::optional<bool> toBool(const QByteArray &text);
 
 /// Sets \p value to the finite number in \p text, with blanks around it or not, and returns true;
-/// false if there is none. The notation is that of XML Schema, without its names for infinity and
-/// NaN.
+/// false if it holds no number. The notation is that of XML Schema, without its names for infinity
+/// and NaN.
 bool toNumber(const QByteArray &text, double *value);
 
 /// The digits of \p number, which toNumber() accepts, without the blanks around them, and in full

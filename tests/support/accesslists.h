@@ -8,7 +8,7 @@
 #include <QByteArray>
 #include <sys/xattr.h>
 
-/// Lists of who may use a file, and other attributes, in the form in which the system takes them.
+/// Access lists and other attributes of files, in the form that the system takes.
 namespace AccessLists
 {
 

@@ -9,9 +9,8 @@
 #include "xlsx/reading/loaderror.h"
 #include "xlsx/reading/workbooklimits.h"
 
-/// A document of one worksheet, or the reason why there is none. That document is the agreed way to
-/// hand cells on, although this reads them itself: whoever reads them asks it, as any program
-/// would.
+/// A document of one worksheet, or the reason why the file was refused. The loader reads the cells
+/// itself, but hands them on in a QXlsx document, as agreed with its callers.
 struct LoadedWorkbook {
     std::unique_ptr<QXlsx::Document> document;
     LoadError error;

@@ -48,7 +48,7 @@ bool contains(const List &list, const Entry &entry)
 
 std::string_view namespaceOf(std::string_view name)
 {
-    return name.substr(0, name.find(separator) + 1); // nothing where there is none
+    return name.substr(0, name.find(separator) + 1); // empty without a namespace
 }
 
 std::string_view localName(std::string_view name)

@@ -421,7 +421,7 @@ const QVector<Intrusion> texts = {
     {"text", "", "9", Refused},
     {"text in a marked section", "", "<![CDATA[9]]>", Refused},
     {"reference", "", "&#57;", Refused},
-    {"blank that is none in XML", "", "\xC2\xA0", Refused},
+    {"no-break space", "", "\xC2\xA0", Refused},
     {"blanks", "", " \t\n\r&#10;<![CDATA[ ]]>", Passed},
 };
 

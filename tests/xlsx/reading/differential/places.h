@@ -15,7 +15,7 @@ struct Place {
     explicit operator bool() const { return parent != nullptr; }
 };
 
-/// One of those elements, of one of the \p names if there are any; none where there is none.
+/// One of those elements, with one of the \p names if any are given; an empty place if none fits.
 Place pickPlace(DicedWorkbook *workbook, Dice *dice, const QStringList &names = {});
 
 /// Any element of a part that is read, its first one included.

@@ -26,7 +26,7 @@ struct XmlPiece {
     QString space;
     QString name;
     Attributes attributes;
-    /// Prefixes and namespaces that the element declares in any case.
+    /// Prefixes and namespaces that the element always declares.
     QVector<QPair<QString, QString>> prefixes;
     std::vector<XmlPiece> content;
     /// The characters of all but an element.
