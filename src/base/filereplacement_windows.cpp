@@ -70,19 +70,21 @@ bool isRefusal(DWORD error)
     return error == ERROR_ACCESS_DENIED || error == ERROR_WRITE_PROTECT;
 }
 
-// Whether no other name would go on showing the old content.
-bool hasOneName(const Path &path)
+// Why no other file can take the place of the one at \p path: it cannot be moved away, or another
+// name would go on showing the old content. 0 if one can. Asked beforehand because Wine, when it
+// cannot replace a file, leaves one of its own.
+DWORD whyNotReplaceable(const Path &path)
 {
     const HANDLE file =
-        CreateFileW(path.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+        CreateFileW(path.c_str(), DELETE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                     nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) {
-        return false;
+        return GetLastError();
     }
     BY_HANDLE_FILE_INFORMATION information = {};
     const bool known = GetFileInformationByHandle(file, &information) != 0;
     CloseHandle(file);
-    return known && information.nNumberOfLinks == 1;
+    return known && information.nNumberOfLinks == 1 ? 0 : ERROR_ACCESS_DENIED;
 }
 
 // Not every drive offers that.
@@ -145,7 +147,7 @@ public:
     {
         const DWORD error =
             done(ReplaceFileW(path.c_str(), m_path.c_str(), nullptr, 0, nullptr, nullptr));
-        if (error != ERROR_UNABLE_TO_MOVE_REPLACEMENT) {
+        if (error != ERROR_UNABLE_TO_MOVE_REPLACEMENT || targetAt(path) != Target::Nothing) {
             return error;
         }
         // The old file is gone already.
@@ -234,6 +236,9 @@ bool replaceFile(const QString &fileName, const ContentWriter &write)
     if (target == Target::Nothing) {
         return fresh.rename(path) == 0;
     }
-    error = hasOneName(path) ? fresh.replace(path) : ERROR_ACCESS_DENIED;
+    error = whyNotReplaceable(path);
+    if (error == 0) {
+        error = fresh.replace(path);
+    }
     return error == 0 || (isRefusal(error) && overwriteFromBeside(name, fresh));
 }

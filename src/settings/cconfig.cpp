@@ -67,8 +67,7 @@ CConfig::CConfig() : settings(false, false, false), loadStatus(load()) { }
 
 int CConfig::load()
 {
-    const File file = openForReading();
-    if (!file || settings.LoadFile(file.get()) < 0) {
+    if (!readFile()) {
         return LoadFailed;
     }
     bool corrected = false;
@@ -80,6 +79,13 @@ int CConfig::load()
         writeFile();
     }
     return Ok;
+}
+
+// Some systems replace no file that is open.
+bool CConfig::readFile()
+{
+    const File file = openForReading();
+    return file && settings.LoadFile(file.get()) >= 0;
 }
 
 bool CConfig::correct(const Setting &setting)

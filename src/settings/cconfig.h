@@ -56,6 +56,7 @@ private:
         showSetting;
 
     int load();
+    bool readFile();
     bool correct(const Setting &setting);
     quint64 read(const Setting &setting) const;
     void store(const Setting &setting, int value);
