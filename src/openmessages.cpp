@@ -8,7 +8,6 @@
 #include <QCoreApplication>
 #include <QStringList>
 
-#include "analysis/patientanalysis.h"
 #include "base/xmltext.h"
 #include "workbooks/patientreader.h"
 
@@ -81,20 +80,47 @@ QString noPatientsText()
         "MainWindow", "This workbook has no patients: column 1 of row 2 is empty.")));
 }
 
-QString tooFewValuesText(const QVector<PatientRecord> &patients, const QVector<int> &tooShort)
+// In the order of RowEnd::Kind, with the cell as %1 and what stands there as %2.
+constexpr std::array rowEnds = {
+    QT_TRANSLATE_NOOP("MainWindow", "%1 is empty"),
+    QT_TRANSLATE_NOOP("MainWindow", "%1 is 0"),
+    QT_TRANSLATE_NOOP("MainWindow", "%1 is FALSE"),
+    QT_TRANSLATE_NOOP("MainWindow", "%1 is a date or a time"),
+    QT_TRANSLATE_NOOP("MainWindow", "%1 is the error %2"),
+    QT_TRANSLATE_NOOP("MainWindow", "%1 \"%2\" is not a number"),
+};
+static_assert(rowEnds.size() == std::size_t(RowEnd::Text) + 1, "a kind of cell lacks its text");
+
+QString rowEndText(const RowEnd &end)
+{
+    const QString text = translated(rowEnds.at(std::size_t(end.kind)));
+    return end.text.isEmpty() ? text.arg(end.cell) : text.arg(end.cell, shortened(end.text));
+}
+
+QString shortRowText(const PatientRecord &patient, const ShortRow &row)
+{
+    return translated(QT_TRANSLATE_NOOP("MainWindow", "Row %1: %2 (%3)"))
+        .arg(QString::number(workbookRow(row.patient)), shortened(patient.id), rowEndText(row.end));
+}
+
+QString tooFewValuesText(const QVector<PatientRecord> &patients, const QVector<ShortRow> &tooShort)
 {
     const QString reason =
         translated(QT_TRANSLATE_NOOP("MainWindow", "Every patient needs at least two values."));
     QStringList lines = {withNothingOpened(reason) + QLatin1Char(' ')
                          + translated(QT_TRANSLATE_NOOP("MainWindow", "These rows have fewer:"))};
-    for (const int patient : tooShort.mid(0, mostNamedPatients)) {
-        lines << translated(QT_TRANSLATE_NOOP("MainWindow", "Row %1: %2"))
-                     .arg(workbookRow(patient))
-                     .arg(shortened(patients.at(patient).id));
+    for (const ShortRow &row : tooShort.mid(0, mostNamedPatients)) {
+        lines << shortRowText(patients.at(row.patient), row);
     }
     if (tooShort.size() > mostNamedPatients) {
         lines << translated(QT_TRANSLATE_NOOP("MainWindow", "and %1 more"))
                      .arg(tooShort.size() - mostNamedPatients);
+    }
+    if (tooShort.size() > patients.size() / 2) {
+        lines << translated(QT_TRANSLATE_NOOP(
+            "MainWindow",
+            "Each row must be one patient: the identifier in column A, the values from column B "
+            "on."));
     }
     return lines.join(QLatin1Char('\n'));
 }
@@ -119,6 +145,5 @@ QString whyNotOpened(const LoadedPatients &file)
     if (file.patients.isEmpty()) {
         return noPatientsText();
     }
-    const QVector<int> tooShort = patientsWithTooFewValues(file.patients);
-    return tooShort.isEmpty() ? QString() : tooFewValuesText(file.patients, tooShort);
+    return file.shortRows.isEmpty() ? QString() : tooFewValuesText(file.patients, file.shortRows);
 }

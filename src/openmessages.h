@@ -12,6 +12,6 @@ struct LoadedPatients;
 QString refusalText(const LoadError &error);
 
 /// Why the window does not open \p file, in the language of the user: it was not loaded, it has no
-/// patients, or some have too few values. The first ten of those are named by their workbook rows.
-/// Empty when the file can be opened.
+/// patients, or some have too few values. The first ten of those are named by their workbook rows,
+/// with the cell that ended each row and what stands there. Empty when the file can be opened.
 QString whyNotOpened(const LoadedPatients &file);

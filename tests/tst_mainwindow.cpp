@@ -8,7 +8,6 @@
 #include <QSignalSpy>
 #include <QStatusBar>
 #include <QTest>
-#include <QTextDocument>
 #include <QTimer>
 #include <QToolTip>
 #include <xlsxdocument.h>
@@ -18,13 +17,6 @@
 
 namespace
 {
-
-QString rowsMessage(const QString &rows, const QString &file)
-{
-    return "Open file|Every patient needs at least two values. Nothing was opened. These rows "
-           "have fewer:\n"
-        + rows + "\n\n" + file;
-}
 
 QByteArray bytesOf(const HandmadeWorkbook &workbook)
 {
@@ -590,7 +582,10 @@ private Q_SLOTS:
                                            {"one", 40.0},
                                            {"none"},
                                            {"zero", 40.0, 0.0, 50.0}}
-            << rowsMessage("Row 3: one\nRow 4: none\nRow 5: zero", "bad.xlsx");
+            << "Open file|Every patient needs at least two values. Nothing was opened. These rows "
+               "have fewer:\nRow 3: one (C3 is empty)\nRow 4: none (B4 is empty)\n"
+               "Row 5: zero (C5 is 0)\nEach row must be one patient: the identifier in column A, "
+               "the values from column B on.\n\nbad.xlsx";
     }
 
     void refusedFileLeavesTheLoadedOne()
@@ -655,63 +650,6 @@ private Q_SLOTS:
         QCOMPARE(tester.answers.messages(),
                  QStringList("Open file|" + sentence + " Nothing was opened.\n\nbad.xlsx"));
         QCOMPARE(tester.patientsModel(), model);
-    }
-
-    void refusalNamesTheFirstTenRows_data()
-    {
-        QTest::addColumn<int>("patients");
-        QTest::addColumn<QStringList>("last");
-        QTest::newRow("ten") << 10 << QStringList();
-        QTest::newRow("thirteen") << 13 << texts({"and 3 more"});
-    }
-
-    void refusalNamesTheFirstTenRows()
-    {
-        QFETCH(const int, patients);
-        QFETCH(const QStringList, last);
-        QVector<TestWorkbooks::Row> rows;
-        QStringList named;
-        for (int patient = 0; patient < patients; ++patient) {
-            rows.append({QString("p%1").arg(patient), 40.0});
-            if (patient < 10) {
-                named << QString("Row %1: p%2").arg(patient + 2).arg(patient);
-            }
-        }
-        StartedTester tester;
-        tester.openRefused("bad.xlsx", rows);
-        QCOMPARE(tester.answers.messages(),
-                 QStringList(rowsMessage((named + last).join('\n'), "bad.xlsx")));
-    }
-
-    void refusalShortensLongIdentifiers()
-    {
-        StartedTester tester;
-        tester.openRefused("bad.xlsx",
-                           {{QString(5000, 'x') + "\nend", 40.0}, {"<b>bold</b>", 40.0}});
-        const QString text = tester.answers.messages().constFirst().section('|', 1);
-        QVERIFY2(!Qt::mightBeRichText(text), "the identifier would be taken for markup");
-        QVERIFY(text.contains("Row 3: <b>bold</b>"));
-        QVERIFY(text.size() < 300);
-    }
-
-    void refusalCutsNoCharacterInTwo_data()
-    {
-        QTest::addColumn<int>("before");
-        QTest::addColumn<int>("kept");
-        QTest::newRow("the limit of 60 before a pair") << 60 << 60;
-        QTest::newRow("the limit inside a pair") << 59 << 59;
-        QTest::newRow("the limit after a pair") << 58 << 60;
-    }
-
-    void refusalCutsNoCharacterInTwo()
-    {
-        QFETCH(const int, before);
-        QFETCH(const int, kept);
-        StartedTester tester;
-        const QString identifier = QString(before, 'x') + "\U0001F600" + "tail";
-        tester.openRefused("bad.xlsx", {{identifier, 40.0}});
-        const QString row = "Row 2: " + identifier.left(kept) + "\u2026";
-        QCOMPARE(tester.answers.messages(), QStringList(rowsMessage(row, "bad.xlsx")));
     }
 
     void windowMayCloseWithAFileOpen()

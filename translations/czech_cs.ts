@@ -230,8 +230,36 @@
         <translation>Méně hodnot mají tyto řádky:</translation>
     </message>
     <message>
-        <source>Row %1: %2</source>
-        <translation>Řádek %1: %2</translation>
+        <source>Row %1: %2 (%3)</source>
+        <translation>Řádek %1: %2 (%3)</translation>
+    </message>
+    <message>
+        <source>%1 is empty</source>
+        <translation>buňka %1 je prázdná</translation>
+    </message>
+    <message>
+        <source>%1 is 0</source>
+        <translation>v buňce %1 je 0</translation>
+    </message>
+    <message>
+        <source>%1 is FALSE</source>
+        <translation>v buňce %1 je NEPRAVDA</translation>
+    </message>
+    <message>
+        <source>%1 is a date or a time</source>
+        <translation>v buňce %1 je datum nebo čas</translation>
+    </message>
+    <message>
+        <source>%1 is the error %2</source>
+        <translation>v buňce %1 je chyba %2</translation>
+    </message>
+    <message>
+        <source>%1 &quot;%2&quot; is not a number</source>
+        <translation>„%2“ v buňce %1 není číslo</translation>
+    </message>
+    <message>
+        <source>Each row must be one patient: the identifier in column A, the values from column B on.</source>
+        <translation>Každý řádek musí být jeden pacient: ve sloupci A identifikátor, od sloupce B hodnoty.</translation>
     </message>
     <message>
         <source>and %1 more</source>

@@ -12,10 +12,33 @@ namespace QXlsx
 class Document;
 }
 
+/// The cell that ended the values of a patient: the first one that converts to 0.
+struct RowEnd {
+    /// What stands in it: nothing but blanks, a number or text that is 0, false, a date or a time,
+    /// an error such as "#N/A", or another text.
+    enum Kind { Empty, Zero, False, Date, Error, Text };
+
+    Kind kind = Empty;
+    /// Its address, such as "C17".
+    QString cell;
+    /// An error or text, as it stands there; empty for the other kinds.
+    QString text;
+};
+
+/// A patient with fewer than fewestValues values.
+struct ShortRow {
+    /// Index of the patient, counted from 0.
+    int patient;
+    RowEnd end;
+};
+Q_DECLARE_TYPEINFO(ShortRow, Q_MOVABLE_TYPE);
+
 /// The patients of a workbook, or the reason why it was not loaded.
 struct LoadedPatients {
     QVector<PatientRecord> patients;
     LoadError error;
+    /// Those that have too few values, in row order.
+    QVector<ShortRow> shortRows = {};
 };
 
 /// Loads the workbook in the file \p path and reads all patients of its sheet. The list may be
@@ -31,6 +54,10 @@ int readPatientCount(const QXlsx::Document &document);
 /// that is not a number and a measured 0 all end the row. Negative numbers and the text "nan" are
 /// values.
 QVector<double> readPatientValues(const QXlsx::Document &document, int patient);
+
+/// The cell after the first \p count values of the patient with the index \p patient, which ended
+/// them.
+RowEnd readRowEnd(const QXlsx::Document &document, int patient, int count);
 
 /// The text in column 1 of the workbook row \p row, counted from 1, with its blanks.
 QString readPatientId(const QXlsx::Document &document, int row);

@@ -210,6 +210,50 @@ private Q_SLOTS:
         QCOMPARE(differences(readPatientValues(*document, 0), values), QString());
     }
 
+    void cellThatEndedTheRowIsGiven_data()
+    {
+        QTest::addColumn<QVector<QVariant>>("cells");
+        QTest::addColumn<int>("kind");
+        QTest::addColumn<QString>("cell");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("no value") << Row{} << int(RowEnd::Empty) << "B2" << QString();
+        QTest::newRow("blank") << Row{5, {}, 7} << int(RowEnd::Empty) << "C2" << QString();
+        QTest::newRow("blanks") << Row{5, " \n", 7} << int(RowEnd::Empty) << "C2" << QString();
+        QTest::newRow("0") << Row{5, 0, 7} << int(RowEnd::Zero) << "C2" << QString();
+        QTest::newRow("text of 0") << Row{5, " -0.0 "} << int(RowEnd::Zero) << "C2" << QString();
+        QTest::newRow("false") << Row{true, false} << int(RowEnd::False) << "C2" << QString();
+        QTest::newRow("date") << Row{5, QDate(2024, 2, 29)} << int(RowEnd::Date) << "C2"
+                              << QString();
+        QTest::newRow("time") << Row{5, QTime(12, 30)} << int(RowEnd::Date) << "C2" << QString();
+        QTest::newRow("error") << Row{"#DIV/0!"} << int(RowEnd::Error) << "B2"
+                               << "#DIV/0!";
+        QTest::newRow("text") << Row{5, " 60,5 "} << int(RowEnd::Text) << "C2"
+                              << " 60,5 ";
+        QTest::newRow("after column Z") << Row(30, 5) << int(RowEnd::Empty) << "AF2" << QString();
+    }
+
+    void cellThatEndedTheRowIsGiven()
+    {
+        QFETCH(const QVector<QVariant>, cells);
+        const auto document = load(QVector<Row>{Row{"a"} + cells});
+        const RowEnd end = readRowEnd(*document, 0, int(readPatientValues(*document, 0).size()));
+        QTEST(int(end.kind), "kind");
+        QTEST(end.cell, "cell");
+        QTEST(end.text, "text");
+    }
+
+    void rowsWithTooFewValuesAreListed()
+    {
+        TestWorkbooks::save(file(), {{"a", 5, 6}, {"b", 5, "x"}, {"c"}, {"d", 5, 6, 7}});
+        const LoadedPatients loaded = loadPatients(file());
+        QCOMPARE(loaded.patients.size(), 4);
+        QCOMPARE(loaded.shortRows.size(), 2);
+        QCOMPARE(loaded.shortRows.at(0).patient, 1);
+        QCOMPARE(loaded.shortRows.at(0).end.cell, "C3");
+        QCOMPARE(loaded.shortRows.at(1).patient, 2);
+        QCOMPARE(loaded.shortRows.at(1).end.cell, "B4");
+    }
+
     void textsAsValues_data()
     {
         QTest::addColumn<QString>("cell");
