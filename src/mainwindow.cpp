@@ -27,9 +27,11 @@
 #include "graphs/graphexport.h"
 #include "graphs/graphsubwindow.h"
 #include "graphs/resultsubwindow.h"
+#include "leftcolumn.h"
 #include "openmessages.h"
 #include "settings/cconfig.h"
 #include "settingsdialog.h"
+#include "subwindowplacement.h"
 #include "tables/cpatientscore.h"
 #include "tables/cpatientsmodel.h"
 #include "workbooks/analysisworkbook.h"
@@ -177,17 +179,15 @@ void MainWindow::createMenus()
 void MainWindow::createWidgets()
 {
     mdiArea = withAccessibleName(new QMdiArea, tr("Graphs"));
+    mdiArea->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
+    mdiArea->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     auto *bottomStrip = new QWidget;
     bottomStrip->setMinimumHeight(bottomStripHeight);
     bottomStrip->setLayout(createScoreStrip());
 
-    auto *leftColumn = new QVBoxLayout;
-    leftColumn->addWidget(mdiArea);
-    leftColumn->addWidget(bottomStrip);
-
     auto *central = new QWidget;
     auto *columns = new QHBoxLayout(central);
-    columns->addLayout(leftColumn);
+    columns->addLayout(new LeftColumn(mdiArea, bottomStrip, scoreTable, groupGraphSize.height()));
     columns->addWidget(createRightPanel());
     setCentralWidget(central);
 }
@@ -328,6 +328,8 @@ void MainWindow::createScoreModel()
 
 void MainWindow::setFileLoaded(bool loaded)
 {
+    // How the column shares its room depends on whether a file is open.
+    scoreTable->updateGeometry();
     closeFileAction->setEnabled(loaded);
     showGraphButton->setEnabled(loaded);
     resetSelectionButton->setEnabled(loaded);
@@ -407,7 +409,7 @@ void MainWindow::selectItems()
     mdiArea->addSubWindow(subWindow);
     subWindow->setMinimumSize(tabbedGraphSize);
     subWindow->setWidget(tabs);
-    subWindow->show();
+    SubWindowPlacement::showInside(*mdiArea, *subWindow);
     patientTable->clearSelection();
 }
 
@@ -453,7 +455,7 @@ void MainWindow::split()
     subWindow->setMinimumSize(groupGraphSize);
     mdiArea->addSubWindow(subWindow);
     subWindow->setWidget(withAccessibleName(createResultPlot(scores), tr("Groups graph")));
-    subWindow->show();
+    SubWindowPlacement::showInside(*mdiArea, *subWindow);
 }
 
 void MainWindow::customMenuRequested(QPoint pos)

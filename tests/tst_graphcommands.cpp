@@ -49,6 +49,13 @@ QStringList plotAroundTheCenterOfFive(const QVector<PatientScoreRecord> &shown, 
                                      centerOfFive(xs, median)));
 }
 
+void moveInside(const QMdiArea &area, QMdiSubWindow *subWindow)
+{
+    const QSize space = area.viewport()->size() - subWindow->size();
+    subWindow->move(qBound(0, subWindow->x(), space.width()),
+                    qBound(0, subWindow->y(), space.height()));
+}
+
 // A group graph has its size before the area places it, a tabbed one only afterwards.
 void addLikeAGroupGraph(QMdiArea &area)
 {
@@ -57,6 +64,7 @@ void addLikeAGroupGraph(QMdiArea &area)
     area.addSubWindow(subWindow);
     subWindow->setWidget(new QWidget);
     subWindow->show();
+    moveInside(area, subWindow);
 }
 
 void addLikeATabbedGraph(QMdiArea &area)
@@ -69,6 +77,8 @@ void addLikeATabbedGraph(QMdiArea &area)
     subWindow->setMinimumSize(715, 415);
     subWindow->setWidget(tabs);
     subWindow->show();
+    subWindow->resize(715, subWindow->sizeHint().height());
+    moveInside(area, subWindow);
 }
 
 QVector<QRect> places(const QMdiArea &area)
@@ -296,9 +306,9 @@ private Q_SLOTS:
     void graphsArePlacedBySizeAndOrder()
     {
         GraphTester tester;
-        tester.window->resize(900, 600);
+        tester.window->resize(2000, 1600);
         QCoreApplication::processEvents();
-        QCOMPARE(tester.window->size(), QSize(900, 600));
+        QCOMPARE(tester.window->size(), QSize(2000, 1600));
         QMdiArea area;
         area.resize(tester.area()->size());
         area.show();

@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "subwindowplacement.h"
+
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QScrollBar>
+
+namespace SubWindowPlacement
+{
+
+namespace
+{
+
+int thickness(const QScrollBar *bar)
+{
+    const bool isNeeded = bar->minimum() < bar->maximum();
+    return !isNeeded                           ? 0
+        : bar->orientation() == Qt::Horizontal ? bar->sizeHint().height()
+                                               : bar->sizeHint().width();
+}
+
+// The room beside the scroll bars that are needed, for which the viewport gets smaller only later.
+QSize roomBesideBars(const QMdiArea &area)
+{
+    return area.maximumViewportSize()
+        - QSize(thickness(area.verticalScrollBar()), thickness(area.horizontalScrollBar()));
+}
+
+void place(QMdiSubWindow &subWindow, const QSize &room)
+{
+    const int height =
+        openingHeight(subWindow.sizeHint().height(), subWindow.minimumHeight(), room.height());
+    subWindow.resize(subWindow.width(), height);
+    subWindow.move(inside(subWindow.geometry(), room));
+}
+
+} // namespace
+
+QPoint inside(const QRect &window, const QSize &room)
+{
+    return {qMax(0, qMin(window.x(), room.width() - window.width())),
+            qMax(0, qMin(window.y(), room.height() - window.height()))};
+}
+
+int openingHeight(int asked, int least, int room)
+{
+    return qMax(least, qMin(asked, room));
+}
+
+void showInside(const QMdiArea &area, QMdiSubWindow &subWindow)
+{
+    subWindow.show();
+    const bool isMaximized = subWindow.isMaximized();
+    if (isMaximized) {
+        subWindow.showNormal();
+    }
+    place(subWindow, area.maximumViewportSize());
+    place(subWindow, roomBesideBars(area));
+    if (isMaximized) {
+        subWindow.showMaximized();
+    }
+}
+
+void scrollTo(const QMdiArea &area, const QMdiSubWindow &subWindow)
+{
+    const QPoint way = subWindow.pos() - inside(subWindow.geometry(), area.viewport()->size());
+    area.horizontalScrollBar()->setValue(area.horizontalScrollBar()->value() + way.x());
+    area.verticalScrollBar()->setValue(area.verticalScrollBar()->value() + way.y());
+}
+
+} // namespace SubWindowPlacement
