@@ -5,11 +5,13 @@
 #include <array>
 
 #include <QAction>
+#include <QContextMenuEvent>
 #include <QCoreApplication>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QHeaderView>
 #include <QInputDialog>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QMdiArea>
 #include <QMdiSubWindow>
@@ -24,6 +26,7 @@
 #include "analysis/centers.h"
 #include "analysis/methodlabels.h"
 #include "analysis/patientanalysis.h"
+#include "focuskeys.h"
 #include "graphs/graphexport.h"
 #include "graphs/graphsubwindow.h"
 #include "graphs/resultsubwindow.h"
@@ -47,10 +50,22 @@ constexpr int bottomStripHeight = 200;
 constexpr int rightPanelWidth = 275;
 
 /// A table that Tab leaves: by default Tab would go round its cells for ever, which the arrow keys
-/// reach as well.
+/// reach as well. Shift+F10 opens its context menu as the Menu key does.
 class Table : public QTableView
 {
 protected:
+    // Should the system ask for the menu as well, as Windows may, the toolkit asks the open menu,
+    // which has none.
+    void keyPressEvent(QKeyEvent *event) override
+    {
+        if (event->key() != Qt::Key_F10 || event->modifiers() != Qt::ShiftModifier) {
+            QTableView::keyPressEvent(event);
+            return;
+        }
+        const QPoint cell = inputMethodQuery(Qt::ImCursorRectangle).toRect().center();
+        QContextMenuEvent menuKey(QContextMenuEvent::Keyboard, cell, mapToGlobal(cell));
+        QCoreApplication::sendEvent(this, &menuKey);
+    }
     bool focusNextPrevChild(bool next) override
     {
         // NOLINTNEXTLINE(bugprone-parent-virtual-call): QAbstractItemView's keeps Tab inside.
@@ -190,6 +205,7 @@ void MainWindow::createWidgets()
     columns->addLayout(new LeftColumn(mdiArea, bottomStrip, scoreTable, groupGraphSize.height()));
     columns->addWidget(createRightPanel());
     setCentralWidget(central);
+    new FocusKeys(patientTable, scoreTable, mdiArea);
 }
 
 QBoxLayout *MainWindow::createScoreStrip()
