@@ -26,6 +26,7 @@
 #include "analysis/centers.h"
 #include "analysis/methodlabels.h"
 #include "analysis/patientanalysis.h"
+#include "cuttexttips.h"
 #include "focuskeys.h"
 #include "graphs/graphexport.h"
 #include "graphs/graphsubwindow.h"
@@ -206,6 +207,7 @@ void MainWindow::createWidgets()
     columns->addWidget(createRightPanel());
     setCentralWidget(central);
     new FocusKeys(patientTable, scoreTable, mdiArea);
+    new CutTextTips(this);
 }
 
 QBoxLayout *MainWindow::createScoreStrip()
