@@ -40,6 +40,17 @@ ShownText textAt(const QTableView &table, const QPoint &position)
     return {cell.data().toString(), table.sizeHintForIndex(cell), table.visualRect(cell)};
 }
 
+// The headings of what is selected are bold.
+QFont fontOf(const QHeaderView &header, int section)
+{
+    QFont font = header.font();
+    const QItemSelectionModel *const selection = header.selectionModel();
+    font.setBold(header.orientation() == Qt::Horizontal
+                     ? selection->columnIntersectsSelection(section, {})
+                     : selection->rowIntersectsSelection(section, {}));
+    return font;
+}
+
 ShownText textAt(const QHeaderView &header, const QPoint &position)
 {
     const int section = header.logicalIndexAt(position);
@@ -48,7 +59,8 @@ ShownText textAt(const QHeaderView &header, const QPoint &position)
     }
     const QString text = header.model()->headerData(section, header.orientation()).toString();
     const int margin = 2 * header.style()->pixelMetric(QStyle::PM_HeaderMargin, nullptr, &header);
-    const QSize needed = header.fontMetrics().size(0, text) + QSize(margin, margin);
+    const QSize needed =
+        QFontMetrics(fontOf(header, section)).size(0, text) + QSize(margin, margin);
     const int start = header.sectionViewportPosition(section);
     const int length = header.sectionSize(section);
     return {text, needed,

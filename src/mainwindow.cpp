@@ -74,6 +74,17 @@ protected:
     }
 };
 
+/// An area that needs no scroll bars as soon as there is room for all graphs again.
+class GraphArea : public QMdiArea
+{
+protected:
+    void resizeEvent(QResizeEvent *event) override
+    {
+        SubWindowPlacement::scrollBack(*this);
+        QMdiArea::resizeEvent(event);
+    }
+};
+
 template<typename Widget>
 Widget *withAccessibleName(Widget *widget, const QString &name)
 {
@@ -194,7 +205,7 @@ void MainWindow::createMenus()
 
 void MainWindow::createWidgets()
 {
-    mdiArea = withAccessibleName(new QMdiArea, tr("Graphs"));
+    mdiArea = withAccessibleName<QMdiArea>(new GraphArea, tr("Graphs"));
     mdiArea->setHorizontalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     mdiArea->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
     auto *bottomStrip = new QWidget;

@@ -34,6 +34,13 @@ void place(QMdiSubWindow &subWindow, const QSize &room)
     subWindow.move(inside(subWindow.geometry(), room));
 }
 
+void scroll(const QMdiArea &area, const QRect &window, const QSize &room)
+{
+    const QPoint way = window.topLeft() - inside(window, room);
+    area.horizontalScrollBar()->setValue(area.horizontalScrollBar()->value() + way.x());
+    area.verticalScrollBar()->setValue(area.verticalScrollBar()->value() + way.y());
+}
+
 } // namespace
 
 QPoint inside(const QRect &window, const QSize &room)
@@ -63,9 +70,25 @@ void showInside(const QMdiArea &area, QMdiSubWindow &subWindow)
 
 void scrollTo(const QMdiArea &area, const QMdiSubWindow &subWindow)
 {
-    const QPoint way = subWindow.pos() - inside(subWindow.geometry(), area.viewport()->size());
-    area.horizontalScrollBar()->setValue(area.horizontalScrollBar()->value() + way.x());
-    area.verticalScrollBar()->setValue(area.verticalScrollBar()->value() + way.y());
+    scroll(area, subWindow.geometry(), area.viewport()->size());
+}
+
+void scrollBack(const QMdiArea &area)
+{
+    QRect all;
+    for (const QMdiSubWindow *subWindow : area.subWindowList()) {
+        if (subWindow->isMaximized()) {
+            return;
+        }
+        // Minimized ones keep to the lower edge.
+        if (!subWindow->isMinimized()) {
+            all |= subWindow->geometry();
+        }
+    }
+    const QSize room = area.maximumViewportSize();
+    if (all.size().boundedTo(room) == all.size()) {
+        scroll(area, all, room);
+    }
 }
 
 } // namespace SubWindowPlacement

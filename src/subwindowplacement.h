@@ -27,4 +27,9 @@ void showInside(const QMdiArea &area, QMdiSubWindow &subWindow);
 /// Scrolls \p area until \p subWindow lies inside as far as it fits.
 void scrollTo(const QMdiArea &area, const QMdiSubWindow &subWindow);
 
+/// Scrolls \p area until all its sub-windows lie inside, if there is room for them. To be called
+/// when the area has got another size and has not yet looked for what lies outside: two scroll bars
+/// that only take each other's room would stay.
+void scrollBack(const QMdiArea &area);
+
 } // namespace SubWindowPlacement

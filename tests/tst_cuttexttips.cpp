@@ -144,6 +144,23 @@ private Q_SLOTS:
         QCOMPARE(tipOfCell(tester.scoreTable(), 0, 0), QString());
     }
 
+    // Selected, it is bold.
+    void headingThatFitsOnlyUnselectedShows()
+    {
+        Tester tester;
+        tester.openPatient("MMMMMMMM");
+        QHeaderView *const header = tester.scoreTable()->horizontalHeader();
+        QFont bold = header->font();
+        bold.setBold(true);
+        const int width = header->fontMetrics().horizontalAdvance("MMMMMMMM");
+        const int boldWidth = QFontMetrics(bold).horizontalAdvance("MMMMMMMM");
+        QVERIFY(boldWidth > width + 2);
+        tester.scoreTable()->setColumnWidth(0, (width + boldWidth) / 2 + 8);
+        QCOMPARE(tipOfHeading(header, 0), QString());
+        tester.scoreTable()->selectColumn(0);
+        QCOMPARE(tipOfHeading(header, 0), QString("MMMMMMMM"));
+    }
+
     void methodsOfANarrowTableShow()
     {
         Tester tester;

@@ -189,6 +189,23 @@ private Q_SLOTS:
         QCOMPARE(placesOf(tester), places);
     }
 
+    void scrollBarsGoWhenThereIsRoomAgain()
+    {
+        Tester tester(QSize(1366, 768));
+        tester.makeFourGraphs();
+        QMdiSubWindow *const corner = tester.subWindows().first();
+        const QPoint end = tester.room().bottomRight() - corner->rect().bottomRight();
+        corner->move(end);
+        const QVector<QRect> places = placesOf(tester);
+        tester.resize(QSize(700, 500));
+        tester.area()->horizontalScrollBar()->setValue(300);
+        tester.area()->verticalScrollBar()->setValue(200);
+        tester.resize(QSize(1366, 768));
+        QVERIFY(!tester.area()->horizontalScrollBar()->isVisible());
+        QVERIFY(!tester.area()->verticalScrollBar()->isVisible());
+        QCOMPARE(placesOf(tester), places);
+    }
+
     void graphMovedOutsideCanBeScrolledTo()
     {
         Tester tester(QSize(1366, 768));
