@@ -16,6 +16,7 @@ if(Eigen3_VERSION VERSION_LESS 3.3)
 endif()
 find_package(SimpleIni REQUIRED)
 find_package(EXPAT 2.4 REQUIRED)
+find_package(ZLIB REQUIRED)
 
 # The library's own package file asks for its command line tools too, which are packaged apart.
 find_package(PkgConfig REQUIRED)

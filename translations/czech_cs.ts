@@ -526,8 +526,8 @@
         <translation>vyžaduje neznámé rozšíření</translation>
     </message>
     <message>
-        <source>the archive cannot be read</source>
-        <translation>archiv nelze přečíst</translation>
+        <source>it cannot be read</source>
+        <translation>nelze přečíst</translation>
     </message>
 </context>
 <context>

@@ -26,6 +26,12 @@ quint32 checksum(const QByteArray &bytes)
     return ~sum;
 }
 
+// The toolkit puts a length and a header of zlib before it, and another checksum after it.
+QByteArray deflated(const QByteArray &bytes)
+{
+    return qCompress(bytes).mid(6).chopped(4);
+}
+
 constexpr quint32 wide = 0xffffffff;
 
 } // namespace
@@ -47,24 +53,28 @@ QByteArray HandmadeArchive::bytes() const
     const QByteArray sizes = zip64 ? le<quint32>(wide) + le<quint32>(wide) : QByteArray();
     for (const auto &[path, content] : parts) {
         const QByteArray name = path.toUtf8();
+        const bool hasExtra = path == extraPart;
+        QByteArray packed = deflated ? ::deflated(content) : content;
+        packed = hasExtra ? packed.chopped(qMin(missing, int(packed.size()))) + surplus : packed;
         const quint64 size = quint64(content.size());
-        const QByteArray both = le<quint64>(size) + le<quint64>(size);
+        const quint64 packedSize = quint64(packed.size());
+        const QByteArray both = le<quint64>(size) + le<quint64>(packedSize);
+        const QByteArray usual = le<quint32>(packedSize) + le<quint32>(size);
         const QByteArray sum = le<quint32>(checksum(content));
         const QByteArray offset = le<quint32>(base + quint32(archive.size()));
         const QByteArray longOffset = le<quint64>(base + quint64(archive.size()));
-        const QByteArray known = sum + (zip64 ? sizes : le<quint32>(size) + le<quint32>(size));
-        const QByteArray common =
-            le<quint16>(20) + le<quint16>(descriptors ? 8 : 0) + QByteArray(6, '\0');
-        const bool hasExtra = path == extraPart;
+        const QByteArray known = sum + (zip64 ? sizes : usual);
+        const QByteArray common = le<quint16>(20) + le<quint16>(descriptors ? 8 : 0)
+            + le<quint16>(deflated ? 8 : 0) + QByteArray(4, '\0');
         const QByteArray local =
             (zip64 ? extra(1, both) : QByteArray()) + (hasExtra ? localExtra : QByteArray());
         const QByteArray central = (zip64 ? extra(1, both + longOffset) : QByteArray())
             + (hasExtra ? listExtra : QByteArray());
         archive += "PK\3\4" + common + (descriptors ? QByteArray(12, '\0') : known)
             + le<quint16>(quint64(name.size())) + le<quint16>(quint64(local.size())) + name + local
-            + content;
+            + packed;
         archive += descriptors
-            ? "PK\7\10" + sum + (zip64 ? both : le<quint32>(size) + le<quint32>(size))
+            ? "PK\7\10" + sum + (zip64 ? le<quint64>(packedSize) + le<quint64>(size) : usual)
             : QByteArray();
         list += "PK\1\2" + le<quint16>(20) + common + known + le<quint16>(quint64(name.size()))
             + le<quint16>(quint64(central.size())) + QByteArray(10, '\0')

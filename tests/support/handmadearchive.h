@@ -3,14 +3,19 @@
 
 #include "support/handmadeworkbook.h"
 
-/// A ZIP archive that a test writes itself, down to the bytes; nothing in it is compressed. Its
-/// default is one as every program writes it.
+/// A ZIP archive that a test writes itself, down to the bytes. Its default is one as every program
+/// writes it, but for that nothing in it is compressed.
 struct HandmadeArchive {
     HandmadeWorkbook::Parts parts;
     /// Sizes and places in fields of eight bytes, with the records that belong to them.
     bool zip64 = false;
     /// Sizes and checksums after the bytes of each part instead of before them.
     bool descriptors = false;
+    bool deflated = false;
+    /// What follows the bytes of the part \c extraPart and counts as more of them, and how many are
+    /// missing at their end.
+    QByteArray surplus;
+    int missing = 0;
     /// Extra fields of the part \c extraPart in the list and before its bytes.
     QString extraPart;
     QByteArray listExtra;

@@ -17,6 +17,8 @@
 class ZipDirectory
 {
 public:
+    enum Method { Stored = 0, Deflated = 8 };
+
     struct Entry {
         QByteArray name;
         /// Another name, which an extra field gives; empty without one.
@@ -25,30 +27,24 @@ public:
         quint64 offset = 0;
         quint64 packedSize = 0;
         quint64 size = 0;
-        bool encrypted = false;
-        /// Whether it is neither encrypted nor packed in a way that workbooks do not know.
-        bool plain = false;
-        /// The 46 bytes of the entry.
-        QByteArray fixed;
+        quint32 checksum = 0;
+        /// How it is packed: a Method, or one that workbooks do not know.
+        quint64 method = Stored;
+        bool isEncrypted = false;
     };
 
     /// Reads the list of \p file, which has at most \p largest bytes.
     LoadError read(QFile *file, qint64 largest);
 
     const QVector<Entry> &entries() const { return m_entries; }
-    /// Where the list begins and the parts end.
-    qint64 offset() const { return m_offset; }
 
-    /// Whether the header of the part has the name of \p entry and its bytes end before the list.
-    bool isConfirmed(QFile *file, const Entry &entry) const;
-
-    /// What ends an archive of the same parts that nobody can read in two ways: the list written
-    /// anew, without anything optional, and an end record so far from it that no other is found.
-    QByteArray rewritten() const;
+    /// Where the bytes of the part \p entry begin in \p file. 0 unless its header has the same name
+    /// and its bytes end before the list.
+    quint64 begin(QFile *file, const Entry &entry) const;
 
 private:
     LoadError readEntries(const QByteArray &list, quint64 count);
 
     QVector<Entry> m_entries;
-    qint64 m_offset = 0;
+    quint64 m_offset = 0; // of the list, where the parts end
 };

@@ -1,100 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "xlsx/reading/zippackage.h"
 
-#include <zip.h>
-
-// What libzip reads: the parts as they stand in the file, and the list of them as it was checked.
-struct ZipPackage::Source {
-    QFile *file = nullptr;
-    qint64 partsEnd = 0;
-    QByteArray list;
-    qint64 position = 0;
-    zip_error_t error = {};
-
-    qint64 size() const { return partsEnd + list.size(); }
-
-    zip_int64_t fail(int code)
-    {
-        zip_error_set(&error, code, 0);
-        return -1;
-    }
-
-    zip_int64_t read(char *data, qint64 length)
-    {
-        qint64 count = 0;
-        if (position < partsEnd) {
-            count = file->seek(position) ? file->read(data, qMin(length, partsEnd - position)) : -1;
-        } else {
-            count = qMin(length, size() - position);
-            std::copy_n(list.constData() + (position - partsEnd), count, data);
-        }
-        position += qMax<qint64>(count, 0);
-        return count < 0 ? fail(ZIP_ER_READ) : count;
-    }
-
-    zip_int64_t seek(void *data, zip_uint64_t length)
-    {
-        const zip_int64_t offset =
-            zip_source_seek_compute_offset(static_cast<zip_uint64_t>(position),
-                                           static_cast<zip_uint64_t>(size()), data, length, &error);
-        position = qMax<qint64>(offset, 0);
-        return offset < 0 ? -1 : 0;
-    }
-
-    zip_int64_t describe(void *data) const
-    {
-        auto *const stat = static_cast<zip_stat_t *>(data);
-        zip_stat_init(stat);
-        stat->size = static_cast<zip_uint64_t>(size());
-        stat->valid = ZIP_STAT_SIZE;
-        return sizeof(zip_stat_t);
-    }
-
-    static zip_int64_t call(void *self, void *data, zip_uint64_t length, zip_source_cmd_t command)
-    {
-        auto *const source = static_cast<Source *>(self);
-        switch (command) {
-        case ZIP_SOURCE_OPEN:
-            source->position = 0;
-            return 0;
-        case ZIP_SOURCE_READ:
-            return source->read(static_cast<char *>(data), static_cast<qint64>(length));
-        case ZIP_SOURCE_SEEK:
-            return source->seek(data, length);
-        case ZIP_SOURCE_TELL:
-            return source->position;
-        case ZIP_SOURCE_STAT:
-            return source->describe(data);
-        case ZIP_SOURCE_ERROR:
-            return zip_error_to_data(&source->error, data, length);
-        case ZIP_SOURCE_CLOSE:
-        case ZIP_SOURCE_FREE:
-            return 0;
-        case ZIP_SOURCE_SUPPORTS:
-            return ZIP_SOURCE_SUPPORTS_SEEKABLE;
-        default:
-            return source->fail(ZIP_ER_OPNOTSUPP);
-        }
-    }
-};
-
-struct ZipPackage::Archive {
-    explicit Archive(zip_t *opened) : zip(opened, &zip_discard) { }
-
-    std::unique_ptr<zip_t, decltype(&zip_discard)> zip;
-};
-
-struct ZipPart::File {
-    explicit File(zip_file_t *opened) : zip(opened, &zip_fclose) { }
-
-    std::unique_ptr<zip_file_t, decltype(&zip_fclose)> zip;
-};
+#include <zlib.h>
 
 namespace
 {
 
-// Instead of an index: several parts could have that name.
-constexpr int ambiguous = -1;
+constexpr const char *damagedBytes = QT_TRANSLATE_NOOP("MainWindow", "its bytes are damaged");
 
 // What equal names have in common.
 QByteArray key(QByteArray name)
@@ -116,46 +28,28 @@ QByteArray keyInArchive(QByteArray name)
     return key(QByteArray::fromPercentEncoding(name));
 }
 
-} // namespace
-
-ZipPackage::ZipPackage(const WorkbookLimits &limits) : m_limits(limits) { }
-ZipPackage::~ZipPackage() = default;
-
-LoadError ZipPackage::open(QFile *file)
+Bytef *bytes(char *data)
 {
-    if (LoadError error = m_directory.read(file, m_limits.directorySize); error) {
-        return error;
-    }
-    m_source = std::make_unique<Source>();
-    m_source->file = file;
-    m_source->partsEnd = m_directory.offset();
-    m_source->list = m_directory.rewritten();
-    zip_source_t *const source = zip_source_function_create(&Source::call, m_source.get(), nullptr);
-    zip_t *const zip =
-        source == nullptr ? nullptr : zip_open_from_source(source, ZIP_RDONLY, nullptr);
-    if (zip == nullptr) {
-        zip_source_free(source);
-        return LoadError::damaged(QT_TRANSLATE_NOOP("MainWindow", "the archive cannot be read"));
-    }
-    m_archive = std::make_unique<Archive>(zip);
-    listParts();
-    return LoadError::None;
+    return reinterpret_cast<Bytef *>(data);
 }
 
+} // namespace
+
 // Nobody knows which of two parts with one name is the right one, nor which of two names is.
-void ZipPackage::listParts()
+LoadError ZipPackage::open(QFile *file)
 {
-    const QVector<ZipDirectory::Entry> &entries = m_directory.entries();
-    for (int index = 0; index < entries.size(); ++index) {
-        const ZipDirectory::Entry &entry = entries.at(index);
+    m_file = file;
+    LoadError error = m_directory.read(file, m_limits.directorySize);
+    for (const ZipDirectory::Entry &entry : m_directory.entries()) {
         const QByteArray name = keyInArchive(entry.name);
         if (!entry.otherName.isEmpty()) {
-            m_parts.insert(name, ambiguous);
-            m_parts.insert(keyInArchive(entry.otherName), ambiguous);
+            m_parts.insert(name, nullptr);
+            m_parts.insert(keyInArchive(entry.otherName), nullptr);
         } else if (!entry.name.endsWith('/')) { // no folder
-            m_parts.insert(name, m_parts.contains(name) ? ambiguous : index);
+            m_parts.insert(name, m_parts.contains(name) ? nullptr : &entry);
         }
     }
+    return error;
 }
 
 bool ZipPackage::contains(const QByteArray &name) const
@@ -163,36 +57,45 @@ bool ZipPackage::contains(const QByteArray &name) const
     return m_parts.contains(key(name));
 }
 
+void ZipPart::FreeStream::operator()(z_stream_s *stream) const
+{
+    inflateEnd(stream);
+    delete stream;
+}
+
 ZipPart::ZipPart(ZipPackage *package, const QByteArray &name, qint64 largest)
-    : m_package(package), m_largest(largest), m_error(open(name))
+    : m_package(package), m_error(open(name, largest))
 {
 }
 
 ZipPart::~ZipPart() = default;
 
-LoadError ZipPart::open(const QByteArray &name)
+LoadError ZipPart::open(const QByteArray &name, qint64 largest)
 {
-    const int index = m_package->m_parts.value(key(name), ambiguous);
     if (!m_package->contains(name)) {
         return LoadError::damaged(QT_TRANSLATE_NOOP("MainWindow", "it is missing"));
     }
-    if (index == ambiguous) {
+    m_entry = m_package->m_parts.value(key(name));
+    if (m_entry == nullptr) {
         return LoadError::damaged(QT_TRANSLATE_NOOP("MainWindow", "it occurs twice"));
     }
-    const ZipDirectory::Entry &entry = m_package->m_directory.entries().at(index);
-    if (entry.encrypted) {
+    if (m_entry->isEncrypted) {
         return LoadError::PasswordProtected;
     }
-    if (entry.size > static_cast<quint64>(m_largest)) {
+    if (m_entry->size > quint64(largest)) {
         return LoadError::TooLarge;
     }
-    if (entry.plain && m_package->m_directory.isConfirmed(m_package->m_source->file, entry)) {
-        m_file = std::make_unique<File>(
-            zip_fopen_index(m_package->m_archive->zip.get(), static_cast<zip_uint64_t>(index), 0));
+    m_next = qint64(m_package->m_directory.begin(m_package->m_file, *m_entry));
+    m_end = m_next + qint64(m_entry->packedSize);
+    m_isUnpacked = m_entry->method == ZipDirectory::Stored;
+    if (m_entry->method == ZipDirectory::Deflated) {
+        constexpr int usualPiece = 16 * 1024;
+        m_packed.resize(usualPiece);
+        m_stream.reset(new z_stream_s());
+        inflateInit2(m_stream.get(), -MAX_WBITS); // without a header of its own
     }
-    return m_file && m_file->zip
-        ? LoadError()
-        : LoadError::damaged(QT_TRANSLATE_NOOP("MainWindow", "its bytes are damaged"));
+    return m_next > 0 && (m_isUnpacked || m_stream) ? LoadError()
+                                                    : LoadError::damaged(damagedBytes);
 }
 
 int ZipPart::read(char *data, int size)
@@ -200,16 +103,41 @@ int ZipPart::read(char *data, int size)
     if (m_error) {
         return 0;
     }
-    const zip_int64_t count = zip_fread(m_file->zip.get(), data, static_cast<zip_uint64_t>(size));
-    if (count < 0) {
-        m_error = LoadError::damaged(QT_TRANSLATE_NOOP("MainWindow", "its bytes are damaged"));
-        return 0;
-    }
-    m_size += count;
+    const int count = m_stream ? unpack(data, size) : fetch(data, size);
+    m_size += quint64(count);
+    m_checksum = quint32(crc32(m_checksum, bytes(data), uInt(count)));
     m_package->m_unpacked += count;
-    if (m_size > m_largest || m_package->m_unpacked > m_package->m_limits.unpackedSize) {
+    const bool isWhole = m_isUnpacked && m_next == m_end && m_size == m_entry->size
+        && m_checksum == m_entry->checksum;
+    if (m_package->m_unpacked > m_package->m_limits.unpackedSize) {
         m_error = LoadError::TooLarge;
-        return 0;
+    } else if (m_size > m_entry->size || (count == 0 && !isWhole)) {
+        m_error = LoadError::damaged(damagedBytes);
     }
-    return static_cast<int>(count);
+    return m_error ? 0 : count;
+}
+
+// The bytes as they stand in the file.
+int ZipPart::fetch(char *data, int size)
+{
+    QFile *const file = m_package->m_file;
+    const qint64 wanted = qMin<qint64>(size, m_end - m_next);
+    const qint64 count = file->seek(m_next) ? qMax<qint64>(0, file->read(data, wanted)) : 0;
+    m_next += count;
+    return int(count);
+}
+
+int ZipPart::unpack(char *data, int size)
+{
+    m_stream->next_out = bytes(data);
+    m_stream->avail_out = uInt(size);
+    for (int result = Z_OK; result == Z_OK && m_stream->avail_out > 0;) {
+        if (m_stream->avail_in == 0) {
+            m_stream->next_in = bytes(m_packed.data());
+            m_stream->avail_in = uInt(fetch(m_packed.data(), int(m_packed.size())));
+        }
+        result = inflate(m_stream.get(), Z_NO_FLUSH);
+        m_isUnpacked = result == Z_STREAM_END && m_stream->avail_in == 0;
+    }
+    return size - int(m_stream->avail_out);
 }

@@ -11,12 +11,13 @@
 #include "xlsx/reading/workbooklimits.h"
 #include "xlsx/reading/zipdirectory.h"
 
+struct z_stream_s;
+
 /// The parts of a ZIP archive, within limits.
 class ZipPackage
 {
 public:
-    explicit ZipPackage(const WorkbookLimits &limits = {});
-    ~ZipPackage();
+    explicit ZipPackage(const WorkbookLimits &limits = {}) : m_limits(limits) { }
     Q_DISABLE_COPY_MOVE(ZipPackage)
 
     const WorkbookLimits &limits() const { return m_limits; }
@@ -30,21 +31,17 @@ public:
 
 private:
     friend class ZipPart;
-    struct Source;
-    struct Archive;
-
-    void listParts();
 
     WorkbookLimits m_limits;
+    QFile *m_file = nullptr;
     ZipDirectory m_directory;
-    std::unique_ptr<Source> m_source;
-    std::unique_ptr<Archive> m_archive;
-    QHash<QByteArray, int> m_parts;
+    // Null where several parts could have the name.
+    QHash<QByteArray, const ZipDirectory::Entry *> m_parts;
     qint64 m_unpacked = 0;
 };
 
 /// One part of a package, unpacked as it is read. What it holds counts only when it was read to
-/// its end, where its checksum is looked at.
+/// its end, where its size and its checksum are looked at.
 class ZipPart
 {
 public:
@@ -55,18 +52,28 @@ public:
     Q_DISABLE_COPY_MOVE(ZipPart)
 
     /// Unpacks up to \p size bytes into \p data; returns how many, 0 at the end or after an error.
+    /// Fewer than \p size are the last ones.
     int read(char *data, int size);
 
     const LoadError &error() const { return m_error; }
 
 private:
-    struct File;
+    struct FreeStream {
+        void operator()(z_stream_s *stream) const;
+    };
 
-    LoadError open(const QByteArray &name);
+    LoadError open(const QByteArray &name, qint64 largest);
+    int fetch(char *data, int size);
+    int unpack(char *data, int size);
 
     ZipPackage *m_package;
-    std::unique_ptr<File> m_file;
-    qint64 m_largest;
-    qint64 m_size = 0;
+    const ZipDirectory::Entry *m_entry = nullptr;
+    qint64 m_next = 0; // in the file, up to the end of the packed bytes
+    qint64 m_end = 0;
+    QByteArray m_packed;
+    std::unique_ptr<z_stream_s, FreeStream> m_stream; // null for what is not packed
+    bool m_isUnpacked = false;
+    quint64 m_size = 0; // of what was unpacked so far
+    quint32 m_checksum = 0;
     LoadError m_error;
 };
