@@ -1,19 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "xlsx/reading/cellformats.h"
 
-#include <algorithm>
-#include <array>
-
 using NumberFormats::Kind;
-
-namespace
-{
-
-constexpr std::array<const char *, 9> others = {"fonts",        "fills",      "borders",
-                                                "cellStyleXfs", "cellStyles", "dxfs",
-                                                "tableStyles",  "colors",     "extLst"};
-
-} // namespace
 
 Kind CellFormats::kind(int index) const
 {
@@ -32,71 +20,45 @@ Kind CellFormats::kind(int index) const
 // An unknown section could hold the formats.
 void CellFormats::read(XmlCursor *xml)
 {
-    bool hasNumberFormats = false;
-    bool hasCellFormats = false;
+    const auto readNumberFormats = [&] {
+        xml->readChildren({}, XmlChild{"numFmt", [&] { readNumberFormat(xml); }});
+    };
     xml->enter("styleSheet");
-    while (xml->nextSection()) {
-        if (xml->is("numFmts")) {
-            xml->once(&hasNumberFormats);
-            readNumberFormats(xml);
-        } else if (xml->is("cellXfs")) {
-            xml->once(&hasCellFormats);
-            readCellFormats(xml);
-        } else if (std::any_of(others.begin(), others.end(),
-                               [xml](const char *name) { return xml->is(name); })) {
-            xml->skip();
-        } else {
-            xml->failElement();
-        }
-    }
-}
-
-void CellFormats::readNumberFormats(XmlCursor *xml)
-{
-    xml->allowAnyAttributes();
-    while (xml->nextChild()) {
-        if (!xml->is("numFmt")) {
-            xml->failElement();
-        } else if (m_custom.size() >= xml->limits().listEntries) {
-            xml->fail(LoadError::TooLarge);
-        } else {
-            addNumberFormat(xml);
-            xml->readNothing();
-        }
-    }
+    xml->readSections({"fonts", "fills", "borders", "cellStyleXfs", "cellStyles", "dxfs",
+                       "tableStyles", "colors", "extLst"},
+                      XmlChild{"numFmts", readNumberFormats},
+                      XmlChild{"cellXfs", [&] { readCellFormats(xml); }});
 }
 
 // Without a number no cell can name it; without a code it is not there for those that do.
-void CellFormats::addNumberFormat(XmlCursor *xml)
+void CellFormats::readNumberFormat(XmlCursor *xml)
 {
-    xml->allowAttributes({"numFmtId", "formatCode"}, {});
+    xml->limitList(int(m_custom.size()));
+    xml->allowAttributes({"numFmtId", "formatCode"});
     const char *const id = xml->attribute("numFmtId");
     const char *const code = xml->attribute("formatCode");
-    if (id == nullptr) {
-        return;
+    if (id != nullptr) {
+        bool isNumber = false;
+        const int number = QByteArray(id).toInt(&isNumber);
+        const Kind kind =
+            code == nullptr ? Kind::Missing : NumberFormats::customKind(QString::fromUtf8(code));
+        if (!isNumber) {
+            xml->failIndex();
+        } else if (m_custom.value(number, kind) != kind) {
+            xml->fail(LoadError::doubled);
+        }
+        m_custom.insert(number, kind);
     }
-    bool isNumber = false;
-    const int number = QByteArray(id).toInt(&isNumber);
-    if (!isNumber) {
-        xml->failIndex();
-        return;
-    }
-    const Kind kind = code == nullptr                        ? Kind::Missing
-        : NumberFormats::isDateCode(QString::fromUtf8(code)) ? Kind::Date
-                                                             : Kind::Number;
-    if (m_custom.value(number, kind) != kind) {
-        xml->fail(QT_TRANSLATE_NOOP("MainWindow", "it occurs twice"));
-    }
-    m_custom.insert(number, kind);
+    xml->readNothing();
 }
 
 void CellFormats::readCellFormats(XmlCursor *xml)
 {
-    xml->allowAnyAttributes();
+    xml->allowAttributes({}, {XmlCursor::any});
     while (xml->nextChildOrMarkup()) {
-        if (xml->isMarkup() && xml->is("AlternateContent")) {
+        if (xml->isMarkup("AlternateContent")) {
             readAlternatives(xml);
-        } else if (!xml->isMarkup() && xml->is("xf")) {
+        } else if (xml->is("xf")) {
             readCellFormat(xml);
         } else {
             xml->failElement();
@@ -107,63 +69,41 @@ void CellFormats::readCellFormats(XmlCursor *xml)
 // Whatever else a format holds says nothing of dates, but a format in it could be its neighbour.
 void CellFormats::readCellFormat(XmlCursor *xml)
 {
-    xml->allowAnyAttributes({"numFmtId"});
+    xml->allowAttributes({"numFmtId"}, {XmlCursor::any});
     const QByteArray text = xml->attribute("numFmtId");
     bool isNumber = true;
-    const int number = text.isEmpty() ? 0 : text.toInt(&isNumber);
+    m_formats.append(text.isEmpty() ? 0 : text.toInt(&isNumber));
     if (!isNumber) {
         xml->failIndex();
-    } else if (m_formats.size() >= xml->limits().cellFormats) {
+    } else if (m_formats.size() > xml->limits().cellFormats) {
         xml->fail(LoadError::TooLarge);
     }
-    m_formats.append(number);
-    while (xml->nextSection()) {
-        if (xml->is("xf")) {
-            xml->failElement();
-        } else {
-            xml->skip();
-        }
-    }
+    xml->readSections({XmlCursor::any}, XmlChild{"xf", [&] { xml->failElement(); }});
 }
 
 // The first choice that asks for nothing unknown counts, or else the fallback, which comes last.
+// It holds one format, and all of them count as that one.
 void CellFormats::readAlternatives(XmlCursor *xml)
 {
-    bool isTaken = false;
+    const int before = int(m_formats.size());
     bool hasChoice = false;
     bool hasFallback = false;
-    xml->allowAttributes({}, {});
-    while (xml->nextMarkup()) {
-        const bool isChoice = xml->is("Choice");
-        const bool isFallback = xml->is("Fallback");
-        xml->allowAttributes({isChoice ? "Requires" : ""}, {});
-        if (hasFallback || (!isChoice && !(isFallback && hasChoice))
-            || (isChoice && xml->requirement() == XmlCursor::Broken)) {
+    bool isTaken = false;
+    xml->allowAttributes({});
+    while (xml->nextChildOrMarkup()) {
+        const bool isChoice = xml->isMarkup("Choice");
+        const bool isFallback = xml->isMarkup("Fallback") && hasChoice;
+        xml->allowAttributes({isChoice ? "Requires" : ""});
+        if (hasFallback || !(isChoice ? xml->isMet().has_value() : isFallback)) {
             xml->failElement();
-        } else if (isTaken || (isChoice && xml->requirement() == XmlCursor::Unmet)) {
+        } else if (isTaken || (isChoice && !*xml->isMet())) {
             xml->skip();
         } else {
             isTaken = true;
-            readBranch(xml);
+            xml->readChildren({}, XmlChild{"xf", [&] { readCellFormat(xml); }});
         }
-        hasChoice = hasChoice || isChoice;
+        hasChoice = true;
         hasFallback = isFallback;
-    }
-    if (!isTaken) {
-        xml->failElement();
-    }
-}
-
-// Both branches count as one format.
-void CellFormats::readBranch(XmlCursor *xml)
-{
-    const int before = int(m_formats.size());
-    while (xml->nextChild()) {
-        if (xml->is("xf")) {
-            readCellFormat(xml);
-        } else {
-            xml->failElement();
-        }
     }
     if (m_formats.size() != before + 1) {
         xml->failElement();

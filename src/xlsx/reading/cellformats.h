@@ -26,12 +26,10 @@ public:
     NumberFormats::Kind kind(int index) const;
 
 private:
-    void readNumberFormats(XmlCursor *xml);
-    void addNumberFormat(XmlCursor *xml);
+    void readNumberFormat(XmlCursor *xml);
     void readCellFormats(XmlCursor *xml);
     void readCellFormat(XmlCursor *xml);
     void readAlternatives(XmlCursor *xml);
-    void readBranch(XmlCursor *xml);
 
     QHash<int, NumberFormats::Kind> m_custom;
     QVector<int> m_formats;

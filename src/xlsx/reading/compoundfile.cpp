@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "xlsx/reading/compoundfile.h"
 
-#include <array>
 #include <cstring>
-
-#include <QString>
 
 namespace CompoundFile
 {
@@ -17,14 +14,13 @@ namespace
 constexpr int entrySize = 128;
 constexpr int nameSize = 64;
 
-QByteArray entryName(const QString &name)
+QByteArray entryName(const QByteArray &name)
 {
-    QByteArray units;
-    for (const QChar character : name) {
-        units.append(static_cast<char>(character.unicode()));
-        units.append('\0');
+    QByteArray units(nameSize, '\0');
+    for (int i = 0; i < name.size(); ++i) {
+        units[2 * i] = name.at(i);
     }
-    return units.leftJustified(nameSize, '\0');
+    return units;
 }
 
 } // namespace
@@ -36,20 +32,19 @@ QByteArray signature()
 
 bool isEncryptedPackage(QFile *file)
 {
-    const std::array names = {entryName(QStringLiteral("EncryptionInfo")),
-                              entryName(QStringLiteral("EncryptedPackage"))};
     constexpr int pieceSize = 8192 * entrySize;
+    const QByteArray info = entryName("EncryptionInfo");
+    const QByteArray content = entryName("EncryptedPackage");
     file->seek(0);
-    QByteArray piece = file->read(pieceSize);
-    while (!piece.isEmpty()) {
-        for (int start = 0; start + entrySize <= piece.size(); start += entrySize) {
-            for (const QByteArray &entry : names) {
-                if (std::memcmp(piece.constData() + start, entry.constData(), nameSize) == 0) {
-                    return true;
-                }
+    for (QByteArray piece = file->read(pieceSize); !piece.isEmpty();
+         piece = file->read(pieceSize)) {
+        for (int at = 0; at + entrySize <= piece.size(); at += entrySize) {
+            const char *const entry = piece.constData() + at;
+            if (std::memcmp(entry, info.constData(), nameSize) == 0
+                || std::memcmp(entry, content.constData(), nameSize) == 0) {
+                return true;
             }
         }
-        piece = file->read(pieceSize);
     }
     return false;
 }

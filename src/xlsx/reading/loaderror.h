@@ -38,6 +38,9 @@ struct LoadError {
         return error;
     }
 
+    /// Words for what must be there once only.
+    static constexpr const char *doubled = QT_TRANSLATE_NOOP("MainWindow", "it occurs twice");
+
     /// This error, found in the part \p words.
     LoadError in(const char *words) &&
     {

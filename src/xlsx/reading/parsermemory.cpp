@@ -2,26 +2,18 @@
 #include "xlsx/reading/parsermemory.h"
 
 #include <cstdlib>
-#include <cstring>
 
 namespace
 {
 
-// Before each block stands its size, padded so that the block stays aligned.
-constexpr std::size_t headSize = alignof(std::max_align_t);
+// Stands before each block, padded so that the block stays aligned.
+struct alignas(std::max_align_t) Head {
+    qint64 size;
+};
 
-qint64 sizeOf(const char *head)
+Head *headOf(void *block)
 {
-    qint64 size = 0;
-    if (head != nullptr) {
-        std::memcpy(&size, head, sizeof size);
-    }
-    return size;
-}
-
-char *headOf(void *block)
-{
-    return block == nullptr ? nullptr : static_cast<char *>(block) - headSize;
+    return block == nullptr ? nullptr : static_cast<Head *>(block) - 1;
 }
 
 } // namespace
@@ -31,24 +23,23 @@ thread_local qint64 ParserMemory::s_used = 0;
 
 void *ParserMemory::reallocate(void *block, std::size_t size)
 {
-    char *const head = headOf(block);
-    const qint64 before = sizeOf(head);
-    const auto after = static_cast<qint64>(size);
-    if (s_used - before + after > s_limit) {
-        return nullptr;
-    }
-    auto *const moved = static_cast<char *>(std::realloc(head, size + headSize));
+    Head *const head = headOf(block);
+    const qint64 growth = static_cast<qint64>(size) - (head == nullptr ? 0 : head->size);
+    auto *const moved = s_used + growth > s_limit
+        ? nullptr
+        : static_cast<Head *>(std::realloc(head, sizeof(Head) + size));
     if (moved == nullptr) {
         return nullptr;
     }
-    std::memcpy(moved, &after, sizeof after);
-    s_used += after - before;
-    return moved + headSize;
+    moved->size = static_cast<qint64>(size);
+    s_used += growth;
+    return moved + 1;
 }
 
 void ParserMemory::free(void *block)
 {
-    char *const head = headOf(block);
-    s_used -= sizeOf(head);
-    std::free(head);
+    if (Head *const head = headOf(block); head != nullptr) {
+        s_used -= head->size;
+        std::free(head);
+    }
 }

@@ -1,49 +1,27 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "xlsx/reading/relationships.h"
 
-#include <algorithm>
-#include <array>
-#include <cstring>
 namespace
 {
 
-// Types of relationships: the transitional, the strict and, for macros, the vendors' base.
-constexpr std::array<const char *, 3> bases = {
-    "http://schemas.openxmlformats.org/officeDocument/2006/relationships/",
-    "http://purl.oclc.org/ooxml/officeDocument/relationships/",
-    "http://schemas.microsoft.com/office/2006/relationships/",
-};
+using Kind = Relationships::Kind;
 
-struct KindName {
-    const char *name;
-    Relationships::Kind kind;
-};
-
-constexpr std::array<KindName, 8> kindNames = {{
-    {"officeDocument", Relationships::Kind::Workbook},
-    {"worksheet", Relationships::Kind::Worksheet},
-    {"chartsheet", Relationships::Kind::OtherSheet},
-    {"dialogsheet", Relationships::Kind::OtherSheet},
-    {"xlMacrosheet", Relationships::Kind::OtherSheet},
-    {"xlIntlMacrosheet", Relationships::Kind::OtherSheet},
-    {"styles", Relationships::Kind::Styles},
-    {"sharedStrings", Relationships::Kind::SharedStrings},
-}};
-
-Relationships::Kind kindOf(const QByteArray &type)
+// The last word of a type tells the kind; what comes before it is the transitional, the strict or,
+// for macros, the vendors' base.
+Kind kindOf(const QByteArray &type)
 {
-    for (const char *const base : bases) {
-        if (!type.startsWith(base)) {
-            continue;
-        }
-        const QByteArray name = type.mid(static_cast<int>(std::strlen(base)));
-        for (const KindName &known : kindNames) {
-            if (name == known.name) {
-                return known.kind;
-            }
-        }
-    }
-    return Relationships::Kind::Other;
+    static const QList<QByteArray> bases = {
+        "http://schemas.openxmlformats.org/officeDocument/2006/relationships/",
+        "http://purl.oclc.org/ooxml/officeDocument/relationships/",
+        "http://schemas.microsoft.com/office/2006/relationships/"};
+    static const QHash<QByteArray, Kind> kinds = {
+        {"officeDocument", Kind::Workbook}, {"worksheet", Kind::Worksheet},
+        {"chartsheet", Kind::OtherSheet},   {"dialogsheet", Kind::OtherSheet},
+        {"xlMacrosheet", Kind::OtherSheet}, {"xlIntlMacrosheet", Kind::OtherSheet},
+        {"styles", Kind::Styles},           {"sharedStrings", Kind::SharedStrings}};
+    const int nameAt = int(type.lastIndexOf('/')) + 1;
+    return bases.contains(type.left(nameAt)) ? kinds.value(type.mid(nameAt), Kind::Other)
+                                             : Kind::Other;
 }
 
 QByteArray folderOf(const QByteArray &part)
@@ -67,11 +45,9 @@ QByteArray resolved(const QByteArray &source, const QByteArray &target)
     }
     QList<QByteArray> folders;
     for (const QByteArray &folder : path.split('/')) {
-        if (folder == "..") {
-            if (!folders.isEmpty()) {
-                folders.removeLast();
-            }
-        } else if (!folder.isEmpty() && folder != ".") {
+        if (folder == ".." && !folders.isEmpty()) {
+            folders.removeLast();
+        } else if (!folder.isEmpty() && folder != "." && folder != "..") {
             folders.append(folder);
         }
     }
@@ -106,37 +82,30 @@ QVector<QByteArray> Relationships::parts(Kind kind) const
 void Relationships::read(XmlCursor *xml)
 {
     int count = 0;
+    const auto readOne = [&] {
+        xml->limitList(count++);
+        readRelationship(xml);
+    };
     xml->enter("Relationships", XmlCursor::PackageRelationships);
-    xml->allowAnyAttributes();
-    while (xml->nextChild()) {
-        if (!xml->is("Relationship")) {
-            xml->failElement();
-        } else if (++count > xml->limits().listEntries) {
-            xml->fail(LoadError::TooLarge);
-        } else {
-            add(xml);
-            xml->readNothing();
-        }
-    }
+    xml->readChildren({}, XmlChild{"Relationship", readOne});
 }
 
-void Relationships::add(XmlCursor *xml)
+void Relationships::readRelationship(XmlCursor *xml)
 {
-    xml->allowAttributes({"Id", "Type", "Target", "TargetMode"}, {});
+    xml->allowAttributes({"Id", "Type", "Target", "TargetMode"});
     const QByteArray id = xml->attribute("Id");
     const QByteArray type = xml->attribute("Type");
     const QByteArray address = xml->attribute("Target");
     const QByteArray mode = xml->attribute("TargetMode");
     if (id.isEmpty() || type.isEmpty() || address.isEmpty()) {
         xml->fail(QT_TRANSLATE_NOOP("MainWindow", "an attribute is missing"));
-        return;
     }
     const bool isPart = (mode.isEmpty() || mode == "Internal") && !isAmbiguous(address);
-    const Target target = {kindOf(type), isPart ? resolved(m_source, address) : QByteArray()};
-    const auto known = m_targets.constFind(id);
-    if (known != m_targets.constEnd()
-        && (known->kind != target.kind || known->part != target.part)) {
+    const Target read = {kindOf(type), isPart ? resolved(m_source, address) : QByteArray()};
+    const Target *const known = target(id);
+    if (known != nullptr && (known->kind != read.kind || known->part != read.part)) {
         xml->fail(QT_TRANSLATE_NOOP("MainWindow", "two of them have the same name"));
     }
-    m_targets.insert(id, target);
+    m_targets.insert(id, read);
+    xml->readNothing();
 }

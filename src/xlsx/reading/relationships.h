@@ -44,7 +44,7 @@ public:
     QVector<QByteArray> parts(Kind kind) const;
 
 private:
-    void add(XmlCursor *xml);
+    void readRelationship(XmlCursor *xml);
 
     QByteArray m_source;
     QHash<QByteArray, Target> m_targets;

@@ -8,20 +8,14 @@ void SharedStrings::read(XmlCursor *xml)
 {
     QByteArray utf8;
     utf8.reserve(256); // which stays
-    xml->enter("sst");
-    xml->allowAnyAttributes();
-    while (xml->nextChild()) {
-        if (xml->is("extLst")) {
-            xml->skip();
-        } else if (xml->is("si")) {
-            utf8.resize(0);
-            readRichText(xml, &utf8);
-            m_texts.append(CellText::decode(utf8));
-            if (!m_budget->takeText(m_texts.constLast())) {
-                xml->fail(LoadError::TooLarge);
-            }
-        } else {
-            xml->failElement();
+    const auto readItem = [&] {
+        utf8.resize(0);
+        readRichText(xml, &utf8);
+        m_texts.append(CellText::decode(utf8));
+        if (!m_budget->takeText(m_texts.constLast())) {
+            xml->fail(LoadError::TooLarge);
         }
-    }
+    };
+    xml->enter("sst");
+    xml->readChildren({"extLst"}, XmlChild{"si", readItem});
 }

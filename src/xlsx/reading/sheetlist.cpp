@@ -5,25 +5,17 @@
 
 void SheetList::read(XmlCursor *xml)
 {
-    bool hasProperties = false;
-    bool hasSheets = false;
+    const auto readSheets = [&] {
+        xml->readChildren({}, XmlChild{"sheet", [&] { readSheet(xml); }});
+    };
     xml->enter("workbook");
-    while (xml->nextSection()) {
-        if (xml->is("workbookPr")) {
-            xml->once(&hasProperties);
-            readProperties(xml);
-        } else if (xml->is("sheets")) {
-            xml->once(&hasSheets);
-            readSheets(xml);
-        } else {
-            xml->skip();
-        }
-    }
+    xml->readSections({XmlCursor::any}, XmlChild{"workbookPr", [&] { readProperties(xml); }},
+                      XmlChild{"sheets", readSheets});
 }
 
 void SheetList::readProperties(XmlCursor *xml)
 {
-    xml->allowAnyAttributes({"date1904"});
+    xml->allowAttributes({"date1904"}, {XmlCursor::any});
     if (const char *const value = xml->attribute("date1904"); value != nullptr) {
         const std::optional<bool> isTrue = CellText::toBool(value);
         if (!isTrue) {
@@ -34,31 +26,12 @@ void SheetList::readProperties(XmlCursor *xml)
     xml->readNothing();
 }
 
-void SheetList::readSheets(XmlCursor *xml)
-{
-    xml->allowAnyAttributes();
-    while (xml->nextChild()) {
-        if (!xml->is("sheet")) {
-            xml->failElement();
-        } else if (m_sheets.size() >= xml->limits().listEntries) {
-            xml->fail(LoadError::TooLarge);
-        } else {
-            readSheet(xml);
-        }
-    }
-}
-
 void SheetList::readSheet(XmlCursor *xml)
 {
+    xml->limitList(int(m_sheets.size()));
     xml->allowAttributes({"state"}, {"name", "sheetId"}, "id");
     const QByteArray state = xml->attribute("state");
-    const bool hidden = state == "hidden" || state == "veryHidden";
-    m_sheets.append({xml->relationship("id"), !hidden});
-    while (xml->nextChild()) {
-        if (xml->is("bookViews")) { // misplaced by one writer
-            xml->skip();
-        } else {
-            xml->failElement();
-        }
-    }
+    const bool isHidden = state == "hidden" || state == "veryHidden";
+    m_sheets.append({xml->relationship("id"), !isHidden});
+    xml->readChildren({"bookViews"}); // misplaced by one writer
 }

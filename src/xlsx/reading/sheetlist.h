@@ -32,7 +32,6 @@ public:
 
 private:
     void readProperties(XmlCursor *xml);
-    void readSheets(XmlCursor *xml);
     void readSheet(XmlCursor *xml);
 
     QVector<Sheet> m_sheets;

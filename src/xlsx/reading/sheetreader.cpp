@@ -23,7 +23,6 @@ namespace
 constexpr double firstDayWithoutDate = 2'958'466.0;
 constexpr double daysBefore1904 = 1462.0;
 
-constexpr const char *twoContents = QT_TRANSLATE_NOOP("MainWindow", "there are two contents");
 constexpr const char *wrongReference =
     QT_TRANSLATE_NOOP("MainWindow", "the number of a row or the address of a cell is wrong");
 
@@ -52,54 +51,25 @@ SheetReader::SheetReader(const SheetContext &context)
 void SheetReader::read(XmlCursor *xml)
 {
     bool hasData = false;
+    const auto readRows = [&] {
+        hasData = true;
+        xml->readChildren({}, XmlChild{"row", [&] { readRow(); }});
+    };
     m_xml = xml;
     m_xml->enter("worksheet");
-    while (m_xml->nextSection()) {
-        if (m_xml->is("sheetData")) {
-            m_xml->once(&hasData);
-            readRows();
-        } else {
-            m_xml->skip();
-        }
-    }
+    m_xml->readSections({XmlCursor::any}, XmlChild{"sheetData", readRows});
     if (!hasData) {
         m_xml->failElement();
     }
 }
 
-void SheetReader::readRows()
-{
-    m_xml->allowAnyAttributes();
-    while (m_xml->nextChild()) {
-        if (m_xml->is("row")) {
-            readRow();
-        } else {
-            m_xml->failElement();
-        }
-    }
-}
-
 void SheetReader::readRow()
-{
-    readRowNumber();
-    m_column = 0;
-    while (m_xml->nextChild()) {
-        if (m_xml->is("c")) {
-            readCell();
-        } else if (m_xml->is("extLst")) {
-            m_xml->skip();
-        } else {
-            m_xml->failElement();
-        }
-    }
-}
-
-void SheetReader::readRowNumber()
 {
     m_xml->allowAttributes({"r"},
                            {"spans", "s", "customFormat", "ht", "customHeight", "hidden",
                             "outlineLevel", "collapsed", "thickTop", "thickBot", "ph"});
     ++m_row;
+    m_column = 0;
     if (const char *const number = m_xml->attribute("r"); number != nullptr) {
         bool isNumber = false;
         const qlonglong row = QByteArray(number).toLongLong(&isNumber);
@@ -111,6 +81,7 @@ void SheetReader::readRowNumber()
     if (m_row > FormatLimits::rows) {
         m_xml->fail(LoadError::TooLarge);
     }
+    m_xml->readChildren({"extLst"}, XmlChild{"c", [&] { readCell(); }});
 }
 
 void SheetReader::readCell()
@@ -146,23 +117,20 @@ void SheetReader::readContents()
     m_value.resize(0);
     m_inlineText.resize(0);
     m_formula.resize(0);
-    while (m_xml->nextChild()) {
-        if (m_xml->is("v")) {
-            m_xml->once(&hasValue, twoContents);
-            m_xml->allowAnyAttributes();
-            m_xml->readText(&m_value);
-            checkLength();
-        } else if (m_xml->is("is") && m_isInline) {
-            m_xml->once(&hasInlineText, twoContents);
-            readRichText(m_xml, &m_inlineText);
-        } else if (m_xml->is("f")) {
-            m_xml->readText(&m_formula);
-        } else if (m_xml->is("extLst")) {
-            m_xml->skip();
-        } else {
+    const auto readValue = [&] {
+        m_xml->once(&hasValue);
+        m_xml->readText(&m_value);
+        checkLength();
+    };
+    const auto readInlineText = [&] {
+        if (!m_isInline) {
             m_xml->failElement();
         }
-    }
+        m_xml->once(&hasInlineText);
+        readRichText(m_xml, &m_inlineText);
+    };
+    m_xml->readChildren({"extLst"}, XmlChild{"v", readValue}, XmlChild{"is", readInlineText},
+                        XmlChild{"f", [&] { m_xml->readText(&m_formula); }});
     const QByteArray &text = hasInlineText ? m_inlineText : m_value;
     if (!m_xml->hasFailed() && !text.isEmpty()) {
         (this->*m_store)(text);

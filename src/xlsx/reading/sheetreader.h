@@ -50,9 +50,7 @@ public:
 private:
     using Store = void (SheetReader::*)(const QByteArray &);
 
-    void readRows();
     void readRow();
-    void readRowNumber();
     void readCell();
     void readCellAttributes();
     void readContents();

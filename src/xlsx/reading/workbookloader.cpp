@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "xlsx/reading/workbookloader.h"
 
-#include <array>
-
 #include <QFile>
 #include <QFileInfo>
 #include <xlsxworkbook.h>
@@ -17,7 +15,7 @@
 namespace
 {
 
-constexpr const char *doubled = QT_TRANSLATE_NOOP("MainWindow", "it occurs twice");
+constexpr const char *workbook = QT_TRANSLATE_NOOP("MainWindow", "workbook");
 constexpr const char *worksheet = QT_TRANSLATE_NOOP("MainWindow", "worksheet");
 
 // The road from a file to a document: load() goes it, the other functions are its stretches.
@@ -38,14 +36,13 @@ private:
     LoadError findWorkbook();
     LoadError readWorkbook();
     LoadError chooseSheet();
-    LoadError readStyles();
-    LoadError readSharedStrings();
+    LoadError readFormatsAndTexts();
     LoadError readSheet();
 
     template<typename Reader>
-    LoadError readPart(const QByteArray &part, qint64 largest, Reader *reader);
+    LoadError readPart(const QByteArray &part, qint64 largest, Reader *reader, const char *words);
     template<typename Reader>
-    LoadError readOptional(Relationships::Kind kind, Reader *reader);
+    LoadError readOptional(Relationships::Kind kind, Reader *reader, const char *words);
 
     QFile m_file;
     int m_textColumn;
@@ -64,12 +61,9 @@ private:
 
 LoadError Loader::load()
 {
-    using Stretch = LoadError (Loader::*)();
-    constexpr std::array<Stretch, 8> road = {&Loader::openFile,          &Loader::openPackage,
-                                             &Loader::findWorkbook,      &Loader::readWorkbook,
-                                             &Loader::chooseSheet,       &Loader::readStyles,
-                                             &Loader::readSharedStrings, &Loader::readSheet};
-    for (const Stretch stretch : road) {
+    for (const auto stretch :
+         {&Loader::openFile, &Loader::openPackage, &Loader::findWorkbook, &Loader::readWorkbook,
+          &Loader::chooseSheet, &Loader::readFormatsAndTexts, &Loader::readSheet}) {
         if (LoadError error = (this->*stretch)(); error) {
             return error;
         }
@@ -88,7 +82,6 @@ LoadError Loader::openFile()
 
 LoadError Loader::openPackage()
 {
-    const QByteArray archiveSignature = QByteArrayLiteral("PK");
     const QByteArray start = m_file.size() > 0 ? m_file.read(CompoundFile::signature().size()) : "";
     if (m_file.error() != QFileDevice::NoError) {
         return LoadError::CannotBeRead;
@@ -97,37 +90,36 @@ LoadError Loader::openPackage()
         return CompoundFile::isEncryptedPackage(&m_file) ? LoadError::PasswordProtected
                                                          : LoadError::OldFormat;
     }
-    if (!start.startsWith(archiveSignature)) {
-        return LoadError::NotAWorkbook;
-    }
-    return m_package.open(&m_file).in(QT_TRANSLATE_NOOP("MainWindow", "archive"));
+    return start.startsWith("PK")
+        ? m_package.open(&m_file).in(QT_TRANSLATE_NOOP("MainWindow", "archive"))
+        : LoadError::NotAWorkbook;
 }
 
 template<typename Reader>
-LoadError Loader::readPart(const QByteArray &part, qint64 largest, Reader *reader)
+LoadError Loader::readPart(const QByteArray &part, qint64 largest, Reader *reader,
+                           const char *words)
 {
     XmlCursor xml(&m_package, part, largest, &m_count);
     reader->read(&xml);
-    return xml.finish();
+    return xml.finish().in(words);
 }
 
 LoadError Loader::findWorkbook()
 {
-    constexpr const char *workbook = QT_TRANSLATE_NOOP("MainWindow", "workbook");
     const QByteArray part = Relationships::partFor({});
     if (!m_package.contains(part)) {
         return LoadError::NotAWorkbook;
     }
     Relationships relationships;
-    if (LoadError error = readPart(part, m_limits.listSize, &relationships); error) {
-        return std::move(error).in(QT_TRANSLATE_NOOP("MainWindow", "relationships of the package"));
-    }
+    LoadError error = readPart(part, m_limits.listSize, &relationships,
+                               QT_TRANSLATE_NOOP("MainWindow", "relationships of the package"));
     const auto parts = relationships.parts(Relationships::Kind::Workbook);
-    if (parts.isEmpty()) {
-        return LoadError::NotAWorkbook;
+    if (!error && parts.size() != 1) {
+        return parts.isEmpty() ? LoadError::NotAWorkbook
+                               : LoadError::damaged(LoadError::doubled).in(workbook);
     }
-    m_workbookPart = parts.first();
-    return parts.size() > 1 ? LoadError::damaged(doubled).in(workbook) : LoadError();
+    m_workbookPart = parts.value(0);
+    return error;
 }
 
 LoadError Loader::readWorkbook()
@@ -136,12 +128,11 @@ LoadError Loader::readWorkbook()
     m_sheets.read(&xml);
     if (LoadError error = xml.finish(); error) {
         const bool isOther = error.reason == LoadError::Damaged && xml.isOther();
-        return isOther ? LoadError::NotAWorkbook
-                       : std::move(error).in(QT_TRANSLATE_NOOP("MainWindow", "workbook"));
+        return isOther ? LoadError::NotAWorkbook : std::move(error).in(workbook);
     }
     m_relationships = Relationships(m_workbookPart);
-    return readPart(Relationships::partFor(m_workbookPart), m_limits.listSize, &m_relationships)
-        .in(QT_TRANSLATE_NOOP("MainWindow", "relationships of the workbook"));
+    return readPart(Relationships::partFor(m_workbookPart), m_limits.listSize, &m_relationships,
+                    QT_TRANSLATE_NOOP("MainWindow", "relationships of the workbook"));
 }
 
 // The first visible sheet, or the first of all when none is, but for charts, dialogs and macros. It
@@ -162,7 +153,7 @@ LoadError Loader::chooseSheet()
     const Relationships::Target *const target = m_relationships.target(chosen->relationship);
     if (target == nullptr || !m_package.contains(target->part)) {
         return LoadError::damaged(QT_TRANSLATE_NOOP("MainWindow", "the worksheet is missing"))
-            .in(QT_TRANSLATE_NOOP("MainWindow", "workbook"));
+            .in(workbook);
     }
     m_sheetPart = target->part;
     return target->kind == Relationships::Kind::Worksheet
@@ -173,27 +164,24 @@ LoadError Loader::chooseSheet()
 // A workbook without formats or texts has neither relationship nor part; what cells name of them
 // is missing then. A relationship that leads out of the package is no such thing.
 template<typename Reader>
-LoadError Loader::readOptional(Relationships::Kind kind, Reader *reader)
+LoadError Loader::readOptional(Relationships::Kind kind, Reader *reader, const char *words)
 {
     const auto parts = m_relationships.parts(kind);
     if (parts.size() > 1) {
-        return LoadError::damaged(doubled);
+        return LoadError::damaged(LoadError::doubled).in(words);
     }
     const bool isThere =
         !parts.isEmpty() && (parts.first().isEmpty() || m_package.contains(parts.first()));
-    return isThere ? readPart(parts.first(), m_limits.partSize, reader) : LoadError();
+    return isThere ? readPart(parts.first(), m_limits.partSize, reader, words) : LoadError();
 }
 
-LoadError Loader::readStyles()
+LoadError Loader::readFormatsAndTexts()
 {
-    return readOptional(Relationships::Kind::Styles, &m_styles)
-        .in(QT_TRANSLATE_NOOP("MainWindow", "cell formats"));
-}
-
-LoadError Loader::readSharedStrings()
-{
-    return readOptional(Relationships::Kind::SharedStrings, &m_strings)
-        .in(QT_TRANSLATE_NOOP("MainWindow", "shared texts"));
+    LoadError error = readOptional(Relationships::Kind::Styles, &m_styles,
+                                   QT_TRANSLATE_NOOP("MainWindow", "cell formats"));
+    return error ? error
+                 : readOptional(Relationships::Kind::SharedStrings, &m_strings,
+                                QT_TRANSLATE_NOOP("MainWindow", "shared texts"));
 }
 
 LoadError Loader::readSheet()
@@ -202,11 +190,11 @@ LoadError Loader::readSheet()
     document->workbook()->setDate1904(m_sheets.is1904());
     SheetReader reader(
         {&m_strings.texts(), &m_styles, document->currentWorksheet(), &m_budget, m_textColumn});
-    LoadError error = readPart(m_sheetPart, m_limits.partSize, &reader);
+    LoadError error = readPart(m_sheetPart, m_limits.partSize, &reader, worksheet);
     if (!error) {
         m_document = std::move(document);
     }
-    return std::move(error).in(worksheet);
+    return error;
 }
 
 } // namespace

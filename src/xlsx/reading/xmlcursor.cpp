@@ -4,30 +4,25 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <map>
 
 #include <expat.h>
+#include <QRegularExpression>
 
 #include "xlsx/reading/parsermemory.h"
 
 namespace
 {
 
-// Between a namespace and a name; the parser refuses namespaces that contain it.
-constexpr char separator = '\n';
-
 constexpr std::string_view compatibility =
     "http://schemas.openxmlformats.org/markup-compatibility/2006\n";
-constexpr std::string_view xml = "http://www.w3.org/XML/1998/namespace\n";
-constexpr std::array<std::string_view, 2> relationships = {
-    "http://schemas.openxmlformats.org/officeDocument/2006/relationships\n",
-    "http://purl.oclc.org/ooxml/officeDocument/relationships\n"};
 constexpr std::array<std::string_view, 2> spreadsheets = {
     "http://schemas.openxmlformats.org/spreadsheetml/2006/main\n",
     "http://purl.oclc.org/ooxml/spreadsheetml/main\n"};
 constexpr std::string_view packageRelationships =
     "http://schemas.openxmlformats.org/package/2006/relationships\n";
 
-// Elements that count only directly in the first one.
+// Elements that count only directly in the first one, and only once.
 constexpr std::array<std::string_view, 5> reserved = {"sheetData", "sheets", "cellXfs", "numFmts",
                                                       "workbookPr"};
 
@@ -40,89 +35,26 @@ constexpr const char *wrongElement =
 constexpr XML_Memory_Handling_Suite parserMemory = {&ParserMemory::allocate,
                                                     &ParserMemory::reallocate, &ParserMemory::free};
 
-template<typename List, typename Entry>
-bool contains(const List &list, const Entry &entry)
+template<typename List>
+bool contains(const List &list, std::string_view entry)
 {
     return std::find(list.begin(), list.end(), entry) != list.end();
 }
 
-std::string_view namespaceOf(std::string_view name)
+QList<QByteArray> words(const char *list)
 {
-    return name.substr(0, name.find(separator) + 1); // empty without a namespace
+    const QByteArray text = QByteArray(list).simplified();
+    return text.isEmpty() ? QList<QByteArray>() : text.split(' ');
 }
 
-std::string_view localName(std::string_view name)
+// Calls a member of the cursor whose parser calls this.
+template<auto member, typename... Arguments>
+void call(void *cursor, Arguments... arguments)
 {
-    return name.substr(namespaceOf(name).size());
-}
-
-bool isBlank(char character)
-{
-    return character == ' ' || character == '\t' || character == '\n' || character == '\r';
-}
-
-// Hands each word of \p list to \p take, until that returns false; returns whether it never did.
-template<typename Take>
-bool eachWord(std::string_view list, const Take &take)
-{
-    constexpr const char *blanks = " \t\n\r";
-    for (;;) {
-        list.remove_prefix(qMin(list.find_first_not_of(blanks), list.size()));
-        const std::string_view word = list.substr(0, list.find_first_of(blanks));
-        if (word.empty() || !take(word)) {
-            return word.empty();
-        }
-        list.remove_prefix(word.size());
-    }
+    (static_cast<XmlCursor *>(cursor)->*member)(arguments...);
 }
 
 } // namespace
-
-struct XmlCursor::Handlers {
-    static XmlCursor *cursor(void *self) { return static_cast<XmlCursor *>(self); }
-
-    static void start(void *self, const char *name, const char **attributes)
-    {
-        cursor(self)->startElement(name, attributes);
-    }
-
-    static void end(void *self, const char * /*name*/) { cursor(self)->endElement(); }
-
-    static void text(void *self, const char *data, int size) { cursor(self)->addText(data, size); }
-
-    // Whatever has no function of its own, such as comments.
-    static void other(void *self, const char * /*data*/, int /*size*/)
-    {
-        cursor(self)->countItems(1 + cursor(self)->bytesAsItems());
-    }
-
-    static void beginNamespace(void *self, const char *prefix, const char *uri)
-    {
-        XmlCursor *const xml = cursor(self);
-        const std::size_t at = xml->m_declared.size();
-        xml->m_declared.append(prefix == nullptr ? "" : prefix).push_back('\0');
-        xml->m_bindings.push_back({at, xml->m_declared.size()});
-        xml->m_declared.append(uri == nullptr ? "" : uri).push_back('\0');
-        xml->countItems(1);
-        if (xml->m_bindings.size() > std::size_t(xml->m_limits.namespaces)) {
-            xml->stop(LoadError::TooLarge);
-        }
-    }
-
-    static void endNamespace(void *self, const char * /*prefix*/)
-    {
-        cursor(self)->m_declared.resize(cursor(self)->m_bindings.back().prefix);
-        cursor(self)->m_bindings.pop_back();
-    }
-
-    // Entities are declared in document types only.
-    static void documentType(void *self, const char * /*name*/, const char * /*systemId*/,
-                             const char * /*publicId*/, int /*hasInternalSubset*/)
-    {
-        cursor(self)->stop(
-            LoadError::damaged(QT_TRANSLATE_NOOP("MainWindow", "it declares a document type")));
-    }
-};
 
 void XmlCursor::FreeParser::operator()(XML_ParserStruct *parser) const
 {
@@ -140,11 +72,13 @@ XmlCursor::XmlCursor(ZipPackage *package, const QByteArray &part, qint64 largest
         return;
     }
     XML_SetUserData(m_parser.get(), this);
-    XML_SetElementHandler(m_parser.get(), &Handlers::start, &Handlers::end);
-    XML_SetCharacterDataHandler(m_parser.get(), &Handlers::text);
-    XML_SetStartDoctypeDeclHandler(m_parser.get(), &Handlers::documentType);
-    XML_SetDefaultHandler(m_parser.get(), &Handlers::other);
-    XML_SetNamespaceDeclHandler(m_parser.get(), &Handlers::beginNamespace, &Handlers::endNamespace);
+    XML_SetElementHandler(m_parser.get(), call<&XmlCursor::startElement>,
+                          call<&XmlCursor::endElement>);
+    XML_SetCharacterDataHandler(m_parser.get(), call<&XmlCursor::addText>);
+    XML_SetDefaultHandler(m_parser.get(), call<&XmlCursor::passOver>);
+    XML_SetNamespaceDeclHandler(m_parser.get(), call<&XmlCursor::beginNamespace>,
+                                call<&XmlCursor::endNamespace>);
+    XML_SetStartDoctypeDeclHandler(m_parser.get(), call<&XmlCursor::refuseDocumentType>);
 }
 
 XmlCursor::~XmlCursor() = default;
@@ -155,14 +89,14 @@ void XmlCursor::parsePiece()
 {
     constexpr int usualPiece = 8 * 1024;
     const qint64 left = qMax<qint64>(1, m_limits.tokenSize - m_pending);
+    const bool isFirst = m_piece.empty();
     m_piece.resize(std::size_t(qMin<qint64>(qMax(usualPiece, m_pending), left)));
     const int size = m_part.read(m_piece.data(), int(m_piece.size()));
     if (m_part.error()) {
         m_ahead = m_part.error();
         return;
     }
-    const bool isEncodingClear = !m_isFirst || chooseEncoding(size);
-    m_isFirst = false;
+    const bool isEncodingClear = !isFirst || chooseEncoding(size);
     m_pending += size;
     m_hasEnded = size == 0;
     const bool isParsed = isEncodingClear
@@ -180,18 +114,16 @@ void XmlCursor::parsePiece()
 // another name it would go by the name.
 bool XmlCursor::chooseEncoding(int size)
 {
-    const QByteArray key = "encoding=\"";
-    QByteArray declaration(m_piece.data(), size);
-    const bool hasMark = declaration.startsWith("\xef\xbb\xbf");
-    declaration = declaration.left(declaration.indexOf("?>")).toLower().replace('\'', '"');
-    declaration = declaration.simplified().replace(" ", "");
-    const int at = int(declaration.indexOf(key));
-    const bool isNamed = at >= 0 && declaration.mid(hasMark ? 3 : 0).startsWith("<?xml");
-    const QByteArray name = declaration.mid(at + key.size()).split('"').first();
-    if (isNamed && name == "utf8") {
+    static const QRegularExpression declaration(
+        QStringLiteral(
+            "^(\u00ef\u00bb\u00bf)?<\\?xml\\s[^>]*\\sencoding\\s*=\\s*[\"'](utf-?8[\"'])?"),
+        QRegularExpression::CaseInsensitiveOption);
+    const auto found = declaration.match(QString::fromLatin1(m_piece.data(), size));
+    const bool isUtf8 = !found.captured(2).isEmpty();
+    if (isUtf8) {
         XML_SetEncoding(m_parser.get(), "UTF-8");
     }
-    return !isNamed || !hasMark || name == "utf8" || name == "utf-8";
+    return !found.hasMatch() || found.captured(1).isEmpty() || isUtf8;
 }
 
 void XmlCursor::stop(const LoadError &error)
@@ -226,198 +158,212 @@ void XmlCursor::countElement(std::string_view name, const char **attributes)
     constexpr std::size_t longName = 256;
     constexpr std::size_t longAttribute = 24;
     std::size_t items = 1 + name.size() / longName;
-    m_names.clear();
+    m_given.clear();
     for (; *attributes != nullptr; attributes += 2) {
-        m_names.emplace_back(*attributes);
-        items += 1 + m_names.back().size() / longAttribute;
+        const std::string_view attribute = attributes[0];
+        m_given.push_back({attribute, attributes[1]});
+        items += 1 + attribute.size() / longAttribute;
     }
     countItems(qint64(items) + bytesAsItems());
-    if (m_scopes.size() + m_ignored >= std::size_t(m_limits.depth)
-        || m_names.size() > std::size_t(m_limits.attributes)) {
+    if (m_scopes.size() >= std::size_t(m_limits.depth)
+        || m_given.size() > std::size_t(m_limits.attributes)) {
         stop(LoadError::TooLarge);
     }
 }
 
-void XmlCursor::startElement(std::string_view name, const char **attributes)
+void XmlCursor::startElement(const char *name, const char **attributes)
 {
     countElement(name, attributes);
-    if (m_ahead || m_ignored > 0) {
-        m_ignored += m_ahead ? 0U : 1U;
+    if (m_ahead) {
         return;
     }
+    const Name element(name);
     if (m_scopes.empty()) {
-        m_main = namespaceOf(name);
+        m_main = element.space;
     }
-    openScope(attributes);
-    Event event;
-    event.space = spaceOf(name);
-    event.unwraps = m_scopes.back().unwraps;
-    if (event.space == Space::Ignorable && !event.unwraps) {
-        m_ignored = 1;
+    openScope();
+    Scope &scope = m_scopes.back();
+    const Space space = spaceOf(element.space);
+    scope.isIgnored |= space == Space::Ignorable && !scope.unwraps;
+    if (m_ahead || scope.isIgnored) {
         return;
     }
-    event.type = Type::Start;
-    event.string = keep(localName(name));
-    event.firstAttribute = int(m_attributes.size());
-    for (std::size_t i = 0; i < m_names.size(); ++i) {
-        const char *const value = attributes[2 * i + 1];
-        const Space space = spaceOf(m_names[i]);
-        if (space != Space::Xml && space != Space::Ignorable) {
-            const int local = keep(localName(m_names[i]));
-            m_attributes.push_back({space, local, keep(value)});
-        }
-        if (event.space == Space::Compatibility && m_names[i] == "Requires") {
-            event.requirement = requirementOf(value);
+    if (!isPlaced(space, element.local)) {
+        stop(LoadError::damaged(wrongElement));
+        return;
+    }
+    const std::size_t at = m_events.size();
+    m_events.push_back({Type::Start, space, std::string(element.local), {}, {}, {}});
+    for (const auto &[attribute, value] : m_given) {
+        const Space of = spaceOf(attribute.space);
+        m_events.push_back({Type::Attribute, of, std::string(attribute.local), value, {}, {}});
+        if (of == Space::Main) {
+            m_events[at].flaw = unknownAttribute;
+        } else if (of == Space::None && attribute.local == "Requires") {
+            m_events[at].isMet = isMet(value);
         }
     }
-    event.attributes = int(m_attributes.size()) - event.firstAttribute;
-    checkReserved(event.space, localName(name));
-    if (!m_ahead) {
-        m_events.push_back(event);
-    }
+    m_events[at].flaw = scope.unwraps ? unknownExtension : m_events[at].flaw;
 }
 
-// Markup for compatibility counts from the element at which it stands to the end of it.
-void XmlCursor::openScope(const char **attributes)
+// Markup for compatibility counts from the element at which it stands to the end of it, but not in
+// what is ignored.
+void XmlCursor::openScope()
 {
-    m_scopes.push_back({m_ignorable.size(), !m_scopes.empty() && m_scopes.back().unwraps,
-                        !m_scopes.empty() && m_scopes.back().isExtension});
-    bool isKnown = true;
-    for (std::size_t i = 0; i < m_names.size(); ++i) {
-        const char *const value = attributes[2 * i + 1];
-        if (namespaceOf(m_names[i]) != compatibility) {
+    m_scopes.push_back(m_scopes.empty() ? Scope() : m_scopes.back());
+    Scope &scope = m_scopes.back();
+    scope.ignorable = m_ignorable.size();
+    for (const auto &[attribute, value] : m_given) {
+        if (attribute.space != compatibility || scope.isIgnored) {
             continue;
         }
-        const std::string_view name = localName(m_names[i]);
-        if (name == "Ignorable") {
-            isKnown = isKnown && eachWord(value, [this](auto prefix) { return ignore(prefix); });
-        } else if (name == "MustUnderstand") {
-            isKnown = isKnown && eachWord(value, [this](auto prefix) {
-                          const Space space = spaceOf(uriOf(prefix));
-                          return space == Space::Main || space == Space::Relationships
-                              || space == Space::Compatibility;
-                      });
-        } else if (name == "ProcessContent") {
-            m_scopes.back().unwraps = true;
+        const bool isIgnorable = attribute.local == "Ignorable";
+        scope.unwraps |= attribute.local == "ProcessContent";
+        for (const QByteArray &prefix : words(value)) {
+            const std::string uri = uriOf(prefix);
+            const Space space = spaceOf(uri);
+            const bool isUnknown = isIgnorable ? space == Space::None
+                                               : attribute.local == "MustUnderstand"
+                    && !isOwn(space) && space != Space::Compatibility;
+            if (m_ahead || isUnknown) {
+                stop(LoadError::damaged(unknownExtension));
+                return;
+            }
+            // What is known here can never be ignored.
+            if (isIgnorable && space == Space::Other) {
+                m_ignorable.push_back(uri);
+            }
         }
     }
-    if (!isKnown) {
-        stop(LoadError::damaged(unknownExtension));
+    if (m_ignorable.size() > std::size_t(m_limits.namespaces)) {
+        stop(LoadError::TooLarge);
     }
 }
 
 // Extensions have words of their own that look like those of the format.
-void XmlCursor::checkReserved(Space space, std::string_view name)
+bool XmlCursor::isPlaced(Space space, std::string_view name)
 {
+    Scope &scope = m_scopes.back();
     const bool isMain = space == Space::Main;
-    const bool isPlaced = isMain ? m_scopes.size() == 2 : m_scopes.back().isExtension;
-    if (!isPlaced && contains(reserved, name)) {
-        stop(LoadError::damaged(wrongElement));
+    scope.isExtension |= isMain && name == "extLst";
+    if (!contains(reserved, name)) {
+        return true;
     }
-    m_scopes.back().isExtension |= isMain && name == "extLst";
+    return isMain ? m_scopes.size() == 2 && m_sections.emplace(name).second : scope.isExtension;
 }
 
-void XmlCursor::endElement()
+void XmlCursor::endElement(const char * /*name*/)
 {
     countItems(1 + bytesAsItems());
-    if (m_ahead || m_ignored > 1) {
-        m_ignored -= m_ahead ? 0U : 1U;
+    if (m_ahead) {
         return;
+    }
+    if (!m_scopes.back().isIgnored) {
+        m_events.emplace_back();
     }
     m_ignorable.resize(m_scopes.back().ignorable);
     m_scopes.pop_back();
-    if (m_ignored == 0) {
-        m_events.emplace_back();
-    }
-    m_ignored = 0;
 }
 
 void XmlCursor::addText(const char *data, int size)
 {
     countItems(1);
-    if (m_ahead || m_ignored > 0) {
+    if (m_ahead || m_scopes.back().isIgnored) {
         return;
     }
     if (m_events.empty() || m_events.back().type != Type::Text) {
         m_events.emplace_back();
         m_events.back().type = Type::Text;
-        m_events.back().string = int(m_bytes.size());
     }
-    m_bytes.append(data, std::size_t(size));
-    m_events.back().size += size;
+    m_events.back().text.append(data, std::size_t(size));
 }
 
-int XmlCursor::keep(std::string_view text)
+// Whatever has no function of its own, such as comments.
+void XmlCursor::passOver(const char * /*data*/, int /*size*/)
 {
-    const std::size_t position = m_bytes.size();
-    m_bytes.append(text).push_back('\0');
-    return int(position);
+    countItems(1 + bytesAsItems());
 }
 
-XmlCursor::Space XmlCursor::spaceOf(std::string_view name)
+void XmlCursor::beginNamespace(const char *prefix, const char *uri)
 {
-    const std::string_view space = namespaceOf(name);
-    if (space.empty() || space == m_main) {
-        return space.empty() ? Space::None : Space::Main;
+    m_bindings.emplace_back(prefix == nullptr ? "" : prefix, uri == nullptr ? "" : uri);
+    m_bindings.back().second += separator;
+    countItems(1);
+    if (m_bindings.size() > std::size_t(m_limits.namespaces)) {
+        stop(LoadError::TooLarge);
     }
-    if (contains(relationships, space)) {
-        return Space::Relationships;
+}
+
+void XmlCursor::endNamespace(const char * /*prefix*/)
+{
+    m_bindings.pop_back();
+}
+
+// Entities are declared in document types only.
+void XmlCursor::refuseDocumentType(const char * /*name*/, const char * /*systemId*/,
+                                   const char * /*publicId*/, int /*hasInternalSubset*/)
+{
+    stop(LoadError::damaged(QT_TRANSLATE_NOOP("MainWindow", "it declares a document type")));
+}
+
+XmlCursor::Space XmlCursor::spaceOf(std::string_view space)
+{
+    static const std::map<std::string_view, Space> known = {
+        {"", Space::None},
+        {"http://www.w3.org/XML/1998/namespace\n", Space::Xml},
+        {compatibility, Space::Compatibility},
+        {"http://schemas.openxmlformats.org/officeDocument/2006/relationships\n",
+         Space::Relationships},
+        {"http://purl.oclc.org/ooxml/officeDocument/relationships\n", Space::Relationships}};
+    if (space == m_main && !space.empty()) {
+        return Space::Main;
     }
-    if (space == compatibility || space == xml) {
-        return space == xml ? Space::Xml : Space::Compatibility;
+    if (const auto found = known.find(space); found != known.end()) {
+        return found->second;
     }
     constexpr std::size_t comparisons = 8; // that take the time of an item
     countItems(qint64(m_ignorable.size() / comparisons));
     return contains(m_ignorable, space) ? Space::Ignorable : Space::Other;
 }
 
-// What is known here can never be ignored.
-bool XmlCursor::ignore(std::string_view prefix)
+std::optional<bool> XmlCursor::isMet(const char *prefixes)
 {
-    const std::string uri = uriOf(prefix);
-    if (spaceOf(uri) == Space::Other) {
-        m_ignorable.push_back(uri);
-    }
-    if (m_ignorable.size() > std::size_t(m_limits.namespaces)) {
-        stop(LoadError::TooLarge);
-    }
-    return !uri.empty() && !m_ahead;
-}
-
-XmlCursor::Requirement XmlCursor::requirementOf(const char *prefixes)
-{
-    Requirement requirement = Broken;
-    const bool isDeclared = eachWord(prefixes, [&](std::string_view prefix) {
+    std::optional<bool> isMet;
+    for (const QByteArray &prefix : words(prefixes)) {
         const Space space = spaceOf(uriOf(prefix));
-        const bool isMet = space == Space::Main || space == Space::Relationships;
-        requirement = isMet && requirement != Unmet ? Met : Unmet;
-        return space != Space::None && !m_ahead;
-    });
-    return isDeclared ? requirement : Broken;
+        if (space == Space::None || m_ahead) {
+            return std::nullopt;
+        }
+        isMet = isMet.value_or(true) && isOwn(space);
+    }
+    return isMet;
 }
 
 // The namespace of \p prefix where the reading is, with the separator behind it; empty for one
 // that is not declared.
-std::string XmlCursor::uriOf(std::string_view prefix)
+std::string XmlCursor::uriOf(const QByteArray &prefix)
 {
     countItems(1 + qint64(m_bindings.size()));
-    for (auto binding = m_bindings.rbegin(); binding != m_bindings.rend(); ++binding) {
-        if (prefix == m_declared.c_str() + binding->prefix) {
-            return std::string(m_declared.c_str() + binding->uri) + separator;
-        }
-    }
-    return {};
+    const auto found = std::find_if(m_bindings.rbegin(), m_bindings.rend(), [&](const auto &known) {
+        return prefix == known.first.c_str();
+    });
+    return found == m_bindings.rend() ? std::string() : found->second;
+}
+
+bool XmlCursor::isAttribute(std::size_t at) const
+{
+    return at < m_events.size() && m_events[at].type == Type::Attribute;
 }
 
 bool XmlCursor::next()
 {
-    if (m_at + 1 < m_events.size() && !hasFailed()) {
+    do {
         ++m_at;
+    } while (isAttribute(m_at));
+    if (m_at < m_events.size() && !hasFailed()) {
         return true;
     }
     m_events.clear();
-    m_attributes.clear();
-    m_bytes.clear();
     m_at = 0;
     while (m_events.empty() && !m_ahead && !m_hasEnded && !hasFailed()) {
         parsePiece();
@@ -435,7 +381,7 @@ void XmlCursor::enter(const char *name, Vocabulary vocabulary)
     const bool isFound = next();
     const bool isKnown =
         vocabulary == Spreadsheet ? contains(spreadsheets, m_main) : m_main == packageRelationships;
-    const bool isWanted = isKnown && event().space == Space::Main && is(name);
+    const bool isWanted = isKnown && is(name);
     m_isOther = isFound ? !isWanted : m_isMalformed;
     if (m_isOther) {
         failElement();
@@ -448,19 +394,17 @@ bool XmlCursor::nextSection()
         if (event().type == Type::Start && event().space == Space::Main) {
             return true;
         }
-        if (event().type == Type::Start) {
-            skip();
-        }
+        skip();
     }
     return false;
 }
 
-bool XmlCursor::nextOf(Space space, Space other, QByteArray *text)
+bool XmlCursor::nextOf(Space other, QByteArray *text)
 {
     while (next() && event().type != Type::End) {
         if (event().type == Type::Text) {
             takeText(text);
-        } else if (event().space == space || event().space == other) {
+        } else if (event().space == Space::Main || event().space == other) {
             checkPlace();
             return !hasFailed();
         } else {
@@ -472,71 +416,65 @@ bool XmlCursor::nextOf(Space space, Space other, QByteArray *text)
 
 void XmlCursor::takeText(QByteArray *text)
 {
-    const char *const data = string(event().string);
+    const std::string &piece = event().text;
     if (text != nullptr) {
-        text->append(data, qMin(event().size, longestText - int(text->size())));
-    } else if (!std::all_of(data, data + event().size, isBlank)) {
+        text->append(piece.data(), qMin(int(piece.size()), longestText - int(text->size())));
+    } else if (piece.find_first_not_of(" \t\n\r") != std::string::npos) {
         fail(QT_TRANSLATE_NOOP("MainWindow", "text does not belong there"));
     }
 }
 
 void XmlCursor::readText(QByteArray *text)
 {
-    while (nextOf(Space::Main, Space::Main, text)) {
+    while (nextOf(Space::Main, text)) {
         failElement();
     }
 }
 
 void XmlCursor::skip()
 {
-    for (int open = 1; open > 0 && next();) {
+    for (int open = event().type == Type::Start ? 1 : 0; open > 0 && next();) {
         open += event().type == Type::Start ? 1 : event().type == Type::End ? -1 : 0;
     }
 }
 
-bool XmlCursor::is(const char *name) const
+void XmlCursor::skipOneOf(Names names)
 {
-    return event().type == Type::Start && std::strcmp(string(event().string), name) == 0;
+    if (!contains(names, any) && !contains(names, event().name)) {
+        failElement();
+    }
+    skip();
+}
+
+bool XmlCursor::is(Space space, const char *name) const
+{
+    return event().type == Type::Start && event().space == space && event().name == name;
 }
 
 const char *XmlCursor::attribute(Space space, const char *name) const
 {
-    for (int i = 0; i < event().attributes; ++i) {
-        const Attribute &attribute = attributeAt(i);
-        if (attribute.space == space && std::strcmp(string(attribute.name), name) == 0) {
-            return string(attribute.value);
+    for (std::size_t at = m_at + 1; isAttribute(at); ++at) {
+        if (m_events[at].space == space && m_events[at].name == name) {
+            return m_events[at].text.c_str();
         }
     }
     return nullptr;
 }
 
-// What an element must not say where values are read.
-void XmlCursor::checkPlace()
+void XmlCursor::allowAttributes(Names read, Names passedOver, const char *relationship)
 {
-    if (event().unwraps) {
-        fail(unknownExtension);
-    }
-    for (int i = 0; i < event().attributes; ++i) {
-        if (attributeAt(i).space == Space::Main) {
-            fail(unknownAttribute);
-        }
-    }
-}
-
-void XmlCursor::checkAttributes(Names read, const Names *others, const char *relationship)
-{
-    bool hasRelationship = false;
+    int relationships = 0;
     checkPlace();
-    for (int i = 0; i < event().attributes; ++i) {
-        const Space space = attributeAt(i).space;
-        const std::string_view name = string(attributeAt(i).name);
+    for (std::size_t at = m_at + 1; isAttribute(at); ++at) {
+        const Space space = m_events[at].space;
+        const std::string &name = m_events[at].name;
         const bool isRead = contains(read, name);
-        bool isAllowed = !isRead && name != relationship;
+        bool isAllowed =
+            space == Space::Xml || space == Space::Ignorable || (!isRead && name != relationship);
         if (space == Space::None) {
-            isAllowed = isRead || others == nullptr || contains(*others, name);
+            isAllowed = isRead || contains(passedOver, any) || contains(passedOver, name);
         } else if (space == Space::Relationships && name == relationship) {
-            isAllowed = !hasRelationship;
-            hasRelationship = true;
+            isAllowed = ++relationships == 1;
         }
         if (!isAllowed) {
             fail(unknownAttribute);
@@ -561,12 +499,19 @@ void XmlCursor::failIndex()
     fail(QT_TRANSLATE_NOOP("MainWindow", "an index is not a number"));
 }
 
-void XmlCursor::once(bool *met, const char *words)
+void XmlCursor::once(bool *met)
 {
     if (*met) {
-        fail(words == nullptr ? wrongElement : words);
+        fail(QT_TRANSLATE_NOOP("MainWindow", "there are two contents"));
     }
     *met = true;
+}
+
+void XmlCursor::limitList(int entries)
+{
+    if (entries >= m_limits.listEntries) {
+        fail(LoadError::TooLarge);
+    }
 }
 
 LoadError XmlCursor::finish()

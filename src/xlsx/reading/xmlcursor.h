@@ -3,8 +3,11 @@
 
 #include <initializer_list>
 #include <memory>
+#include <optional>
+#include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "xlsx/reading/zippackage.h"
@@ -16,24 +19,28 @@ struct XmlCount {
     int items = 0;
 };
 
+/// The elements \c name among the children of another one, and what reads one of them.
+template<typename Read>
+struct XmlChild {
+    const char *name;
+    Read read;
+};
+template<typename Read>
+XmlChild(const char *, Read) -> XmlChild<Read>;
+
 /// Goes through one XML part as it stands there, one function for each element:
 ///
 ///     void readRow()                        // the cursor stands at <row>
 ///     {
 ///         xml.allowAttributes({"r"}, {"spans", "ht"});
-///         while (xml.nextChild()) {         // false at </row>
-///             if (xml.is("c")) {
-///                 readCell();               // goes on to </c>
-///             } else {
-///                 xml.failElement();
-///             }
-///         }
-///     }
+///         xml.readChildren({"extLst"}, XmlChild{"c", [&] { readCell(); }});
+///     }                                     // the cursor stands at </row>
 ///
-/// In an element whose children are gone through with nextChild, whatever nobody asks for is an
-/// error: elements of other namespaces, text, attributes. Only what the part itself declares
-/// ignorable is not there. The first error ends the reading: from then on there are no children,
-/// no texts and no attributes, and fail() changes nothing.
+/// In an element whose children are read, whatever nobody asks for is an error: elements of other
+/// names or namespaces, text, attributes. Only what the part itself declares ignorable is not
+/// there. What belongs directly into the part's first element stands there once and nowhere else.
+/// The first error ends the reading: from then on there are no children, no texts and no
+/// attributes, and fail() changes nothing.
 ///
 /// There are no document types and no entities but those of XML itself, and what is read is bounded
 /// by the limits of the package.
@@ -44,9 +51,6 @@ public:
 
     /// What the names of a part belong to.
     enum Vocabulary { Spreadsheet, PackageRelationships };
-    /// What a choice asks for: nothing but the part's own namespace and that of relationships,
-    /// something else too, or nothing that could be looked up.
-    enum Requirement : quint8 { Broken, Met, Unmet };
 
     /// Before the part \p part of \p package, which has at most \p largest bytes.
     XmlCursor(ZipPackage *package, const QByteArray &part, qint64 largest, XmlCount *count);
@@ -63,17 +67,41 @@ public:
     /// In an element that may hold anything, such as the first one: goes to its next child of the
     /// main namespace and passes over all others.
     bool nextSection();
-    /// Goes to the next child, which is of the main namespace.
-    bool nextChild() { return nextOf(Space::Main, Space::Main, nullptr); }
-    /// The same where it may be markup for compatibility, too, or nothing else.
-    bool nextChildOrMarkup() { return nextOf(Space::Main, Space::Compatibility, nullptr); }
-    bool nextMarkup() { return nextOf(Space::Compatibility, Space::Compatibility, nullptr); }
+    /// Goes to the next child, which is of the main namespace or markup for compatibility. False at
+    /// the end of the element.
+    bool nextChildOrMarkup() { return nextOf(Space::Compatibility, nullptr); }
 
-    /// Whether the cursor stands at an element \p name.
-    bool is(const char *name) const;
-    bool isMarkup() const { return event().space == Space::Compatibility; }
-    /// What the choice at which it stands asks for.
-    Requirement requirement() const { return event().requirement; }
+    /// Whether the cursor stands at an element \p name of the main namespace.
+    bool is(const char *name) const { return is(Space::Main, name); }
+    bool isMarkup(const char *name) const { return is(Space::Compatibility, name); }
+    /// Whether the choice at which it stands asks for nothing but the part's own namespace and that
+    /// of relationships; null when nobody can say.
+    std::optional<bool> isMet() const { return event().isMet; }
+
+    /// Reads the \p children of the element, passes over those of the names \p passedOver, and
+    /// refuses all others.
+    template<typename... Reads>
+    void readChildren(Names passedOver, const XmlChild<Reads> &...children)
+    {
+        checkPlace();
+        while (nextOf(Space::Main, nullptr)) {
+            if (!(readIf(children) || ...)) {
+                skipOneOf(passedOver);
+            }
+        }
+    }
+    /// The same with nextSection.
+    template<typename... Reads>
+    void readSections(Names passedOver, const XmlChild<Reads> &...children)
+    {
+        while (nextSection()) {
+            if (!(readIf(children) || ...)) {
+                skipOneOf(passedOver);
+            }
+        }
+    }
+    /// Instead of names: all of them.
+    static constexpr const char *any = "*";
 
     /// Passes over the rest of the element.
     void skip();
@@ -91,13 +119,8 @@ public:
         return attribute(Space::Relationships, name);
     }
     /// Refuses attributes other than \p read and \p passedOver, and \p relationship in the
-    /// namespace of relationships. Those of other namespaces may have any name but these.
-    void allowAttributes(Names read, Names passedOver, const char *relationship = "")
-    {
-        checkAttributes(read, &passedOver, relationship);
-    }
-    /// Passes over whatever is not among \p read.
-    void allowAnyAttributes(Names read = {}) { checkAttributes(read, nullptr, ""); }
+    /// namespace of relationships. Those of other namespaces may have any name but the ones read.
+    void allowAttributes(Names read, Names passedOver = {}, const char *relationship = "");
 
     /// Ends the reading with \p error.
     void fail(const LoadError &error);
@@ -106,9 +129,10 @@ public:
     /// The element at which the cursor stands must not stand there.
     void failElement();
     void failIndex();
-    /// Fails when \p met, which is set, was set before: because of damage that \p words tell, or of
-    /// the element.
-    void once(bool *met, const char *words = nullptr);
+    /// Fails when a list that has \p entries already gets one more than it may have.
+    void limitList(int entries);
+    /// Sets \p met, and fails when it was set before: there are two contents where one belongs.
+    void once(bool *met);
     /// Names the cell in which the error is.
     void blame(const QString &cell) { m_error.cell = cell; }
     bool hasFailed() const { return m_error.reason != LoadError::None; }
@@ -121,70 +145,90 @@ public:
     static constexpr int longestText = 256 * 1024;
 
 private:
-    struct Handlers;
+    // Between a namespace and a name; the parser refuses namespaces that contain it.
+    static constexpr char separator = '\n';
+
     struct FreeParser {
         void operator()(XML_ParserStruct *parser) const;
     };
     enum class Space : quint8 { None, Main, Relationships, Compatibility, Xml, Ignorable, Other };
-    enum class Type : quint8 { Start, End, Text };
+    static bool isOwn(Space space) { return space == Space::Main || space == Space::Relationships; }
+    enum class Type : quint8 { Start, Attribute, Text, End };
 
+    // As the parser gives it: the namespace with the separator behind it.
+    struct Name {
+        Name(std::string_view name)
+            : space(name.substr(0, name.find(separator) + 1)), local(name.substr(space.size()))
+        {
+        }
+        std::string_view space; // empty without one
+        std::string_view local;
+    };
+    struct Given {
+        Name name;
+        const char *value;
+    };
+    // The attributes of an element follow it.
     struct Event {
         Type type = Type::End;
         Space space = Space::None;
-        bool unwraps = false; // what may be ignored is to be replaced by what it holds
-        Requirement requirement = Broken;
-        int string = 0; // in m_bytes: the local name or the text, of that size
-        int size = 0;
-        int firstAttribute = 0;
-        int attributes = 0;
+        std::string name; // without its namespace
+        std::string text; // of a text or an attribute
+        const char *flaw = nullptr; // what it must not say where values are read
+        std::optional<bool> isMet;
     };
-    struct Attribute {
-        Space space;
-        int name; // in m_bytes, as is the value
-        int value;
-    };
-    // Positions in m_declared.
-    struct Binding {
-        std::size_t prefix;
-        std::size_t uri;
-    };
-    // An open element, with the number of namespaces that may be ignored outside of it.
+    // An open element.
     struct Scope {
-        std::size_t ignorable;
-        bool unwraps;
-        bool isExtension;
+        std::size_t ignorable = 0; // namespaces that may be ignored outside of it
+        bool unwraps = false; // what may be ignored is to be replaced by what it holds
+        bool isExtension = false;
+        bool isIgnored = false;
     };
+
+    template<typename Read>
+    bool readIf(const XmlChild<Read> &child)
+    {
+        const bool isIt = is(child.name);
+        if (isIt) {
+            child.read();
+        }
+        return isIt;
+    }
+    void skipOneOf(Names names);
 
     // What the parser reports of a piece goes into m_events.
     void parsePiece();
     bool chooseEncoding(int size);
+    void startElement(const char *name, const char **attributes);
+    void endElement(const char *name);
+    void addText(const char *data, int size);
+    void passOver(const char *data, int size);
+    void beginNamespace(const char *prefix, const char *uri);
+    void endNamespace(const char *prefix);
+    void refuseDocumentType(const char *name, const char *systemId, const char *publicId, int has);
     void stop(const LoadError &error);
     void countItems(qint64 items);
-    qint64 bytesAsItems() const;
-    void startElement(std::string_view name, const char **attributes);
     void countElement(std::string_view name, const char **attributes);
-    void openScope(const char **attributes);
-    void checkReserved(Space space, std::string_view name);
-    void endElement();
-    void addText(const char *data, int size);
-    int keep(std::string_view text);
-    Space spaceOf(std::string_view name);
-    bool ignore(std::string_view prefix);
-    Requirement requirementOf(const char *prefixes);
-    std::string uriOf(std::string_view prefix);
+    qint64 bytesAsItems() const;
+    void openScope();
+    bool isPlaced(Space space, std::string_view name);
+    Space spaceOf(std::string_view space);
+    std::optional<bool> isMet(const char *prefixes);
+    std::string uriOf(const QByteArray &prefix);
 
     // What was reported is gone through.
     const Event &event() const { return m_events[m_at]; }
-    const char *string(int position) const { return m_bytes.data() + position; }
-    const Attribute &attributeAt(int index) const
-    {
-        return m_attributes[std::size_t(event().firstAttribute) + std::size_t(index)];
-    }
+    bool isAttribute(std::size_t at) const;
     bool next();
-    bool nextOf(Space space, Space other, QByteArray *text);
+    bool nextOf(Space other, QByteArray *text);
+    bool is(Space space, const char *name) const;
     void takeText(QByteArray *text);
-    void checkPlace();
-    void checkAttributes(Names read, const Names *others, const char *relationship);
+    void checkPlace()
+    {
+        if (event().flaw != nullptr) {
+            fail(event().flaw);
+        }
+    }
     const char *attribute(Space space, const char *name) const;
 
     const WorkbookLimits &m_limits;
@@ -193,22 +237,17 @@ private:
     std::unique_ptr<XML_ParserStruct, FreeParser> m_parser;
     std::vector<char> m_piece;
     int m_pending = 0; // bytes since the last event
-    bool m_isFirst = true;
     bool m_hasEnded = false;
     bool m_isMalformed = false;
 
     std::string m_main; // the namespace of the first element, with the separator behind it
-    std::vector<Binding> m_bindings;
-    std::string m_declared;
+    std::vector<std::pair<std::string, std::string>> m_bindings; // of prefixes to namespaces
     std::vector<std::string> m_ignorable;
     std::vector<Scope> m_scopes;
-    std::size_t m_ignored =
-        0; // elements that are open inside of one that is ignored, itself included
-    std::vector<std::string_view> m_names; // of the attributes of one element
+    std::vector<Given> m_given; // attributes of one element
+    std::set<std::string> m_sections; // that were met and must not come again
 
     std::vector<Event> m_events = std::vector<Event>(1); // never empty
-    std::vector<Attribute> m_attributes;
-    std::string m_bytes;
     std::size_t m_at = 0;
     LoadError m_ahead; // found behind the events
     LoadError m_error;

@@ -77,7 +77,7 @@ LoadError ZipPart::open(const QByteArray &name, qint64 largest)
     }
     m_entry = m_package->m_parts.value(key(name));
     if (m_entry == nullptr) {
-        return LoadError::damaged(QT_TRANSLATE_NOOP("MainWindow", "it occurs twice"));
+        return LoadError::damaged(LoadError::doubled);
     }
     if (m_entry->isEncrypted) {
         return LoadError::PasswordProtected;
