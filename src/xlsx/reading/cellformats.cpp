@@ -56,7 +56,7 @@ void CellFormats::readCellFormats(XmlCursor *xml)
 {
     xml->allowAttributes({}, {XmlCursor::any});
     while (xml->nextChildOrMarkup()) {
-        if (xml->isMarkup("AlternateContent")) {
+        if (xml->is("AlternateContent", XmlCursor::Space::Compatibility)) {
             readAlternatives(xml);
         } else if (xml->is("xf")) {
             readCellFormat(xml);
@@ -91,8 +91,8 @@ void CellFormats::readAlternatives(XmlCursor *xml)
     bool isTaken = false;
     xml->allowAttributes({});
     while (xml->nextChildOrMarkup()) {
-        const bool isChoice = xml->isMarkup("Choice");
-        const bool isFallback = xml->isMarkup("Fallback") && hasChoice;
+        const bool isChoice = xml->is("Choice", XmlCursor::Space::Compatibility);
+        const bool isFallback = xml->is("Fallback", XmlCursor::Space::Compatibility) && hasChoice;
         xml->allowAttributes({isChoice ? "Requires" : ""});
         if (hasFallback || !(isChoice ? xml->isMet().has_value() : isFallback)) {
             xml->failElement();

@@ -32,6 +32,6 @@ void SheetList::readSheet(XmlCursor *xml)
     xml->allowAttributes({"state"}, {"name", "sheetId"}, "id");
     const QByteArray state = xml->attribute("state");
     const bool isHidden = state == "hidden" || state == "veryHidden";
-    m_sheets.append({xml->relationship("id"), !isHidden});
+    m_sheets.append({xml->attribute("id", XmlCursor::Space::Relationships), !isHidden});
     xml->readChildren({"bookViews"}); // misplaced by one writer
 }

@@ -26,9 +26,6 @@ constexpr double daysBefore1904 = 1462.0;
 constexpr const char *wrongReference =
     QT_TRANSLATE_NOOP("MainWindow", "the number of a row or the address of a cell is wrong");
 
-// What spreadsheets show for a number under a format of dates that is no date.
-const QString noDate = QStringLiteral("########");
-
 bool toIndex(const QByteArray &text, int *index)
 {
     bool known = false;
@@ -212,7 +209,7 @@ void SheetReader::storeNumber(const QByteArray &text)
     } else if (m_column == m_context.textColumn) {
         storeText(CellText::plainDigits(text));
     } else {
-        write({QXlsx::Cell::NumberType, value, {}, false});
+        write(value);
     }
 }
 
@@ -220,9 +217,10 @@ void SheetReader::storeDate(double days)
 {
     const double end = firstDayWithoutDate - (m_is1904 ? daysBefore1904 : 0.0);
     if (days >= 0.0 && days < end) {
-        write({QXlsx::Cell::NumberType, days, {}, true});
+        write(days, true);
     } else {
-        storeText(noDate);
+        // What spreadsheets show for a number under a format of dates that is no date.
+        storeText(QStringLiteral("########"));
     }
 }
 
@@ -235,16 +233,11 @@ void SheetReader::storeIsoDate(const QByteArray &text)
         QStringLiteral("^(%1(T%2(Z|[+-]\\d\\d:\\d\\d)?)?|%2)$").arg(day, clock));
     constexpr double millisecondsOfDay = 86'400'000.0;
     const QString iso = QString::fromLatin1(text.trimmed());
-    const bool isShaped = shape.match(iso).hasMatch();
     const QDateTime moment = QDateTime::fromString(iso, Qt::ISODateWithMs);
-    const QTime time = QTime::fromString(iso, Qt::ISODateWithMs);
-    if (isShaped && moment.isValid()) {
-        storeDate(daysOf(moment.date()) + moment.time().msecsSinceStartOfDay() / millisecondsOfDay);
-    } else if (isShaped && time.isValid()) {
-        storeDate(time.msecsSinceStartOfDay() / millisecondsOfDay);
-    } else {
-        storeText(noDate);
-    }
+    const QTime time = moment.isValid() ? moment.time() : QTime::fromString(iso, Qt::ISODateWithMs);
+    const double days = moment.isValid() ? daysOf(moment.date()) : 0.0;
+    const bool isKnown = time.isValid() && shape.match(iso).hasMatch();
+    storeDate(isKnown ? days + time.msecsSinceStartOfDay() / millisecondsOfDay : -1.0);
 }
 
 // Spreadsheets count from 1900-01-01 on, a 29th of February in that year included, and put times
@@ -252,20 +245,15 @@ void SheetReader::storeIsoDate(const QByteArray &text)
 double SheetReader::daysOf(const QDate &date) const
 {
     constexpr int leapDay = 60;
-    if (m_is1904) {
-        return static_cast<double>(QDate(1904, 1, 1).daysTo(date));
-    }
-    const auto days = static_cast<double>(QDate(1899, 12, 31).daysTo(date));
-    if (date == QDate(1899, 12, 30)) {
-        return 0.0;
-    }
-    return days < 1 ? -1.0 : days < leapDay ? days : days + 1;
+    const qint64 days = (m_is1904 ? QDate(1904, 1, 1) : QDate(1899, 12, 30)).daysTo(date);
+    const bool isBeforeLeapDay = !m_is1904 && days > 0 && days <= leapDay;
+    return days == 1 && isBeforeLeapDay ? -1.0 : double(isBeforeLeapDay ? days - 1 : days);
 }
 
 void SheetReader::storeBoolean(const QByteArray &text)
 {
     if (const std::optional<bool> isTrue = CellText::toBool(text)) {
-        write({QXlsx::Cell::BooleanType, *isTrue ? 1.0 : 0.0, {}, false});
+        write(*isTrue);
     } else {
         m_xml->fail(QT_TRANSLATE_NOOP("MainWindow", "this is neither true nor false"));
     }
@@ -290,7 +278,7 @@ void SheetReader::storeSharedString(const QByteArray &index)
     if (!toIndex(index, &number) || number >= m_context.sharedStrings->size()) {
         m_xml->fail(QT_TRANSLATE_NOOP("MainWindow", "there is no such shared text"));
     } else if (const QString &text = m_context.sharedStrings->at(number); !text.isEmpty()) {
-        write({QXlsx::Cell::InlineStringType, 0.0, text, false});
+        write(text);
     }
 }
 
@@ -304,53 +292,35 @@ void SheetReader::storeText(const QString &text)
     if (!m_context.budget->takeText(text)) {
         m_xml->fail(LoadError::TooLarge);
     } else if (!text.isEmpty()) {
-        write({QXlsx::Cell::InlineStringType, 0.0, text, false});
+        write(text);
     }
 }
 
-void SheetReader::write(const Content &content)
+void SheetReader::write(const QVariant &value, bool isDate)
 {
-    const bool newRow = m_row != m_lastRow;
-    if (!isInOrder()) {
-        if (const QXlsx::Cell *const before = m_context.target->cellAt(m_row, m_column)) {
-            if (!isSame(*before, content)) {
-                m_xml->fail(QT_TRANSLATE_NOOP("MainWindow",
-                                              "the cell is there twice with different contents"));
-            }
-            return;
-        }
-    }
-    if (!m_context.budget->takeCell(newRow)) {
-        m_xml->fail(LoadError::TooLarge);
-        return;
-    }
     QXlsx::Worksheet *const target = m_context.target;
-    if (content.type == QXlsx::Cell::InlineStringType) {
+    const std::pair place(m_row, m_column);
+    const bool isText = value.userType() == QMetaType::QString;
+    const QXlsx::Cell *const before = place > m_last ? nullptr : target->cellAt(m_row, m_column);
+    if (before != nullptr) {
+        const QVariant known = before->value();
+        const bool isSame = known.userType() == value.userType() && before->isDateTime() == isDate
+            && (isText ? known.toString() == value.toString()
+                       : known.toDouble() == value.toDouble());
+        if (!isSame) {
+            m_xml->fail(
+                QT_TRANSLATE_NOOP("MainWindow", "the cell is there twice with different contents"));
+        }
+    } else if (!m_context.budget->takeCell(m_row != m_last.first)) {
+        m_xml->fail(LoadError::TooLarge);
+    } else if (isText) {
         // The general write takes some texts for formulas or addresses.
-        target->writeInlineString(m_row, m_column, content.text);
-    } else if (content.type == QXlsx::Cell::BooleanType) {
-        target->writeBool(m_row, m_column, content.number != 0.0);
+        target->writeInlineString(m_row, m_column, value.toString());
+    } else if (value.userType() == QMetaType::Bool) {
+        target->writeBool(m_row, m_column, value.toBool());
     } else {
-        target->writeNumeric(m_row, m_column, content.number,
-                             content.isDate ? m_dateFormat : QXlsx::Format());
+        target->writeNumeric(m_row, m_column, value.toDouble(),
+                             isDate ? m_dateFormat : QXlsx::Format());
     }
-}
-
-bool SheetReader::isSame(const QXlsx::Cell &cell, const Content &content)
-{
-    const bool isText = content.type == QXlsx::Cell::InlineStringType;
-    return cell.cellType() == content.type && cell.isDateTime() == content.isDate
-        && (isText ? cell.value().toString() == content.text
-                   : cell.value().toDouble() == content.number);
-}
-
-// Whether the cell follows all that were written, so that nothing can be there yet.
-bool SheetReader::isInOrder()
-{
-    if (m_row < m_lastRow || (m_row == m_lastRow && m_column <= m_lastColumn)) {
-        return false;
-    }
-    m_lastRow = m_row;
-    m_lastColumn = m_column;
-    return true;
+    m_last = qMax(m_last, place);
 }

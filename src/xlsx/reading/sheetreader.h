@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <utility>
+
+#include <QVariant>
 #include <xlsxcell.h>
 #include <xlsxformat.h>
 #include <xlsxworksheet.h>
@@ -58,14 +61,6 @@ private:
     bool moveTo(const char *reference);
     bool setType(const char *name);
 
-    // What a cell holds: the text for texts, the number for the others.
-    struct Content {
-        QXlsx::Cell::CellType type;
-        double number;
-        QString text;
-        bool isDate;
-    };
-
     void storeNumber(const QByteArray &text);
     void storeDate(double days);
     void storeIsoDate(const QByteArray &text);
@@ -75,9 +70,7 @@ private:
     void storeString(const QByteArray &utf8);
     void storeSharedString(const QByteArray &index);
     void storeText(const QString &text);
-    void write(const Content &content);
-    static bool isSame(const QXlsx::Cell &cell, const Content &content);
-    bool isInOrder();
+    void write(const QVariant &value, bool isDate = false);
 
     SheetContext m_context;
     XmlCursor *m_xml = nullptr;
@@ -94,7 +87,7 @@ private:
     QByteArray m_inlineText;
     QByteArray m_formula; // which nobody needs
 
-    // The last cell in reading order that holds something; all cells after it are still empty.
-    int m_lastRow = 0;
-    int m_lastColumn = 0;
+    // Row and column of the last cell in reading order that holds something; all cells after it are
+    // still empty.
+    std::pair<int, int> m_last;
 };

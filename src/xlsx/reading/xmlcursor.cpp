@@ -83,6 +83,12 @@ XmlCursor::XmlCursor(ZipPackage *package, const QByteArray &part, qint64 largest
 
 XmlCursor::~XmlCursor() = default;
 
+XmlCursor::Name XmlCursor::split(std::string_view name, const char *value)
+{
+    const std::size_t local = name.find(separator) + 1; // 0 without a namespace
+    return {name.substr(0, local), name.substr(local), value};
+}
+
 // A piece without an event is parsed again together with the next one, which is as long as all
 // before it, so that the time stays in proportion to the bytes.
 void XmlCursor::parsePiece()
@@ -160,9 +166,8 @@ void XmlCursor::countElement(std::string_view name, const char **attributes)
     std::size_t items = 1 + name.size() / longName;
     m_given.clear();
     for (; *attributes != nullptr; attributes += 2) {
-        const std::string_view attribute = attributes[0];
-        m_given.push_back({attribute, attributes[1]});
-        items += 1 + attribute.size() / longAttribute;
+        m_given.push_back(split(attributes[0], attributes[1]));
+        items += 1 + (m_given.back().space.size() + m_given.back().local.size()) / longAttribute;
     }
     countItems(qint64(items) + bytesAsItems());
     if (m_scopes.size() >= std::size_t(m_limits.depth)
@@ -177,7 +182,7 @@ void XmlCursor::startElement(const char *name, const char **attributes)
     if (m_ahead) {
         return;
     }
-    const Name element(name);
+    const Name element = split(name);
     if (m_scopes.empty()) {
         m_main = element.space;
     }
@@ -194,13 +199,14 @@ void XmlCursor::startElement(const char *name, const char **attributes)
     }
     const std::size_t at = m_events.size();
     m_events.push_back({Type::Start, space, std::string(element.local), {}, {}, {}});
-    for (const auto &[attribute, value] : m_given) {
+    for (const Name &attribute : m_given) {
         const Space of = spaceOf(attribute.space);
-        m_events.push_back({Type::Attribute, of, std::string(attribute.local), value, {}, {}});
+        m_events.push_back(
+            {Type::Attribute, of, std::string(attribute.local), attribute.value, {}, {}});
         if (of == Space::Main) {
             m_events[at].flaw = unknownAttribute;
         } else if (of == Space::None && attribute.local == "Requires") {
-            m_events[at].isMet = isMet(value);
+            m_events[at].isMet = isMet(attribute.value);
         }
     }
     m_events[at].flaw = scope.unwraps ? unknownExtension : m_events[at].flaw;
@@ -213,13 +219,13 @@ void XmlCursor::openScope()
     m_scopes.push_back(m_scopes.empty() ? Scope() : m_scopes.back());
     Scope &scope = m_scopes.back();
     scope.ignorable = m_ignorable.size();
-    for (const auto &[attribute, value] : m_given) {
+    for (const Name &attribute : m_given) {
         if (attribute.space != compatibility || scope.isIgnored) {
             continue;
         }
         const bool isIgnorable = attribute.local == "Ignorable";
         scope.unwraps |= attribute.local == "ProcessContent";
-        for (const QByteArray &prefix : words(value)) {
+        for (const QByteArray &prefix : words(attribute.value)) {
             const std::string uri = uriOf(prefix);
             const Space space = spaceOf(uri);
             const bool isUnknown = isIgnorable ? space == Space::None
@@ -446,12 +452,12 @@ void XmlCursor::skipOneOf(Names names)
     skip();
 }
 
-bool XmlCursor::is(Space space, const char *name) const
+bool XmlCursor::is(const char *name, Space space) const
 {
     return event().type == Type::Start && event().space == space && event().name == name;
 }
 
-const char *XmlCursor::attribute(Space space, const char *name) const
+const char *XmlCursor::attribute(const char *name, Space space) const
 {
     for (std::size_t at = m_at + 1; isAttribute(at); ++at) {
         if (m_events[at].space == space && m_events[at].name == name) {

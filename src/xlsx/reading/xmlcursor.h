@@ -52,6 +52,9 @@ public:
     /// What the names of a part belong to.
     enum Vocabulary { Spreadsheet, PackageRelationships };
 
+    /// What a name belongs to: the part's own namespace is the main one.
+    enum class Space : quint8 { None, Main, Relationships, Compatibility, Xml, Ignorable, Other };
+
     /// Before the part \p part of \p package, which has at most \p largest bytes.
     XmlCursor(ZipPackage *package, const QByteArray &part, qint64 largest, XmlCount *count);
     ~XmlCursor();
@@ -71,9 +74,8 @@ public:
     /// the end of the element.
     bool nextChildOrMarkup() { return nextOf(Space::Compatibility, nullptr); }
 
-    /// Whether the cursor stands at an element \p name of the main namespace.
-    bool is(const char *name) const { return is(Space::Main, name); }
-    bool isMarkup(const char *name) const { return is(Space::Compatibility, name); }
+    /// Whether the cursor stands at an element \p name.
+    bool is(const char *name, Space space = Space::Main) const;
     /// Whether the choice at which it stands asks for nothing but the part's own namespace and that
     /// of relationships; null when nobody can say.
     std::optional<bool> isMet() const { return event().isMet; }
@@ -111,13 +113,8 @@ public:
     /// The element holds neither text nor others.
     void readNothing() { readText(nullptr); }
 
-    /// The attribute \p name, which has no namespace; null without one.
-    const char *attribute(const char *name) const { return attribute(Space::None, name); }
-    /// The same in the namespace of relationships.
-    const char *relationship(const char *name) const
-    {
-        return attribute(Space::Relationships, name);
-    }
+    /// The attribute \p name; null without one.
+    const char *attribute(const char *name, Space space = Space::None) const;
     /// Refuses attributes other than \p read and \p passedOver, and \p relationship in the
     /// namespace of relationships. Those of other namespaces may have any name but the ones read.
     void allowAttributes(Names read, Names passedOver = {}, const char *relationship = "");
@@ -151,23 +148,16 @@ private:
     struct FreeParser {
         void operator()(XML_ParserStruct *parser) const;
     };
-    enum class Space : quint8 { None, Main, Relationships, Compatibility, Xml, Ignorable, Other };
     static bool isOwn(Space space) { return space == Space::Main || space == Space::Relationships; }
     enum class Type : quint8 { Start, Attribute, Text, End };
 
-    // As the parser gives it: the namespace with the separator behind it.
+    // As the parser gives it.
     struct Name {
-        Name(std::string_view name)
-            : space(name.substr(0, name.find(separator) + 1)), local(name.substr(space.size()))
-        {
-        }
-        std::string_view space; // empty without one
+        std::string_view space; // with the separator behind it; empty without one
         std::string_view local;
+        const char *value; // of an attribute
     };
-    struct Given {
-        Name name;
-        const char *value;
-    };
+    static Name split(std::string_view name, const char *value = nullptr);
     // The attributes of an element follow it.
     struct Event {
         Type type = Type::End;
@@ -221,7 +211,6 @@ private:
     bool isAttribute(std::size_t at) const;
     bool next();
     bool nextOf(Space other, QByteArray *text);
-    bool is(Space space, const char *name) const;
     void takeText(QByteArray *text);
     void checkPlace()
     {
@@ -229,7 +218,6 @@ private:
             fail(event().flaw);
         }
     }
-    const char *attribute(Space space, const char *name) const;
 
     const WorkbookLimits &m_limits;
     XmlCount *m_count;
@@ -244,7 +232,7 @@ private:
     std::vector<std::pair<std::string, std::string>> m_bindings; // of prefixes to namespaces
     std::vector<std::string> m_ignorable;
     std::vector<Scope> m_scopes;
-    std::vector<Given> m_given; // attributes of one element
+    std::vector<Name> m_given; // attributes of one element
     std::set<std::string> m_sections; // that were met and must not come again
 
     std::vector<Event> m_events = std::vector<Event>(1); // never empty
