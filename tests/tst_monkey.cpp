@@ -8,6 +8,7 @@
 #include <utility>
 
 #include <QAbstractButton>
+#include <QApplication>
 #include <QComboBox>
 #include <QInputDialog>
 #include <QMdiArea>
@@ -17,6 +18,7 @@
 #include <QSpinBox>
 #include <QTabWidget>
 #include <QTest>
+#include <QWindow>
 
 #include "settingsdialog.h"
 #include "support/mainwindowtester.h"
@@ -153,7 +155,7 @@ public:
             const char *name;
             void (Monkey::*act)();
         };
-        static const std::array<Action, 20> actions = {{
+        static const std::array<Action, 22> actions = {{
             {"open", &Monkey::openGood},
             {"open", &Monkey::openGood},
             {"open a bad file", &Monkey::openBad},
@@ -166,6 +168,8 @@ public:
             {"group graph", &Monkey::groupGraph},
             {"handle a sub-window", &Monkey::handleSubWindow},
             {"handle a sub-window", &Monkey::handleSubWindow},
+            {"press a key", &Monkey::pressKey},
+            {"resize the window", &Monkey::resizeWindow},
             {"mark", &Monkey::mark},
             {"mark", &Monkey::mark},
             {"settings", &Monkey::changeSettings},
@@ -336,6 +340,24 @@ private:
         }
         tester.window->grab();
     }
+
+    void pressKey()
+    {
+        static const std::array<std::pair<Qt::Key, Qt::KeyboardModifiers>, 5> keys = {{
+            {Qt::Key_F6, Qt::NoModifier},
+            {Qt::Key_F6, Qt::ShiftModifier},
+            {Qt::Key_Tab, Qt::ControlModifier},
+            {Qt::Key_Backtab, Qt::ControlModifier | Qt::ShiftModifier},
+            {Qt::Key_F10, Qt::ShiftModifier},
+        }};
+        const auto &[key, modifiers] = keys.at(size_t(below(int(keys.size()))));
+        QTest::keyClick(tester.window->windowHandle(), key, modifiers);
+        if (QWidget *menu = QApplication::activePopupWidget()) {
+            menu->close();
+        }
+    }
+
+    void resizeWindow() { tester.window->resize(600 + below(1000), 450 + below(700)); }
 
     void mark()
     {
