@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "analysis/convergence.h"
 
-#include <cmath>
 #include <limits>
 
 #include "analysis/linearsolvers.h"
+#include "analysis/logarithm.h"
 #include "analysis/median.h"
 #include "analysis/patientrecord.h"
 
@@ -63,7 +63,7 @@ double exponentialFit(const QVector<double> &values)
             return undefined; // no logarithm, also where the solver would drop k
         }
         const double p = x * y;
-        const double logarithm = std::log(y);
+        const double logarithm = naturalLogarithm(y);
         s0 += y;
         s1 += p;
         s2 += (y * y) * x; // Required as is: not x * x * y.

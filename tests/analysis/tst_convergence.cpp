@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include <cmath>
 
+#include <Eigen/QR>
+#include <Eigen/SVD>
 #include <QRandomGenerator>
 #include <QtTest>
 
@@ -91,6 +93,7 @@ double medianStep(const Series &values)
                                  : (steps.at(middle - 1) + steps.at(middle)) * 0.5;
 }
 
+// The decompositions themselves, not by way of the program's solvers.
 double slopeByEigen(const Series &values)
 {
     Eigen::MatrixXd a(values.size(), 2);
@@ -99,7 +102,8 @@ double slopeByEigen(const Series &values)
         a.row(i) << i, 1.0;
         b(i) = values.at(i);
     }
-    return solveLeastSquares(a, b)(0);
+    return Eigen::JacobiSVD<Eigen::MatrixXd>(a, Eigen::ComputeThinU | Eigen::ComputeThinV)
+        .solve(b)(0);
 }
 
 double growthByEigen(const Series &values)
@@ -109,7 +113,7 @@ double growthByEigen(const Series &values)
     matrix << sums.s0, sums.s1, sums.s1, sums.s2;
     Eigen::VectorXd right(2);
     right << sums.s3, sums.s4;
-    return solveSquare(matrix, right)(1);
+    return Eigen::ColPivHouseholderQR<Eigen::MatrixXd>(matrix).solve(right)(1);
 }
 
 QString differenceFrom(double actual, const Reference &expected)

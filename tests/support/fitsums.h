@@ -5,6 +5,8 @@
 
 #include <QVector>
 
+#include "analysis/logarithm.h"
+
 /// The sums that the exponential fit of a series solves for, added in the order of the values with
 /// the arithmetic of \p Real, and the sum that the textbook's fit has in place of s2.
 template<typename Real>
@@ -15,7 +17,7 @@ struct FitSums {
             const Real x = i;
             const Real y = values.at(i);
             const Real xy = x * y;
-            const Real logarithm = std::log(y);
+            const Real logarithm = logarithmOf(y);
             s0 += y;
             s1 += xy;
             s2 += (y * y) * x;
@@ -24,6 +26,10 @@ struct FitSums {
             textbook += x * xy;
         }
     }
+
+    // The wider one comes from the standard library.
+    static double logarithmOf(double y) { return naturalLogarithm(y); }
+    static long double logarithmOf(long double y) { return std::log(y); }
 
     Real numerator() const { return s0 * s4 - s1 * s3; }
     Real denominator() const { return s0 * s2 - s1 * s1; }
