@@ -1,9 +1,19 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-# Warnings and sanitizers as interface targets, so that a target takes them by linking.
+# Arithmetic, warnings and sanitizers as interface targets, so that a target takes them by linking.
+
+# The same last bit on every machine, for the program and for its tests: nothing multiplies and adds
+# in one step. On ARM Eigen asks the processor by name to do so.
+add_library(glymark_arithmetic INTERFACE)
+target_compile_options(glymark_arithmetic INTERFACE -ffp-contract=off)
+include(CheckCXXSymbolExists)
+check_cxx_symbol_exists(__ARM_FEATURE_FMA cstddef GLYMARK_ARM_FUSES)
+if(GLYMARK_ARM_FUSES)
+    target_compile_options(Eigen3::Eigen INTERFACE
+        "SHELL:-include \"${CMAKE_CURRENT_LIST_DIR}/unfused.h\"")
+endif()
 
 add_library(glymark_warnings INTERFACE)
 target_compile_options(glymark_warnings INTERFACE
-    -ffp-contract=off # the same last bit on every machine
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Woverloaded-virtual
     $<$<BOOL:${GLYMARK_WERROR}>:-Werror>)
 
@@ -26,7 +36,8 @@ endif()
 # What every target of ours is compiled with, and the programs that make texts for people: there no
 # literal becomes a text unnoticed. Tests are full of literals and take them as they are.
 add_library(glymark_common_options INTERFACE)
-target_link_libraries(glymark_common_options INTERFACE glymark_warnings glymark_sanitizers)
+target_link_libraries(glymark_common_options INTERFACE
+    glymark_arithmetic glymark_warnings glymark_sanitizers)
 target_compile_definitions(glymark_common_options INTERFACE
     QT_NO_CAST_TO_ASCII QT_NO_URL_CAST_FROM_STRING QT_NO_KEYWORDS
     QT_DEPRECATED_WARNINGS QT_DISABLE_DEPRECATED_BEFORE=0x050F00)

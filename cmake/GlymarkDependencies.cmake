@@ -9,10 +9,11 @@ set(qt_minimum_6 6.4)
 find_package(Qt${GLYMARK_QT} ${qt_minimum_${GLYMARK_QT}} REQUIRED
     COMPONENTS Core Gui Widgets Svg PrintSupport)
 
-# Its version 5 calls itself compatible with no older one, so the version is compared here.
+# Other versions add in another order and give other last bits: 3.3 and 5 do.
 find_package(Eigen3 REQUIRED NO_MODULE)
-if(Eigen3_VERSION VERSION_LESS 3.3)
-    message(FATAL_ERROR "Eigen 3.3 or newer is needed; this is ${Eigen3_VERSION}")
+if(NOT Eigen3_VERSION MATCHES "^3\\.4\\.")
+    message(FATAL_ERROR "Eigen 3.4 is needed; this is ${Eigen3_VERSION}. Run script/setup, which "
+        "brings it, and use a preset")
 endif()
 find_package(SimpleIni REQUIRED)
 find_package(EXPAT 2.4 REQUIRED)

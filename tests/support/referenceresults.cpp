@@ -20,7 +20,8 @@ namespace
 // From 0 to below 1, with all bits of a double.
 double fraction(Dice &dice)
 {
-    return std::ldexp(dice.below(1 << 26), -26) + std::ldexp(dice.below(1 << 27), -53);
+    const int high = dice.below(1 << 26);
+    return std::ldexp(high, -26) + std::ldexp(dice.below(1 << 27), -53);
 }
 
 double tenths(int count)
@@ -54,7 +55,8 @@ Series farApart(Dice &dice, int count)
 {
     Series values;
     for (int i = 0; i < count; ++i) {
-        values.append(std::ldexp(1.0 + fraction(dice), dice.below(41) - 20));
+        const int exponent = dice.below(41) - 20;
+        values.append(std::ldexp(1.0 + fraction(dice), exponent));
     }
     return values;
 }
