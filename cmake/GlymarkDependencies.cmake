@@ -12,6 +12,7 @@ find_package(Qt${GLYMARK_QT} ${qt_minimum_${GLYMARK_QT}} REQUIRED
 # Other versions add in another order and give other last bits: 3.3 and 5 do.
 find_package(Eigen3 REQUIRED NO_MODULE)
 if(NOT Eigen3_VERSION MATCHES "^3\\.4\\.")
+    unset(Eigen3_DIR CACHE)
     message(FATAL_ERROR "Eigen 3.4 is needed; this is ${Eigen3_VERSION}. Run script/setup, which "
         "brings it, and use a preset")
 endif()

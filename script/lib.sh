@@ -119,8 +119,8 @@ missing() {
         LC_ALL=C comm -13 - <(printf '%s\n' "$@" | LC_ALL=C sort -u) || :
 }
 
-# packaged <package>: whether apt could install it.
-packaged() { [[ $(LC_ALL=C apt-cache policy "$1" 2>/dev/null) =~ Candidate:\ [^\(] ]]; }
+# packaged <package> [<start of its version, as a pattern>]: whether apt could install it.
+packaged() { [[ $(LC_ALL=C apt-cache policy "$1" 2>/dev/null) =~ Candidate:\ ${2:-[^(]} ]]; }
 
 can_be_root() { [ "$(id -u)" -eq 0 ] || command -v sudo >/dev/null; }
 
