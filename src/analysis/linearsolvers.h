@@ -5,8 +5,8 @@
 
 // Apart from their callers, because the decompositions take long to compile.
 
-// Eigen adds two numbers at a time with the instructions that every 64-bit PC and ARM processor has.
-// With others, such as AVX, it adds in another order and gives other last bits.
+// Eigen adds two numbers at a time with the instructions that every 64-bit PC and ARM processor
+// has. With others, such as AVX, it adds in another order and gives other last bits.
 static_assert(Eigen::internal::packet_traits<double>::size == 2,
               "-march, -mavx and EIGEN_DONT_VECTORIZE change the last bits of the results");
 

@@ -2,6 +2,8 @@
 // Copyright (c) 2018, Arm Limited.
 #pragma once
 
+#include <array>
+
 /// One of the 128 parts of the numbers from 0.6875 to 1.375, and c, a number near its middle.
 struct LogarithmPart {
     /// 1 / c
@@ -13,7 +15,7 @@ struct LogarithmPart {
     double low;
 };
 
-inline constexpr LogarithmPart logarithmParts[] = {
+inline constexpr std::array<LogarithmPart, 128> logarithmParts = {{
     {0x1.734f0c3e0de9fp+0, -0x1.7cc7f79e69000p-2, 0x1.61000014fb66bp-1, 0x1.e026c91425b3cp-56},
     {0x1.713786a2ce91fp+0, -0x1.76feec20d0000p-2, 0x1.63000034db495p-1, 0x1.dbfea48005d41p-55},
     {0x1.6f26008fab5a0p+0, -0x1.713e31351e000p-2, 0x1.650000d94d478p-1, 0x1.e7fa786d6a5b7p-55},
@@ -142,4 +144,4 @@ inline constexpr LogarithmPart logarithmParts[] = {
     {0x1.79baa679725c2p-1, 0x1.377266dec1800p-2, 0x1.5b00003c93e92p+0, -0x1.f41080abf0ccp-54},
     {0x1.77907f2170657p-1, 0x1.3d54ffbaf3000p-2, 0x1.5d0001d4919bcp+0, -0x1.8812afb254729p-54},
     {0x1.756cadbd6130cp-1, 0x1.432eee32fe000p-2, 0x1.5efffe7b87a89p+0, -0x1.47eb780ed6904p-54},
-};
+}};

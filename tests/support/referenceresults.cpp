@@ -29,6 +29,13 @@ double tenths(int count)
     return count / 10.0;
 }
 
+Series constant(Dice &dice, int count)
+{
+    Series values;
+    values.fill(tenths(1 + dice.below(4000)), count);
+    return values;
+}
+
 // A drift with noise about it.
 Series drifting(Dice &dice, int count)
 {
@@ -73,7 +80,7 @@ Series next(Dice &dice, int kind)
     const int count = 2 + dice.below(39);
     switch (kind) {
     case 0:
-        return Series(count, tenths(1 + dice.below(4000)));
+        return constant(dice, count);
     case 1:
         return drifting(dice, 2);
     case 2:
