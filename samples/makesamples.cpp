@@ -68,7 +68,9 @@ QVector<double> series(const Course &course, Chance &chance)
     return values;
 }
 
-bool save(const QString &path, int patients, int mostMeasurements, Chance &chance)
+// A study code is \p letter and a number of \p digits.
+bool save(const QString &path, QChar letter, int digits, int patients, int mostMeasurements,
+          Chance &chance)
 {
     QXlsx::Document document;
     document.write(1, 1, QStringLiteral("Patient"));
@@ -77,7 +79,8 @@ bool save(const QString &path, int patients, int mostMeasurements, Chance &chanc
     }
     for (int patient = 0; patient < patients; ++patient) {
         const int row = patient + 2;
-        document.write(row, 1, QStringLiteral("P%1").arg(patient + 1, 3, 10, QLatin1Char('0')));
+        document.write(
+            row, 1, letter + QStringLiteral("%1").arg(patient + 1, digits, 10, QLatin1Char('0')));
         Course course = randomCourse(chance);
         course.measurements = std::min(course.measurements, mostMeasurements);
         const QVector<double> values = series(course, chance);
@@ -98,8 +101,11 @@ int main(int argc, char *argv[])
     }
     const QDir folder(QString::fromLocal8Bit(argv[1]));
     Chance chance;
-    const bool saved = save(folder.filePath(QStringLiteral("glymark-sample.xlsx")), 40, 24, chance)
-        && save(folder.filePath(QStringLiteral("glymark-small.xlsx")), 6, 8, chance);
+    const auto sample = folder.filePath(QStringLiteral("glymark-sample.xlsx"));
+    const auto small = folder.filePath(QStringLiteral("glymark-small.xlsx"));
+    // Codes that differ, so that no patient of one is taken for a patient of the other.
+    const bool saved = save(sample, QLatin1Char('P'), 3, 40, 24, chance)
+        && save(small, QLatin1Char('T'), 1, 6, 8, chance);
     if (!saved) {
         std::fputs("makesamples: cannot write there\n", stderr);
         return 1;

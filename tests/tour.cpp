@@ -2,9 +2,11 @@
 // Drives the real window through its whole work on the sample, with real dialogs, and saves the
 // pictures of the documents, an exported page and both workbooks.
 
+#include <algorithm>
 #include <cstdio>
 
 #include <QApplication>
+#include <QDate>
 #include <QFile>
 #include <QHeaderView>
 #include <QInputDialog>
@@ -29,8 +31,9 @@
 namespace
 {
 
-constexpr QSize windowSize(1240, 960);
-constexpr QSize graphSize(760, 430);
+constexpr QSize windowSize(1180, 860);
+constexpr QSize graphSize(790, 470);
+constexpr QSize groupSize(1000, 640);
 
 class Tour
 {
@@ -47,6 +50,7 @@ public:
     {
         start("first-start.png");
         picture(sheetPicture(tester.path(smallSample), QString(), 7, 9), "workbook.png");
+        laboratoryList();
         refuseAFile();
         tester.open(largeSample);
         markPatients();
@@ -65,8 +69,7 @@ public:
         tester.open(largeSample);
         // "Groups graph" in any language.
         tester.menuEntries().at(4)->trigger();
-        arrangeLast();
-        picture(tester.window->grab(), name);
+        picture(windowPicture(), name);
         return problems + tester.answers.takeUnexpected();
     }
 
@@ -78,7 +81,8 @@ private:
 
     void picture(const QPixmap &pixmap, const char *name)
     {
-        if (!pixmap.save(output.filePath(name))) {
+        constexpr int smallestFile = 0;
+        if (!pixmap.save(output.filePath(name), "PNG", smallestFile)) {
             problems << QString("cannot write %1").arg(name);
         }
     }
@@ -137,35 +141,50 @@ private:
         tester.trigger("Settings");
     }
 
-    QMdiSubWindow *arrangeLast()
+    QMdiSubWindow *arrangeLast(const QSize &size)
     {
         QMdiSubWindow *subWindow = tester.subWindows().constLast();
-        subWindow->setGeometry(QRect(QPoint(20, 10), graphSize));
+        subWindow->setGeometry(QRect(QPoint(10, 10), size));
         QCoreApplication::processEvents();
         return subWindow;
+    }
+
+    /// The whole window, smaller by what its tables show of the next patient, with the last graph
+    /// in all of the middle.
+    QPixmap windowPicture()
+    {
+        const QTableView *patients = tester.patientTable();
+        const QTableView *scores = tester.scoreTable();
+        const QSize part(scores->viewport()->width() % scores->columnWidth(0),
+                         patients->viewport()->height() % patients->rowHeight(0));
+        tester.window->resize(tester.window->size() - part);
+        QCoreApplication::processEvents();
+        arrangeLast(tester.area()->size() - QSize(20, 20));
+        return tester.window->grab();
     }
 
     void groupGraph()
     {
         tester.trigger("Groups graph");
-        const QMdiSubWindow *subWindow = arrangeLast();
-        picture(tester.window->grab(), "window.png");
+        QMdiSubWindow *subWindow = arrangeLast(groupSize);
         picture(subWindow->widget()->grab(), "group-graph.png");
+        subWindow->close();
     }
 
     void graphOfSomePatients()
     {
-        for (const int row : {0, 5, 12, 19, 24}) {
+        // Their names lie apart, and the fastest fall leaves the others room on the right.
+        for (const int row : {0, 5, 13, 18, 24, 27}) {
             tester.patientTable()->selectionModel()->select(
                 tester.patientTable()->model()->index(row, 0),
                 QItemSelectionModel::Select | QItemSelectionModel::Rows);
         }
         tester.answers.expect<QInputDialog>([](QInputDialog &dialog) {
-            dialog.setTextValue("Five patients");
+            dialog.setTextValue("Six patients");
             dialog.accept();
         });
         tester.button("Show graph")->click();
-        auto *tabs = qobject_cast<QTabWidget *>(arrangeLast()->widget());
+        auto *tabs = qobject_cast<QTabWidget *>(arrangeLast(graphSize)->widget());
         if (!tabs) {
             problems << "no graph of the selected patients";
             return;
@@ -173,6 +192,8 @@ private:
         picture(tabs->grab(), "patient-graph.png");
         tabs->setCurrentIndex(1);
         picture(tabs->grab(), "result-graph.png");
+        tabs->setCurrentIndex(0);
+        picture(windowPicture(), "window.png");
     }
 
     void exportPage()
@@ -208,25 +229,36 @@ private:
         QFile::remove(path);
         tester.answers.expectFile(path);
         tester.trigger(action);
-        picture(sheetPicture(path, sheet, 9, 7), shown);
+        picture(sheetPicture(path, sheet, 9, 4), shown);
     }
 
-    /// The top left corner of a sheet as a spreadsheet shows it; a null name takes the first sheet.
-    QPixmap sheetPicture(const QString &path, const QString &sheet, int rows, int columns)
+    using Cells = QVector<QStringList>;
+
+    /// The top left corner of a sheet; a null name takes the first one.
+    Cells cellsOf(const QString &path, const QString &sheet, int rows, int columns)
     {
         QXlsx::Document document(path);
         if (!document.isLoadPackage() || (!sheet.isNull() && !document.selectSheet(sheet))) {
             problems << QString("cannot read back %1").arg(path);
-            return {};
         }
-        QTableWidget table(rows, columns);
+        Cells cells(rows);
+        for (int row = 0; row < rows; ++row) {
+            for (int column = 0; column < columns; ++column) {
+                cells[row] << document.read(row + 1, column + 1).toString().left(70);
+            }
+        }
+        return cells;
+    }
+
+    /// Cells as a spreadsheet shows them.
+    static QPixmap tablePicture(const Cells &cells)
+    {
+        QTableWidget table(int(cells.size()), int(cells.first().size()));
         QStringList letters;
-        for (int column = 0; column < columns; ++column) {
+        for (int column = 0; column < table.columnCount(); ++column) {
             letters << QString(QChar('A' + column));
-            for (int row = 0; row < rows; ++row) {
-                table.setItem(
-                    row, column,
-                    new QTableWidgetItem(document.read(row + 1, column + 1).toString().left(70)));
+            for (int row = 0; row < table.rowCount(); ++row) {
+                table.setItem(row, column, new QTableWidgetItem(cells.at(row).at(column)));
             }
         }
         table.setHorizontalHeaderLabels(letters);
@@ -239,6 +271,44 @@ private:
         table.resize(table.horizontalHeader()->length() + table.verticalHeader()->width() + frame,
                      table.verticalHeader()->length() + table.horizontalHeader()->height() + frame);
         return table.grab();
+    }
+
+    QPixmap sheetPicture(const QString &path, const QString &sheet, int rows, int columns)
+    {
+        return tablePicture(cellsOf(path, sheet, rows, columns));
+    }
+
+    /// One row per measurement, numbered, and the workbook that comes of it.
+    void laboratoryList()
+    {
+        constexpr int patients = 2;
+        constexpr int values = 4;
+        Cells sheet = cellsOf(tester.path(smallSample), QString(), patients + 1, values + 1);
+        sheet.first() = QStringList{"Code", "1", "2", "3", "4"};
+        Cells list = {{"Code", "Date", "mmol/mol", "No."}};
+        for (int patient = 1; patient <= patients; ++patient) {
+            QDate date(2025, 1, 10 + patient);
+            for (int number = 1; number <= values; ++number) {
+                const QStringList &row = sheet.at(patient);
+                list << QStringList{row.first(), date.toString(Qt::ISODate), row.at(number),
+                                    QString::number(number)};
+                date = date.addDays(91);
+            }
+        }
+        picture(besideEachOther(tablePicture(list), tablePicture(sheet)), "laboratory-list.png");
+    }
+
+    static QPixmap besideEachOther(const QPixmap &left, const QPixmap &right)
+    {
+        constexpr int gap = 60;
+        QPixmap both(left.width() + gap + right.width(), std::max(left.height(), right.height()));
+        both.fill(Qt::white);
+        QPainter painter(&both);
+        painter.drawPixmap(0, 0, left);
+        painter.drawPixmap(left.width() + gap, 0, right);
+        painter.setFont(QFont("DejaVu Sans", 18));
+        painter.drawText(QRect(left.width(), 0, gap, right.height()), Qt::AlignCenter, "→");
+        return both;
     }
 
     const QString largeSample = "glymark-sample.xlsx";
@@ -282,9 +352,11 @@ int main(int argc, char *argv[])
         std::fputs("usage: glymark_tour SAMPLES OUTPUT [TRANSLATION | --dark | --dense]\n", stderr);
         return 2;
     }
-    // The pictures are the same on every desktop.
+    // The pictures are the same on every desktop. In this size no text of them is cut.
     QApplication::setStyle(QStyleFactory::create("fusion"));
-    QApplication::setFont(QFont("DejaVu Sans", 9));
+    QFont font("DejaVu Sans", 8);
+    font.setStretch(QFont::SemiCondensed);
+    QApplication::setFont(font);
     if (dark) {
         QApplication::setPalette(QPalette(QColor(45, 45, 45), QColor(30, 30, 30)));
     }

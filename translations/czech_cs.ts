@@ -21,7 +21,7 @@
     </message>
     <message>
         <source>Difference standard deviation offset (y)</source>
-        <translation>Směrodatná odchylka rozdílů s posunem (y)</translation>
+        <translation>Směrodatná odchylka rozdílů bez začátku (y)</translation>
     </message>
     <message>
         <source>Interquartile range (y)</source>
@@ -52,7 +52,7 @@
     </message>
     <message>
         <source>Method results</source>
-        <translation>Výsledky</translation>
+        <translation>Hodnocení</translation>
     </message>
 </context>
 <context>
@@ -75,7 +75,7 @@
     </message>
     <message>
         <source>Difference standard deviation offset</source>
-        <translation>SD rozdílů s posunem</translation>
+        <translation>SD rozdílů bez začátku</translation>
     </message>
     <message>
         <source>Interquartile range</source>
@@ -127,7 +127,7 @@
     </message>
     <message>
         <source>Groups graph</source>
-        <translation>Graf skupin</translation>
+        <translation>Graf všech pacientů</translation>
     </message>
     <message>
         <source>Close file</source>
@@ -143,15 +143,15 @@
     </message>
     <message>
         <source>Better value color: Green</source>
-        <translation>Barva lepší hodnoty: zelená</translation>
+        <translation>Zelená: lepší než střed</translation>
     </message>
     <message>
         <source>Worse value color: Red</source>
-        <translation>Barva horší hodnoty: červená</translation>
+        <translation>Červená: horší než střed</translation>
     </message>
     <message>
         <source>Center value color: Blue</source>
-        <translation>Barva hodnoty rovné středu: modrá</translation>
+        <translation>Modrá: rovno středu</translation>
     </message>
     <message>
         <source>Additional info: In brackets is on which axis that specific method will be displayed.</source>
@@ -163,7 +163,7 @@
     </message>
     <message>
         <source>Method Results: Convergence/Variability</source>
-        <translation>Výsledky: konvergence/variabilita</translation>
+        <translation>Hodnocení: konvergence/variabilita</translation>
     </message>
     <message>
         <source>Convergence: B - Better, W - Worse</source>
@@ -187,7 +187,7 @@
     </message>
     <message>
         <source>Offset:</source>
-        <translation>Posun:</translation>
+        <translation>Vynecháno hodnot:</translation>
     </message>
     <message>
         <source>Show graph</source>
@@ -215,7 +215,7 @@
     </message>
     <message>
         <source>This workbook has no patients: column 1 of row 2 is empty.</source>
-        <translation>Tento sešit neobsahuje žádné pacienty: buňka v 1. sloupci 2. řádku je prázdná.</translation>
+        <translation>Tento sešit neobsahuje žádné pacienty: buňka A2 je prázdná.</translation>
     </message>
     <message>
         <source>Every patient needs at least two values.</source>
@@ -367,7 +367,7 @@
     </message>
     <message>
         <source>This is a workbook of the old kind (.xls). Save it as .xlsx with a spreadsheet program and open that file.</source>
-        <translation>Toto je sešit starého typu (.xls). Uložte jej v tabulkovém programu jako .xlsx a otevřete tento nový soubor.</translation>
+        <translation>Toto je sešit ve starém formátu (.xls). Uložte jej v tabulkovém programu jako .xlsx a otevřete tento nový soubor.</translation>
     </message>
     <message>
         <source>This workbook is protected by a password. Save it without one and open that file.</source>
@@ -550,7 +550,7 @@
     </message>
     <message>
         <source>Difference standard deviation offset</source>
-        <translation>Směrodatná odchylka rozdílů s posunem</translation>
+        <translation>Směrodatná odchylka rozdílů bez začátku</translation>
     </message>
     <message>
         <source>Interquartile range</source>
@@ -633,7 +633,7 @@
     </message>
     <message>
         <source>Difference standard deviation offset</source>
-        <translation>Směrodatná odchylka rozdílů s posunem</translation>
+        <translation>Směrodatná odchylka rozdílů bez začátku</translation>
     </message>
     <message>
         <source>Interquartile range</source>
@@ -641,7 +641,7 @@
     </message>
     <message>
         <source>Method</source>
-        <translation>Metoda</translation>
+        <translation>Metody</translation>
     </message>
     <message>
         <source>Convergence</source>
@@ -661,7 +661,7 @@
     </message>
     <message>
         <source>Offset</source>
-        <translation>Posun</translation>
+        <translation>Vynechané hodnoty</translation>
     </message>
     <message>
         <source>Offset count</source>

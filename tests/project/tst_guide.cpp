@@ -87,6 +87,11 @@ Series mapped(Series values, const std::function<double(double)> &change)
     return values;
 }
 
+Series inPercent(const Series &values)
+{
+    return mapped(values, [](double value) { return value * percentPerUnit + percentOfNone; });
+}
+
 Series sorted(Series values)
 {
     sortAscending(values);
@@ -118,6 +123,53 @@ Series resultsOf(const Patients &patients, const Method &method)
         results << method(patient.values);
     }
     return results;
+}
+
+double correlation(const Series &a, const Series &b)
+{
+    double products = 0.0;
+    for (int i = 0; i < a.size(); ++i) {
+        products += (a.at(i) - mean(a)) * (b.at(i) - mean(b));
+    }
+    return products / std::sqrt(squaresAroundMean(a) * squaresAroundMean(b));
+}
+
+// The probability that at most \p most of \p count tosses of a coin show heads.
+double coinsUpTo(int most, int count)
+{
+    double sum = 0.0;
+    double ways = 1.0;
+    for (int i = 0; i <= most; ++i) {
+        sum += ways;
+        ways = ways * (count - i) / (i + 1);
+    }
+    return sum / std::pow(2.0, count);
+}
+
+// The position from either end between which the median lies with a confidence of 95 %.
+int rankOfMedianInterval(int count)
+{
+    int rank = 1;
+    while (coinsUpTo(rank, count) <= 0.025) {
+        ++rank;
+    }
+    return rank;
+}
+
+// Where the chi-squared distribution reaches \p probability, by adding up its density from 0.
+double chiSquared(double probability, int freedom)
+{
+    constexpr double step = 1e-4;
+    const double half = freedom / 2.0;
+    double reached = 0.0;
+    double x = 0.0;
+    for (; reached < probability; x += step) {
+        const double middle = x + step / 2;
+        reached += step
+            * std::exp((half - 1) * std::log(middle) - middle / 2 - half * std::log(2.0)
+                       - std::lgamma(half));
+    }
+    return x;
 }
 
 // How many patients lie strictly below the median under one method and not under the other.
@@ -218,6 +270,10 @@ private Q_SLOTS:
         addQuartiles(row);
         addCenters(row);
         addSample(row);
+        addCautions(row);
+        addIntervals(row);
+        addNotANumber(row);
+        addReport(row);
         addPatientsOfSamples(row);
         addGraphs(row);
         addLimits(row);
@@ -306,10 +362,10 @@ private Q_SLOTS:
 
     void constantSeriesHaveNearlyNoSlope()
     {
-        const QStringList shown =
-            numbersIn(guide,
-                      "up to about # beside it, above or below, and the step from # to # "
-                      "has the slope #, which the window shows as #.");
+        const QStringList shown = numbersIn(
+            guide,
+            "linear least squares may be off by about #, up or down, and the step from # to "
+            "# has the slope #, shown as #.");
         QCOMPARE(shown.size(), 5);
         double lowest = 0.0;
         double highest = 0.0;
@@ -330,12 +386,12 @@ private Q_SLOTS:
         QCOMPARE(QString("%1").arg(step), shown.at(4));
     }
 
-    // The agreements of P001.
+    // The agreements of T1.
     void analysisWorkbookIsAsTold()
     {
         const auto workbook = analysisOfSmallSample();
-        const QStringList kvadrants = numbersIn(
-            guide, "P001 has the kvadrants #, #, #, #, #, #, #, #, # under pairs 0 to 8.");
+        const QStringList kvadrants =
+            numbersIn(guide, "T1 has the kvadrants #, #, #, #, #, #, #, #, # under pairs 0 to 8.");
         QCOMPARE(kvadrants.size(), 9);
         for (int pair = 0; pair < 9; ++pair) {
             QCOMPARE(cell(*workbook, "Median", 2, 2 + pair).toInt(), kvadrants.at(pair).toInt());
@@ -434,9 +490,9 @@ private:
     template<typename Row>
     static void addMethods(const Row &row)
     {
-        const Series y = seriesOf(sample("glymark-small.xlsx"), "P001");
+        const Series y = seriesOf(sample("glymark-small.xlsx"), "T1");
         const auto n = double(y.size());
-        row("P001", "| y | # | # | # | # | # | # | # | # |", variants(y));
+        row("T1", "| y | # | # | # | # | # | # | # | # |", variants(y));
         row("mean", "Here n = #, Σy = # and the mean is ȳ = #.", {n, n * mean(y), mean(y)});
 
         const Series steps = mapped(stepsFrom(y, 0), [](double step) { return -step; });
@@ -457,7 +513,7 @@ private:
     template<typename Row>
     static void addTextbookFits(const Row &row)
     {
-        const Series y = seriesOf(sample("glymark-small.xlsx"), "P001");
+        const Series y = seriesOf(sample("glymark-small.xlsx"), "T1");
         const FitSums<double> sums(y);
         const double textbook = textbookRate(y);
         const auto times = [&y](double factor) {
@@ -466,13 +522,14 @@ private:
         row("five sums", "S0 = #, S1 = #, S2 = #, S3 = #, S4 = #, and k = # / # = **#**.",
             {sums.s0, sums.s1, sums.s2, sums.s3, sums.s4, sums.numerator(), sums.denominator(),
              exponentialFit(y)});
-        row("textbook", "It would be # here, and k = # / # = #, a fall of # % per measurement.",
+        row("textbook", "Here that sum is #, and k = # / # = #, a fall of # % per measurement.",
             {sums.textbook, sums.numerator(), sums.textbookDenominator(), textbook,
              100 * (1 - std::exp(textbook))});
-        row("times smaller", "Glymark's k is # times smaller", {textbook / exponentialFit(y)});
+        row("times smaller", "Glymark's k is # times smaller for this patient",
+            {textbook / exponentialFit(y)});
         row("other units",
-            "P001 with each value divided by # gives #, with each multiplied by # #, while the "
-            "textbook's k stays # for both.",
+            "This patient with each value divided by # gives #, with each multiplied by # #, while "
+            "the textbook's k stays # for both.",
             {10, times(0.1), 10, times(10), textbook});
         row("cited fit", "| # | # | \"coefficient k by Glymark\"", {exponentialFit(y), textbook});
         row("cited median", "| # | # | median of successive differences |",
@@ -483,7 +540,7 @@ private:
     template<typename Row>
     static void addSpreads(const Row &row)
     {
-        const Series y = seriesOf(sample("glymark-small.xlsx"), "P001");
+        const Series y = seriesOf(sample("glymark-small.xlsx"), "T1");
         const auto n = double(y.size());
         const double squares = squaresAroundMean(y);
         const double deviation = standardDeviation(y);
@@ -503,7 +560,7 @@ private:
         const double offset0 = differenceStandardDeviationOffset(y);
         CConfig::instance().createDefaultConfig();
         row("offset deviation",
-            "With offset # the steps of P001, earlier minus later, are #, #, #, #; their mean is "
+            "With offset # the steps of T1, earlier minus later, are #, #, #, #; their mean is "
             "#, the squares of the distances add up to #, and √(# / #) = **#**. With the divisor "
             "# it would be #. With offset # all seven steps count, and the result is #.",
             QVariantList{3} + variants(steps)
@@ -516,24 +573,25 @@ private:
     template<typename Row>
     static void addQuartiles(const Row &row)
     {
-        const Series y = seriesOf(sample("glymark-small.xlsx"), "P001");
+        const Series y = seriesOf(sample("glymark-small.xlsx"), "T1");
         const auto n = double(y.size());
         const Series s = sorted(y);
         const double range = interquartileRange(y);
         row("quartiles",
-            "P001 sorted is #, #, #, #, #, #, #, #, so the result is (# + #) / 2 - (# + #) / 2 = "
+            "T1 sorted is #, #, #, #, #, #, #, #, so the result is (# + #) / 2 - (# + #) / 2 = "
             "**#**.",
             variants(s) + variants({s.at(6), s.at(7), s.at(1), s.at(2), range}));
         const Series half = {median(s.mid(0, 4)), median(s.mid(4))};
         const Series exclusive = {quantile(y, 0.25 * (n + 1)), quantile(y, 0.75 * (n + 1))};
         const Series inclusive = {quantile(y, 0.25 * (n - 1) + 1), quantile(y, 0.75 * (n - 1) + 1)};
         const auto distance = [](const Series &pair) { return pair.at(1) - pair.at(0); };
-        row("other quartiles",
-            "the medians of the lower and the upper half are # and #, a range of #; QUARTILE.EXC "
-            "of spreadsheet programs gives # and #, a range of #; QUARTILE.INC, the same as R's "
-            "type 7, gives # and #, a range of #.",
-            variants({half.at(0), half.at(1), distance(half), exclusive.at(0), exclusive.at(1),
-                      distance(exclusive), inclusive.at(0), inclusive.at(1), distance(inclusive)}));
+        const auto rule = [&](const char *name, const QString &label, const Series &pair) {
+            row(name, "| " + label + " | # | # | # |",
+                variants({pair.at(0), pair.at(1), distance(pair)}));
+        };
+        rule("halves", "medians of the lower and the upper half", half);
+        rule("exclusive quartiles", "QUARTILE.EXC of spreadsheet programs", exclusive);
+        rule("inclusive quartiles", "QUARTILE.INC, type 7 of R", inclusive);
         row("cited range", "| # | #, # or # | \"interquartile range by Glymark\"",
             variants({range, distance(half), distance(exclusive), distance(inclusive)}));
     }
@@ -547,21 +605,21 @@ private:
         const auto scores = scoresOf(sample("glymark-small.xlsx"));
         const Series convergence = convergenceMedians(scores);
         const Series variability = variabilityMedians(scores);
-        const PatientScoreRecord &p001 = scores.at(0);
-        row("kvadrant of P001",
-            "P001 of the small sample has a median difference of # (median of the group #) and a "
+        const PatientScoreRecord &t1 = scores.at(0);
+        row("kvadrant of T1",
+            "T1 of the small sample has a median difference of # (median of the group #) and a "
             "standard deviation of # (median #): B/W, kvadrant 2.",
-            {p001.convergence.at(0), convergence.at(0), p001.variability.at(0), variability.at(0)});
-        QVERIFY(p001.convergence.at(0) < convergence.at(0));
-        QVERIFY(p001.variability.at(0) > variability.at(0));
+            {t1.convergence.at(0), convergence.at(0), t1.variability.at(0), variability.at(0)});
+        QVERIFY(t1.convergence.at(0) < convergence.at(0));
+        QVERIFY(t1.variability.at(0) > variability.at(0));
         row("pair 8, convergence", "| Convergence | # | # | W | # | B |",
-            {p001.convergence.at(2), convergence.at(0), convergence.at(2)});
-        QVERIFY(p001.convergence.at(2) > convergence.at(0));
-        QVERIFY(p001.convergence.at(2) < convergence.at(2));
+            {t1.convergence.at(2), convergence.at(0), convergence.at(2)});
+        QVERIFY(t1.convergence.at(2) > convergence.at(0));
+        QVERIFY(t1.convergence.at(2) < convergence.at(2));
         row("pair 8, variability", "| Variability | # | # | W | # | W |",
-            {p001.variability.at(2), variability.at(0), variability.at(2)});
-        QVERIFY(p001.variability.at(2) > variability.at(0));
-        QVERIFY(p001.variability.at(2) > variability.at(2));
+            {t1.variability.at(2), variability.at(0), variability.at(2)});
+        QVERIFY(t1.variability.at(2) > variability.at(0));
+        QVERIFY(t1.variability.at(2) > variability.at(2));
     }
 
     template<typename Row>
@@ -574,13 +632,20 @@ private:
         row("lengths", "of the # to # values of each of the # patients",
             {sorted(lengths).first(), sorted(lengths).last(), count});
 
-        const auto inPercent = [](const Series &values) {
-            return exponentialFit(mapped(
-                values, [](double value) { return value * percentPerUnit + percentOfNone; }));
+        const auto inOtherUnit = [](const Series &values) {
+            return exponentialFit(inPercent(values));
         };
-        const auto changed = double(changedSides(patients, exponentialFit, inPercent).size());
-        row("percent", "mmol/mol / # + #, # of its # patients change sides",
-            {1 / percentPerUnit, percentOfNone, changed, count});
+        const auto changed = double(changedSides(patients, exponentialFit, inOtherUnit).size());
+        const auto otherSigns =
+            std::count_if(patients.begin(), patients.end(), [](const PatientRecord &patient) {
+                const Series percent = inPercent(patient.values);
+                return (exponentialFit(percent) < 0.0) != (textbookRate(percent) < 0.0);
+            });
+        row("percent", "mmol/mol = (% - #) · # (", {percentOfNone, 1 / percentPerUnit});
+        row("units",
+            "# of the sample's # patients change sides of the median of k, and for # the sign of k "
+            "differs from the textbook's.",
+            {changed, count, double(otherSigns)});
         row("percent in the README", "# of its # patients change sides", {changed, count},
             "README.md");
 
@@ -616,9 +681,8 @@ private:
             {level.first(), level.last(), medianDifference(seriesOf(patients, "P019")),
              median(resultsOf(patients, medianDifference))});
         const Patients small = sample("glymark-small.xlsx");
-        const Series falling = seriesOf(small, "P003");
-        row("P003", "P003 falls from # to # and counts as better",
-            {falling.first(), falling.last()});
+        const Series falling = seriesOf(small, "T3");
+        row("T3", "T3 falls from # to # and counts as better", {falling.first(), falling.last()});
         QVERIFY(medianDifference(falling) < median(resultsOf(small, medianDifference)));
 
         QVariantList shortOnes;
@@ -628,6 +692,77 @@ private:
             }
         }
         row("one step", "the best result there is (P# and P# of the sample)", shortOnes);
+    }
+
+    template<typename Row>
+    static void addCautions(const Row &row)
+    {
+        const Patients patients = sample("glymark-sample.xlsx");
+        const Series falling = seriesOf(patients, "P022");
+        QCOMPARE(falling.size(), 12);
+        row("length of a series", "slope of P022 over its first #, # and # values is #, # and #.",
+            {6, 8, 12, linearLeastSquares(falling.mid(0, 6)), linearLeastSquares(falling.mid(0, 8)),
+             linearLeastSquares(falling)});
+        const Series slopes = resultsOf(patients, linearLeastSquares);
+        const Series firsts =
+            resultsOf(patients, [](const Series &values) { return values.first(); });
+        row("regression to the mean", "the slope and the first value correlate at #.",
+            {correlation(slopes, firsts)});
+        row("fall and spread", "the slope and the standard deviation correlate at #.",
+            {correlation(slopes, resultsOf(patients, standardDeviation))});
+        const auto share = [](double n) { return std::sqrt((n - 1) / n); };
+        row("divisor", "# of the sample standard deviation for # values and # for #.",
+            {share(5), 5, share(23), 23});
+    }
+
+    template<typename Row>
+    static void addIntervals(const Row &row)
+    {
+        for (const int n : {6, 10, 20, 40}) {
+            const int rank = rankOfMedianInterval(n);
+            const auto times = [n](double probability) {
+                return std::sqrt((n - 1) / chiSquared(probability, n - 1));
+            };
+            row(qPrintable(QString("intervals of %1").arg(n)),
+                QString("| %1 | #%2 to #th | # to # times |").arg(n).arg(ordinalEnding(rank)),
+                {rank, n + 1 - rank, times(0.975), times(0.025)});
+        }
+    }
+
+    static QString ordinalEnding(int number)
+    {
+        return number == 1 ? "st" : number == 2 ? "nd" : "th";
+    }
+
+    // What the window and a spreadsheet program make of a row with "nan".
+    template<typename Row>
+    static void addNotANumber(const Row &row)
+    {
+        Patients patients = sample("glymark-small.xlsx");
+        const double without = median(resultsOf(patients, differenceStandardDeviationOffset));
+        patients.append({"short", {50, 60, 55, 70}, PatientRecord::noIdealKvadrant});
+        const auto scores = scoresOf(patients);
+        QVERIFY(std::isnan(scores.constLast().variability.at(1)));
+        row("median with nan",
+            "the median of the offset method is # in Glymark and # in a spreadsheet program.",
+            {variabilityMedians(scores).at(1), without});
+        QVERIFY(std::isnan(variabilityAverages(scores).at(1)));
+    }
+
+    template<typename Row>
+    static void addReport(const Row &row)
+    {
+        const Patients patients = sample("glymark-sample.xlsx");
+        const auto better = [&patients](const Method &method) {
+            return double(patients.size() - onesUnder(patients, method));
+        };
+        const Series steps = resultsOf(patients, medianDifference);
+        row("report",
+            "# better and # worse in convergence, # of these on the median, and # and # in "
+            "variability",
+            {better(medianDifference), onesUnder(patients, medianDifference),
+             double(steps.count(median(steps))), better(standardDeviation),
+             onesUnder(patients, standardDeviation)});
     }
 
     template<typename Row>
@@ -648,14 +783,15 @@ private:
         }
         row("colours", "After # patients the colours begin again.", {colours});
 
-        const QVector<PatientScoreRecord> two = {{"a", {-3, 0, 0}, {1, 0, 0}},
-                                                 {"b", {3.5, 0, 0}, {2, 0, 0}}};
+        const QVector<PatientScoreRecord> two = {{"a", {-7, 0, 0}, {1, 0, 0}},
+                                                 {"b", {2, 0, 0}, {2, 0, 0}}};
         const ResultPlotGeometry plot(ResultPlotData(two, 0, 0, 1.5, -1), {}, 700, 400,
                                       [](const QString &) { return 10.0; });
         // The horizontal ticks come first, that half way to the right last among them.
         row("half way tick",
-            "With the center at # and the highest value at # it says # where # would be right.",
-            {-1, 3.5, plot.tickLabels.at(3).text.toDouble(), (-1 + 3.5) / 2});
+            "With the center at # and the highest value at #, as above, it says # where # would be "
+            "right.",
+            {-1, 2, plot.tickLabels.at(3).text.toDouble(), (-1 + 2.0) / 2});
     }
 
     template<typename Row>
@@ -664,7 +800,8 @@ private:
         const WorkbookLimits limits;
         const double mebibyte = WorkbookLimits::mebibyte;
         row("limits",
-            "over # MiB, one of its parts over # MiB unpacked, a cell lies beyond row # or column "
+            "larger than # MiB, one of its parts larger than # MiB unpacked, a cell lies beyond "
+            "row # or column "
             "#,",
             {double(limits.fileSize) / mebibyte, double(limits.partSize) / mebibyte,
              FormatLimits::rows, FormatLimits::columns});

@@ -199,17 +199,17 @@ QStringList czechStart()
                   "Uložit soubor",
                   "Exportovat graf",
                   "Nastavení",
-                  "Graf skupin",
+                  "Graf všech pacientů",
                   "Uložit analýzu dat",
                   "Zavřít soubor",
                   "Ukončit",
                   "Legenda",
-                  "Barva lepší hodnoty: zelená",
-                  "Barva horší hodnoty: červená",
-                  "Barva hodnoty rovné středu: modrá",
+                  "Zelená: lepší než střed",
+                  "Červená: horší než střed",
+                  "Modrá: rovno středu",
                   "Poznámka: v závorce je osa, na které se daná metoda zobrazí.",
                   "Informace",
-                  "Výsledky: konvergence/variabilita",
+                  "Hodnocení: konvergence/variabilita",
                   "Konvergence: L – lepší, H – horší",
                   "Variabilita: L – lepší, H – horší ",
                   "Konvergence:",
@@ -218,7 +218,7 @@ QStringList czechStart()
                   "Směrodatná odchylka",
                   "Výpočet středu:",
                   "Medián",
-                  "Posun:",
+                  "Vynecháno hodnot:",
                   "3",
                   "Zobrazit graf",
                   "Zrušit výběr"});
@@ -405,7 +405,7 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("values");
         QTest::newRow("0") << 0 << 0 << texts({"Medián rozdílů", "Směrodatná odchylka", "Průměr"});
         QTest::newRow("1") << 1 << 1
-                           << texts({"Lineární regrese", "SD rozdílů s posunem", "Medián"});
+                           << texts({"Lineární regrese", "SD rozdílů bez začátku", "Medián"});
         QTest::newRow("2") << 2 << 1 << texts({"C*e^(k*x)", "Mezikvartilové rozpětí", "Medián"});
     }
 
@@ -474,7 +474,7 @@ private Q_SLOTS:
             return model->headerData(section, way).toString();
         };
         QCOMPARE(header(tester.patientsModel(), 0, Qt::Horizontal), "ID pacienta");
-        QCOMPARE(header(tester.patientsModel(), 1, Qt::Horizontal), "Výsledky");
+        QCOMPARE(header(tester.patientsModel(), 1, Qt::Horizontal), "Hodnocení");
         QCOMPARE(header(tester.patientsModel(), 2, Qt::Horizontal), "Unknown!");
         // The center of x is the level patient, that of y the falling one.
         QCOMPARE(tester.patientTexts(), texts({"falling L/H", "level H/L", "rising H/H"}));
@@ -489,7 +489,7 @@ private Q_SLOTS:
         }
         QCOMPARE(methods,
                  texts({"Medián rozdílů (x)", "Lineární regrese (x)", "C*e^(k*x) (x)",
-                        "Směrodatná odchylka (y)", "Směrodatná odchylka rozdílů s posunem (y)",
+                        "Směrodatná odchylka (y)", "Směrodatná odchylka rozdílů bez začátku (y)",
                         "Mezikvartilové rozpětí (y)"}));
         // 52, 50, 48, 47: the slope is -17/10.
         QCOMPARE(tester.scoreModel()->index(1, 0).data().toString(), "-1.7");
@@ -505,7 +505,7 @@ private Q_SLOTS:
         QCOMPARE(shortcut("Uložit soubor"), "Ctrl+S");
         QCOMPARE(shortcut("Exportovat graf"), "Ctrl+P");
         QCOMPARE(shortcut("Nastavení"), "Ctrl+T");
-        QCOMPARE(shortcut("Graf skupin"), "Ctrl+L");
+        QCOMPARE(shortcut("Graf všech pacientů"), "Ctrl+L");
         QCOMPARE(shortcut("Uložit analýzu dat"), "Ctrl+D");
         QCOMPARE(shortcut("Zavřít soubor"), "Ctrl+H");
         QCOMPARE(shortcut("Ukončit"), "Ctrl+Q");
@@ -535,12 +535,12 @@ private Q_SLOTS:
         });
         tester.trigger("Nastavení");
         shown.sort();
-        QStringList expected =
-            texts({"Nastavení", "Metoda", "Zobrazení informací", "Výpočet středu", "Posun",
-                   "Konvergence", "Variabilita", "Počet vynechaných počátečních hodnot",
-                   "Medián rozdílů", "Lineární regrese", "C*e^(k*x)", "Směrodatná odchylka",
-                   "Směrodatná odchylka rozdílů s posunem", "Mezikvartilové rozpětí", "OK",
-                   "Zrušit", "Průměr", "Medián", "Zobrazit informace (nad pravou tabulkou)"});
+        QStringList expected = texts(
+            {"Nastavení", "Metody", "Zobrazení informací", "Výpočet středu", "Vynechané hodnoty",
+             "Konvergence", "Variabilita", "Počet vynechaných počátečních hodnot", "Medián rozdílů",
+             "Lineární regrese", "C*e^(k*x)", "Směrodatná odchylka",
+             "Směrodatná odchylka rozdílů bez začátku", "Mezikvartilové rozpětí", "OK", "Zrušit",
+             "Průměr", "Medián", "Zobrazit informace (nad pravou tabulkou)"});
         expected.sort();
         QCOMPARE(shown, expected);
     }
@@ -602,7 +602,7 @@ private Q_SLOTS:
         for (const char *expected :
              {"L/H", "H/H", "L/L", "H/L", "Konvergence", "Variabilita",
               "Konvergence: Lineární regrese (nejmenší čtverce)",
-              "Variabilita: Směrodatná odchylka rozdílů s posunem", "mmol/mol", "x", "rising"}) {
+              "Variabilita: Směrodatná odchylka rozdílů bez začátku", "mmol/mol", "x", "rising"}) {
             QVERIFY2(painted.contains(expected), expected);
         }
     }
@@ -611,7 +611,7 @@ private Q_SLOTS:
     {
         CzechTester tester;
         tester.answers.expectMessage();
-        tester.trigger("Graf skupin");
+        tester.trigger("Graf všech pacientů");
         tester.answers.expectMessage();
         tester.trigger("Exportovat graf");
         tester.openThreePatients();
