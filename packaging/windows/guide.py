@@ -14,11 +14,15 @@ PAGE = """<!DOCTYPE html>
 <meta name="viewport" content="width=device-width, initial-scale=1">
 <title>Glymark: user guide</title>
 <style>
+:root {{ color-scheme: light dark; }}
 body {{ max-width: 50em; margin: 2em auto; padding: 0 1em; font: 16px/1.5 sans-serif; }}
-img {{ max-width: 100%; }}
+img {{ max-width: 100%; height: auto; }}
+.wide {{ overflow-x: auto; }}
 table {{ border-collapse: collapse; }}
 th, td {{ border: 1px solid #999; padding: 0.2em 0.6em; text-align: left; vertical-align: top; }}
-code, pre {{ background: #f2f2f2; }}
+code, pre {{ background: #8882; }}
+pre {{ overflow-x: auto; }}
+blockquote {{ margin: 0 0 0 1em; padding-left: 1em; border-left: 0.2em solid #999; }}
 </style>
 </head>
 <body>
@@ -31,4 +35,6 @@ source, page = map(pathlib.Path, sys.argv[1:3])
 body = markdown.markdown(
     source.read_text(encoding="utf-8"), extensions=["tables", "toc", "fenced_code", "sane_lists"]
 )
+# On a narrow screen a wide table scrolls by itself.
+body = body.replace("<table>", '<div class="wide">\n<table>').replace("</table>", "</table>\n</div>")
 page.write_text(PAGE.format(body=body), encoding="utf-8")

@@ -8,8 +8,11 @@
 #include <QJsonObject>
 #include <QMenu>
 #include <QMenuBar>
+#include <QPainter>
+#include <QProcess>
 #include <QRegularExpression>
 #include <QSpinBox>
+#include <QSvgRenderer>
 #include <QtTest>
 
 #include "settingsdialog.h"
@@ -113,6 +116,35 @@ class TestDocuments : public QObject
 {
     Q_OBJECT
 
+    // The documents in which the owner's addresses stand.
+    static QStringList filledIn()
+    {
+        return {"README.md", "docs/guide.md", "CITATION.cff",
+                "packaging/local.glymark.glymark.metainfo.xml"};
+    }
+
+    // Copies of them, with what \p owner holds.
+    static void fillIn(const QTemporaryDir &folder, const QString &owner)
+    {
+        for (const QString &file : filledIn()) {
+            const QString copy = folder.filePath(file);
+            QVERIFY(QDir().mkpath(QFileInfo(copy).path()));
+            QVERIFY(QFile::copy(path(file), copy));
+        }
+        QProcess cmake;
+        cmake.start(CMAKE_PROGRAM,
+                    {"-DOWNER=" + owner, "-DFOLDER=" + folder.path(), "-P",
+                     path("cmake/FillInOwner.cmake")});
+        QVERIFY(cmake.waitForFinished(60000));
+        QVERIFY2(cmake.exitCode() == 0, cmake.readAllStandardError());
+    }
+
+    static QString contentIn(const QTemporaryDir &folder, const QString &name)
+    {
+        QFile file(folder.filePath(name));
+        return file.open(QFile::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    }
+
 private Q_SLOTS:
     void linksLeadSomewhere_data()
     {
@@ -140,14 +172,102 @@ private Q_SLOTS:
         }
     }
 
-    // The package brings along docs/ and nothing beside it.
-    void documentsOfThePackageLinkOnlyOneAnother()
+    // The packages bring along the guide and its pictures, and nothing beside them.
+    void guideLinksOnlyItselfAndItsPictures()
     {
-        for (const QString &document : all()) {
-            if (document.startsWith("docs/")) {
-                QVERIFY2(!read(document).contains("](../"), qPrintable(document));
+        static const QRegularExpression within("^(#.*|images/[a-z-]+\\.png)$");
+        for (const QString &target : between(read("docs/guide.md"), "](", ")")) {
+            QVERIFY2(within.match(target).hasMatch(), qPrintable(target));
+        }
+    }
+
+    // Nobody gets the program without these words.
+    void everyOfferSaysWhatGlymarkIsFor_data()
+    {
+        QTest::addColumn<QString>("file");
+        for (const char *file :
+             {"README.md", "docs/guide.md", "packaging/glymark.1.in", "packaging/CMakeLists.txt",
+              "packaging/windows/read me.txt", "packaging/local.glymark.glymark.metainfo.xml"}) {
+            QTest::newRow(file) << file;
+        }
+    }
+
+    void everyOfferSaysWhatGlymarkIsFor()
+    {
+        QFETCH(const QString, file);
+        static const QRegularExpression words("is a tool for research and teaching(\\.|;| and)( "
+                                              "It)?( it)? gives no treatment advice");
+        QVERIFY(words.match(Documents::flat(file)).hasMatch());
+    }
+
+    // In both languages of the installer.
+    void startMenuIsCalledAsTheInstallerCallsIt()
+    {
+        const QStringList names =
+            matches(read("packaging/windows/glymark.nsi"), "^LangString [^\"]+\"([^\"]+)\"");
+        QCOMPARE(names.size(), 6);
+        const QString guide = Documents::flat("docs/guide.md");
+        for (const QString &name : names) {
+            QVERIFY2(guide.contains('*' + name + '*'), qPrintable(name));
+        }
+    }
+
+    // What the owner has filled in stands in the documents, and only that.
+    void ownersAddressesAreInTheDocuments()
+    {
+        const QTemporaryDir folder;
+        fillIn(folder, path("cmake/GlymarkOwner.cmake"));
+        for (const QString &file : filledIn()) {
+            QCOMPARE(contentIn(folder, file), read(file));
+        }
+    }
+
+    void ownersAddressesFillEveryPlace()
+    {
+        const QTemporaryDir folder;
+        QFile owner(folder.filePath("owner.cmake"));
+        QVERIFY(owner.open(QFile::WriteOnly));
+        owner.write("set(GLYMARK_HOMEPAGE https://example.org/home)\n"
+                    "set(GLYMARK_REPOSITORY https://example.org/source)\n"
+                    "set(GLYMARK_FAULTS mailto:faults@example.org)\n");
+        owner.close();
+        fillIn(folder, owner.fileName());
+        QVERIFY(contentIn(folder, "README.md").contains("from <https://example.org/home> or"));
+        QVERIFY(contentIn(folder, "docs/guide.md")
+                    .contains("\n\nReport it at <mailto:faults@example.org>.\n\n"));
+        QVERIFY(contentIn(folder, "CITATION.cff")
+                    .contains("\nurl: \"https://example.org/home\"\n"
+                              "repository-code: \"https://example.org/source\"\n"));
+        const QString catalogue = contentIn(folder, "packaging/local.glymark.glymark.metainfo.xml");
+        QCOMPARE(matches(catalogue, "<url type=\"[a-z-]+\">([^<]+)</url>"),
+                 QStringList({"https://example.org/home", "https://example.org/source",
+                              "mailto:faults@example.org"}));
+        QCOMPARE(matches(read("packaging/local.glymark.glymark.metainfo.xml"), "(<url )"),
+                 QStringList());
+    }
+
+    // The toolkit's renderer passes over some of what browsers draw.
+    void drawingsAreShownWholeByTheToolkit()
+    {
+        for (const char *drawing : {"packaging/glymark.svg", "docs/images/architecture.svg"}) {
+            const QSvgRenderer renderer(path(drawing));
+            QVERIFY2(renderer.isValid(), drawing);
+            for (const char *unknown : {"clipPath", "marker", "mask", "filter", "></text>"}) {
+                QVERIFY2(!read(drawing).contains(unknown), unknown);
             }
         }
+        QSvgRenderer icon(path("packaging/glymark.svg"));
+        QImage image(128, 128, QImage::Format_ARGB32);
+        image.fill(Qt::transparent);
+        QPainter painter(&image);
+        icon.render(&painter);
+        painter.end();
+        for (const QPoint corner :
+             {QPoint(8, 8), QPoint(119, 8), QPoint(8, 119), QPoint(119, 119)}) {
+            QCOMPARE(qAlpha(image.pixel(corner)), 0);
+        }
+        QCOMPARE(image.pixelColor(110, 30), QColor("#e79292"));
+        QCOMPARE(image.pixelColor(18, 98), QColor("#aad083"));
     }
 
     // Where the installed program keeps things.
