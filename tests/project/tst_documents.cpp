@@ -355,6 +355,12 @@ private Q_SLOTS:
         for (const QString &target : named) {
             QVERIFY2(targets().contains(target), qPrintable(target));
         }
+        const QStringList functions = matches(code, R"(build/dev/tests/tst_\w+ (\w+))");
+        QVERIFY(!functions.isEmpty());
+        const QString tests = contentOf("tests", {"tst_*.cpp"});
+        for (const QString &function : functions) {
+            QVERIFY2(tests.contains("void " + function + "()"), qPrintable(function));
+        }
     }
 
     // Units, classes, functions and keys that the developers' pages name.
