@@ -92,7 +92,7 @@ int main(int argc, char *argv[])
     const QString path = folder.filePath(QStringLiteral("book.xlsx"));
     bool good = true;
     std::printf("%9s %12s %12s %7s %12s %12s %7s %14s\n", "patients", "ours ms", "QXlsx ms",
-                "ratio", "ours MiB", "QXlsx MiB", "ratio", "us a patient");
+                "ratio", "ours MiB", "QXlsx MiB", "ratio", "us/patient");
     for (const int patients : {100, 1'000, decisiveCount, 50'000}) {
         Cost ours;
         Cost theirs;

@@ -103,7 +103,7 @@ int main(int argc, char *argv[])
     Chance chance;
     const auto sample = folder.filePath(QStringLiteral("glymark-sample.xlsx"));
     const auto small = folder.filePath(QStringLiteral("glymark-small.xlsx"));
-    // Codes that differ, so that no patient of one is taken for a patient of the other.
+    // Different codes, so that no patient of one is mistaken for a patient of the other.
     const bool saved = save(sample, QLatin1Char('P'), 3, 40, 24, chance)
         && save(small, QLatin1Char('T'), 1, 6, 8, chance);
     if (!saved) {

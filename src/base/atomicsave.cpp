@@ -5,7 +5,7 @@
 
 bool saveAtomically(const QString &fileName, const ContentWriter &write)
 {
-    // The system would take what stands before the zero for the name.
+    // The system would take the part before the zero as the name.
     return !fileName.isEmpty() && !fileName.contains(QChar(0)) && replaceFile(fileName, write);
 }
 

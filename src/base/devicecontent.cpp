@@ -45,7 +45,7 @@ Overwritten overwrite(QFileDevice &file, QIODevice &content, const std::function
     }
     const qint64 size = content.size();
     const qint64 common = qMin<qint64>(old.size(), size);
-    // The bytes after the old content go first: room for them is what can be missing.
+    // Write what extends past the old content first: only that can run out of space.
     const bool hasRoom = copy(content, file, common, size);
     if (hasRoom && copy(content, file, 0, common) && file.resize(size) && sync()) {
         return Overwritten::New;

@@ -5,8 +5,8 @@
 
 #include <QFileDevice>
 
-/// Writes a content into the device, which is empty and can be sought in; returns whether all of it
-/// was taken.
+/// Writes a content into the device, which is empty and seekable; returns whether it took all of
+/// it.
 using ContentWriter = std::function<bool(QIODevice &device)>;
 
 /// Writes \p length bytes, however few the device takes at a time; false if it takes no more.
@@ -16,6 +16,6 @@ bool writeAll(QIODevice &device, const char *data, qint64 length);
 enum class Overwritten { New, Old, Mixture };
 
 /// Puts all of \p content in place of what \p file holds. Both are open, \p file for reading and
-/// writing without a buffer; \p sync brings it to the disk and returns whether that succeeded. When
+/// writing without a buffer; \p sync brings it to the disk and returns whether that succeeded. If
 /// a step fails, the old content is put back; a mixture is left only where that fails too.
 Overwritten overwrite(QFileDevice &file, QIODevice &content, const std::function<bool()> &sync);

@@ -73,7 +73,7 @@ struct Place {
     QByteArray name;
 };
 
-// The place at the end of symbolic links. No path is made whole: what leads to the working folder
+// The place at the end of symbolic links. No path is made absolute: the path of the working folder
 // can be unreadable.
 std::optional<Place> placeOf(QByteArray path)
 {
@@ -110,14 +110,14 @@ Target targetAt(const Place &place)
     return errno == ENOENT ? Target::Nothing : Target::Other;
 }
 
-// Errors by which a folder says that it takes no new file, or gives no old one away.
+// Errors of a folder that takes no new file, or does not let an old one be replaced.
 bool isRefusal(int error)
 {
     return error == EACCES || error == EPERM || error == EROFS;
 }
 
-// A network drive may tell only at a close that it did not take everything; any copy's will do. Not
-// every file system offers a sync.
+// A network drive may report only at a close that it did not take everything; closing any copy will
+// do. Not every file system offers a sync.
 bool bringToDisk(int file)
 {
     if (uninterrupted([file] { return fsync(file); }) != 0 && errno != EINVAL && errno != ENOTSUP) {
@@ -235,7 +235,7 @@ public:
         });
     }
 
-    /// Where the folder takes none.
+    /// If the folder takes no file.
     int makeInMemory()
     {
         m_file = Descriptor(memfd_create("glymark", MFD_CLOEXEC));
@@ -309,10 +309,10 @@ bool overwriteWith(NewFile &fresh, int old)
     return result == Overwritten::New;
 }
 
-// By a rename where nothing but the content changes by it, otherwise in place.
+// By a rename if that changes nothing but the content, otherwise in place.
 bool putIntoPlace(NewFile &fresh, const Place &place)
 {
-    // Opened late, for another program may have replaced it meanwhile.
+    // Opened late, because another program may have replaced it meanwhile.
     const Descriptor old =
         opened(place.folder.number(), place.name.constData(), O_RDWR | O_NOFOLLOW);
     const bool isNew = !old.isOpen() && errno == ENOENT;

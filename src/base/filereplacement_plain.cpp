@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // With the toolkit and the standard library alone, for systems without a source of their own: the
-// new file keeps the old one's permissions, and nothing else of it.
+// new file keeps only the old one's permissions.
 #include "base/filereplacement.h"
 
 #include <filesystem>
@@ -15,12 +15,13 @@ namespace
 
 using std::filesystem::file_type;
 
-// What stands under that name, also at the end of links. A link that leads back to itself is
-// neither a regular file nor nothing.
+// What has that name, also at the end of links. A link that leads back to itself is neither a
+// regular file nor nothing.
 file_type typeOf(const QString &fileName)
 {
     std::error_code error;
-    // Systems differ in how they read narrow names; and half a letter would throw in UTF-16.
+    // Systems differ in how they read narrow names, and an unpaired surrogate would throw in
+    // UTF-16.
     const std::filesystem::path path = std::filesystem::u8path(fileName.toUtf8().toStdString());
     return std::filesystem::status(path, error).type();
 }
@@ -62,7 +63,7 @@ bool replaceFile(const QString &fileName, const ContentWriter &write)
     if (commitContent(file, write)) {
         return true;
     }
-    // In a folder of others, a file can be made but not renamed over one of theirs.
+    // In some shared folders a file can be made but not renamed over one of another owner.
     const bool folderRefuses =
         file.error() == QFileDevice::OpenError || file.error() == QFileDevice::RenameError;
     return folderRefuses && type == file_type::regular && writeInPlace(fileName, write);

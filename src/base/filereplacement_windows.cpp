@@ -31,7 +31,7 @@ QString behindLinks(const QString &fileName)
     return {};
 }
 
-// The whole path, in the form that can be longer than 260 characters; empty for a device.
+// The absolute path, in the form that can be longer than 260 characters; empty for a device.
 Path wholePath(const QString &fileName)
 {
     constexpr DWORD longest = 32768;
@@ -63,8 +63,7 @@ Target targetAt(const Path &path)
     return (attributes & unfit) == 0 ? Target::File : Target::Other;
 }
 
-// Errors by which a folder says that it takes no new file, or a file that its rights cannot be
-// given to another.
+// Errors of a folder that takes no new file, or of a file whose rights cannot be given to another.
 bool isRefusal(DWORD error)
 {
     return error == ERROR_ACCESS_DENIED || error == ERROR_WRITE_PROTECT;

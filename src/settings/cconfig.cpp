@@ -25,7 +25,7 @@ constexpr quint64 unlimited = std::numeric_limits<quint64>::max();
 
 using File = std::unique_ptr<std::FILE, int (*)(std::FILE *)>;
 
-// A directory opens for reading and a pipe waits for its other end: only a plain file will do.
+// A directory opens for reading too, and a pipe waits for its other end: only a plain file will do.
 File openForReading()
 {
     const QFileInfo info(QString::fromLatin1(fileName));

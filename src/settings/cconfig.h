@@ -26,7 +26,7 @@ public:
     /// Reads "config.ini"; a value out of its range is corrected, and the file rewritten then.
     CConfig();
 
-    /// Ok after a load, LoadFailed when the file could not be opened or read.
+    /// Ok after a load, LoadFailed if the file could not be opened or read.
     int status() const { return loadStatus; }
 
     /// Index of the chosen convergence method, 0 to 2.
@@ -41,7 +41,7 @@ public:
     quint64 showInfo() const;
 
     /// Stores all five settings and writes the file. A failed write is not reported: the store
-    /// holds the new values all the same.
+    /// still holds the new values.
     void saveConfig(int convergence, int variance, int median, int skip, int show);
 
     /// Stores the five defaults and writes the file. Returns Ok or WriteFailed.

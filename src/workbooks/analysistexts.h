@@ -5,7 +5,7 @@
 
 struct Method;
 
-/// Texts that stand on several sheets of the analysis workbook. None is ever translated.
+/// Texts of several sheets of the analysis workbook. None is ever translated.
 namespace AnalysisTexts
 {
 
@@ -19,7 +19,7 @@ inline constexpr const char *patientColumn = "First column: Patient ID";
 inline constexpr const char *referenceColumn = "Second column: Reference value";
 inline constexpr const char *sameOrDifferent = "1 - same, 0 - different";
 
-/// What the sheets of single methods call \p method. \p skipText, the offset, follows where it
+/// What the sheets of single methods call \p method, with \p skipText, the offset, where it
 /// belongs.
 QString methodLabel(const Method &method, const QString &skipText);
 

@@ -7,7 +7,7 @@
 CellSheet idealSheet(const QVector<PatientRecord> &patients, const PatientTable &kvadrantTable,
                      const QStringList &labels)
 {
-    // Required as is: the share takes the place of the last pair, and counts it all the same.
+    // Required as is: the share takes the place of the last pair, but still counts it.
     constexpr int lastPair = pairCount - 1;
     const auto patientCells = [&patients, kvadrantTable](int patient, RowCells &cells) {
         const int ideal = patients.at(patient).idealKvadrant;

@@ -3,8 +3,8 @@
 
 #include "workbooks/patientsheet.h"
 
-/// The sheet "IdealCompare": the kvadrant that the user marked as ideal for each patient, for each
-/// pair but the last 1 where its kvadrant is that one and 0 where it is not, and the share of all
-/// nine pairs where it is. \p kvadrantTable and \p labels as for addPairSheets().
+/// The sheet "IdealCompare": for each patient the kvadrant that the user marked as ideal; for each
+/// pair except the last 1 if it gives that kvadrant and 0 if not; and the share of all nine pairs
+/// that give it. \p kvadrantTable and \p labels as for addPairSheets().
 CellSheet idealSheet(const QVector<PatientRecord> &patients, const PatientTable &kvadrantTable,
                      const QStringList &labels);

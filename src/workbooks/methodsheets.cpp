@@ -21,18 +21,18 @@ constexpr const Method *differenceDeviation =
     &variabilityMethods[DifferenceStandardDeviationOffset];
 constexpr const Method *interquartile = &variabilityMethods[InterquartileRange];
 
-/// What the sheets about one family of methods are called and say.
+/// Names and texts of the sheets about one family of methods.
 struct Family {
     const char *title;
     // "%1" is the number of the reference method, from 1.
     const char *compareName;
     const char *anovaName;
     std::array<const Method *, methodCount> methods;
-    // By reference method: what stands above the two columns compared with it.
+    // By reference method: the headings of the two columns compared with it.
     std::array<std::array<const Method *, methodCount - 1>, methodCount> headings;
 };
 
-// Arrays that count their own entries: one that is too short for its place does not compile.
+// Arrays that count their own entries: one that is too short does not compile.
 constexpr Family convergenceFamily = {
     "Convergence",
     "Covergence compare %1", // Required as is.
@@ -42,7 +42,7 @@ constexpr Family convergenceFamily = {
                std::array{medianDifference, linearRegression}},
 };
 
-// Required as is: the second and the third pair of headings do not name the columns beneath.
+// Required as is: the second and the third pair of headings do not name the columns below them.
 constexpr Family variabilityFamily = {
     "Variability",
     "Variability compare %1",
@@ -77,7 +77,7 @@ QStringList labelsOf(const std::array<const Method *, count> &methods, const QSt
     return labels;
 }
 
-// The two families stand side by side, with an empty column between them.
+// The two families are side by side, with an empty column between them.
 CellSheet flagSheet(const QVector<PatientRecord> &patients,
                     const PatientTable &convergenceWorseTable,
                     const PatientTable &variabilityWorseTable, const QString &skipText)

@@ -14,7 +14,7 @@ const QString anovaName = QStringLiteral("AnovaMedian");
 
 const QString compareCorner = QStringLiteral("Patient ID/Methods");
 
-// Required as is: among the compared pairs, this one goes without the blank before its plus sign.
+// Required as is: among the compared pairs, this one has no blank before its plus sign.
 constexpr int closedUpPair = 5;
 
 constexpr int firstAnovaColumn = 2;

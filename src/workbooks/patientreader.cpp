@@ -15,7 +15,7 @@ namespace
 constexpr int firstPatientRow = 2;
 constexpr int identifierColumn = 1;
 constexpr int firstValueColumn = 2;
-// Reserved for each patient: one allocation per row, as hardly anybody has more measurements.
+// Reserved for each patient: one allocation per row, because few have more measurements.
 constexpr int expectedValues = 1000;
 
 // What spreadsheets store for a result that is an error, such as "#DIV/0!".

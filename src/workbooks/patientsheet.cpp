@@ -15,7 +15,7 @@ void putHeadings(RowCells &cells, const Headings &headings)
     }
 }
 
-/// Every two different numbers below \p count, in either order.
+/// All ordered pairs of different numbers below \p count.
 QVector<QPair<int, int>> orderedPairs(int count)
 {
     QVector<QPair<int, int>> pairs;

@@ -13,7 +13,7 @@
 /// Sheets of one shape: rows of headings, below them one row per patient, and notes to the right.
 /// The patients have to outlive the sheets made from them.
 
-/// What was found out about each patient: a row of whole numbers, one per method or one per pair of
+/// The findings about each patient: a row of whole numbers, one per method or one per pair of
 /// methods.
 using PatientTable = QVector<QVector<int>>;
 
@@ -35,15 +35,15 @@ using Headings = QStringList;
 CellSheet patientSheet(const QString &name, const QVector<Headings> &headings, int patientCount,
                        const PatientCells &patientCells, const Notes &notes = {});
 
-/// A sheet that holds each patient's numbers in the row of \p table against the number of one
-/// method or pair, the reference: that number in column 2, from column 3 on for each other one 1
-/// where it is the same and 0 where it differs, at last the share of those that are the same.
-/// Identifiers are in column 1.
+/// A sheet that compares each patient's numbers in \p table with that of one method or pair, the
+/// reference. Column 1 has the identifier, column 2 the number of the reference; from column 3 on
+/// each other method or pair has 1 if its number is the same and 0 if not; the last column has the
+/// share of ones.
 CellSheet comparisonSheet(const QString &name, const Headings &headings,
                           const QVector<PatientRecord> &patients, const PatientTable &table,
                           int reference, const Notes &notes);
 
-/// A sheet without identifiers that lays every two different columns of \p table side by side, in
+/// A sheet without identifiers that puts every two different columns of \p table side by side, in
 /// either order, from \p firstColumn on and with an empty column after each two. \p labels are
 /// those of the table's columns.
 CellSheet columnPairSheet(const QString &name, int firstColumn, const QStringList &labels,

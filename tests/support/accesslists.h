@@ -42,13 +42,13 @@ inline QByteArray closedToTheGroup(quint32 user)
     return list;
 }
 
-/// False where the file system has no such attribute.
+/// False if the file system has no such attribute.
 inline bool set(const char *file, const char *name, const QByteArray &value)
 {
     return setxattr(file, name, value.constData(), size_t(value.size()), 0) == 0;
 }
 
-/// "none" where the file has no such attribute.
+/// "none" if the file has no such attribute.
 inline QByteArray get(const char *file, const char *name)
 {
     QByteArray value(1000, '\0');

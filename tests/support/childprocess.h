@@ -9,14 +9,14 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-/// What the tests run in a process of its own, which must not use their macros.
+/// What tests run in a process of its own. It must not use the macros of the tests.
 namespace ChildProcess
 {
 
-/// Exit codes, beside those of the test. The last two say that this machine does not let it.
+/// Exit codes, besides those of the test. The last two say that this machine does not allow it.
 enum Result { Done = 0, NoUser = 90, NoNamespace = 91 };
 
-/// Somebody who is neither the superuser nor owns anything.
+/// A user without privileges who owns nothing.
 constexpr uid_t nobody = 65534;
 
 /// The exit code of \p run, or -1.
@@ -33,8 +33,8 @@ inline int run(const std::function<int()> &run)
     return WEXITSTATUS(status);
 }
 
-/// Where the tests run as root, becomes somebody whom the permissions of files hold for, in one
-/// more group if \p group says so.
+/// If the tests run as root, becomes a user to whom the permissions of files apply, in one more
+/// group if \p group says so.
 inline bool becomeOrdinaryUser(gid_t group = nobody)
 {
     return geteuid() != 0

@@ -3,9 +3,9 @@
 
 #include <QString>
 
-/// The name of a locale in which a comma stands before the decimals.
+/// The name of a locale with a decimal comma.
 extern const char *const commaLocale;
 
-/// Makes that locale in \p folder, which LOCPATH must name for it to be found. False where the
+/// Makes that locale in \p folder, which LOCPATH must name for it to be found. False if the
 /// system has no description of it.
 bool makeCommaLocale(const QString &folder);

@@ -15,7 +15,7 @@
 ///       <si><t xml:space="preserve"> two  words</t></si>
 ///     </sst>
 ///
-/// It stands in one line. \c count tells how often cells use the texts; they do so by index.
+/// It is one line. \c count tells how often cells use the texts; they do so by index.
 /// Texts in their cells would cost the same time and the same bytes, but not all readers decode
 /// the escapes there.
 class SharedStringsWriter

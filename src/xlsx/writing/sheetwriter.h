@@ -59,7 +59,7 @@ struct CellSheet {
 ///       </sheetData>
 ///     </worksheet>
 ///
-/// It stands in one line; \c t="s" marks the index of a shared text. The rectangle of all cells and
+/// It is one line; \c t="s" marks the index of a shared text. The rectangle of all cells and
 /// the size of the whole come before the first row, and no row is kept: hence all rows are asked
 /// for twice, first to count and to collect the texts, then to write.
 class SheetWriter
