@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <tuple>
 
 #include <QRegularExpression>
 #include <QtTest>
@@ -21,6 +22,7 @@
 #include "settings/cconfig.h"
 #include "support/documents.h"
 #include "support/fitsums.h"
+#include "support/testworkbooks.h"
 #include "support/workingfolder.h"
 #include "workbooks/analysisworkbook.h"
 #include "workbooks/dataworkbook.h"
@@ -198,6 +200,32 @@ int onesUnder(const Patients &patients, const Method &method)
     const Series results = resultsOf(patients, method);
     return int(std::count_if(results.begin(), results.end(),
                              [&](double result) { return result >= median(results); }));
+}
+
+struct Measurement {
+    QString code;
+    int day;
+    double value;
+};
+
+// As the guide tells it: sorted, numbered, and with a pivot table.
+QVector<TestWorkbooks::Row> oneRowPerPatient(QVector<Measurement> list)
+{
+    std::sort(list.begin(), list.end(), [](const Measurement &one, const Measurement &other) {
+        return std::tie(one.code, one.day) < std::tie(other.code, other.day);
+    });
+    QMap<QString, TestWorkbooks::Row> rows;
+    QString above;
+    int number = 0;
+    for (const Measurement &measurement : list) {
+        number = measurement.code == above ? number + 1 : 1; // =IF(A2=A1,D1+1,1)
+        above = measurement.code;
+        TestWorkbooks::Row &row = rows[measurement.code];
+        row.resize(std::max(int(row.size()), number + 1));
+        row[0] = measurement.code;
+        row[number] = measurement.value;
+    }
+    return rows.values().toVector();
 }
 
 QVariantList variants(const Series &values)
@@ -457,6 +485,40 @@ private Q_SLOTS:
                  QStringList(QString::number(sheets.size())));
     }
 
+    // The words that the table of cells names, in a row between values.
+    void wordsInCellsAreReadAsTold()
+    {
+        QVERIFY(Documents::read(guide).contains(
+            "| text that is a number, such as 48.5 | the number |"));
+        QVERIFY(Documents::read(guide).contains(
+            "| other text: 48,5 with a decimal comma, `<20`, `>130`, a comment, an error such as "
+            "#N/A | ends the row |"));
+        QCOMPARE(valuesWith("48.5"), Series({50, 51, 48.5, 52}));
+        for (const char *text : {"48,5", "<20", ">130", "not taken", "#N/A"}) {
+            QCOMPARE(valuesWith(text), Series({50, 51}));
+        }
+    }
+
+    // The steps of "From a laboratory list", done to the small sample, newest measurement first.
+    void laboratoryListBecomesTheWorkbook()
+    {
+        const Patients small = sample("glymark-small.xlsx");
+        QVector<Measurement> list;
+        for (const PatientRecord &patient : small) {
+            for (int i = 0; i < patient.values.size(); ++i) {
+                list.prepend({patient.id, 40000 + 91 * i, patient.values.at(i)});
+            }
+        }
+        const QString file = m_folder->filePath("list.xlsx");
+        TestWorkbooks::save(file, oneRowPerPatient(list));
+        const Patients read = loadPatients(file).patients;
+        QCOMPARE(read.size(), small.size());
+        for (int i = 0; i < read.size(); ++i) {
+            QCOMPARE(read.at(i).id, small.at(i).id);
+            QCOMPARE(read.at(i).values, small.at(i).values);
+        }
+    }
+
     void clippedLabelIsAsTold()
     {
         const Patients patients = sample("glymark-small.xlsx");
@@ -469,6 +531,14 @@ private Q_SLOTS:
     }
 
 private:
+    // What is read of a row that holds \p text among numbers.
+    Series valuesWith(const QString &text) const
+    {
+        const QString file = m_folder->filePath("cells.xlsx");
+        TestWorkbooks::save(file, {{"P", 50.0, 51.0, text, 52.0}});
+        return loadPatients(file).patients.value(0).values;
+    }
+
     // The analysis workbook of the small sample, with a kvadrant marked for P001.
     std::unique_ptr<QXlsx::Document> analysisOfSmallSample() const
     {
