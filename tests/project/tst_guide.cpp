@@ -457,6 +457,20 @@ private Q_SLOTS:
                  QString("Reference: Simple linear regression + Interquartile range"));
     }
 
+    // "Only the sheets ... have none."
+    void sheetsWithoutIdentifiersAreAsTold()
+    {
+        const Patients patients = sample("glymark-small.xlsx");
+        QVERIFY(writeDataWorkbook(m_folder->filePath("data.xlsx"), patients, scoresOf(patients)));
+        QXlsx::Document data(m_folder->filePath("data.xlsx"));
+        QStringList without = sheetsWithout(data, "T1");
+        without << sheetsWithout(*analysisOfSmallSample(), "T1");
+        QVERIFY(Documents::flat(guide).contains(
+            QString("Only the sheets \"%1\", \"%2\", \"%3\" and \"%4\" have none.")
+                .arg(without.value(0), without.value(1), without.value(2), without.value(3))));
+        QCOMPARE(without.size(), 4);
+    }
+
     // The table of sheets names all of them, in their order.
     void tableOfSheetsIsComplete()
     {
@@ -550,6 +564,23 @@ private:
         const QString file = m_folder->filePath("analysis.xlsx");
         writeAnalysisWorkbook(file, patients, scores, medians, medians);
         return std::make_unique<QXlsx::Document>(file);
+    }
+
+    // The sheets on which no cell holds \p text.
+    static QStringList sheetsWithout(QXlsx::Document &workbook, const QString &text)
+    {
+        QStringList sheets = workbook.sheetNames();
+        for (const QString &sheet : workbook.sheetNames()) {
+            workbook.selectSheet(sheet);
+            for (int row = 1; row < 10; ++row) {
+                for (int column = 1; column < 20; ++column) {
+                    if (workbook.read(row, column).toString() == text) {
+                        sheets.removeAll(sheet);
+                    }
+                }
+            }
+        }
+        return sheets;
     }
 
     static QVariant cell(QXlsx::Document &workbook, const QString &sheet, int row, int column)
