@@ -200,6 +200,21 @@ private Q_SLOTS:
         QVERIFY(words.match(Documents::flat(file)).hasMatch());
     }
 
+    void offersSayTheSame()
+    {
+        const QString catalogue = Documents::flat("packaging/local.glymark.glymark.metainfo.xml");
+        const QString package = Documents::flat("packaging/CMakeLists.txt");
+        const QString summary = between(catalogue, "<summary>", "</summary>").value(0);
+        QVERIFY(package.contains('"' + summary.left(1).toLower() + summary.mid(1) + '"'));
+        QVERIFY(Documents::flat("packaging/glymark.desktop").contains("Comment=" + summary + ' '));
+        QStringList offers = between(catalogue, "<p>", "</p>").mid(0, 2);
+        offers << between(catalogue, "<li>", "</li>");
+        QCOMPARE(offers.size(), 5);
+        for (const QString &offer : offers) {
+            QVERIFY2(package.contains(offer.trimmed()), qPrintable(offer));
+        }
+    }
+
     // In both languages of the installer.
     void startMenuIsCalledAsTheInstallerCallsIt()
     {
