@@ -17,11 +17,12 @@ PAGE = """<!DOCTYPE html>
 :root {{ color-scheme: light dark; }}
 body {{ max-width: 50em; margin: 2em auto; padding: 0 1em; font: 16px/1.5 sans-serif; }}
 img {{ max-width: 100%; height: auto; }}
-.wide {{ overflow-x: auto; }}
+.wide {{ overflow-x: auto; margin: 1em 0; }}
 table {{ border-collapse: collapse; }}
 th, td {{ border: 1px solid #999; padding: 0.2em 0.6em; text-align: left; vertical-align: top; }}
 code, pre {{ background: #8882; }}
-pre {{ overflow-x: auto; }}
+pre {{ overflow-x: auto; padding: 0.5em; }}
+pre code {{ background: none; }}
 blockquote {{ margin: 0 0 0 1em; padding-left: 1em; border-left: 0.2em solid #999; }}
 </style>
 </head>
