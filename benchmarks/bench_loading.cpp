@@ -42,7 +42,7 @@ bool save(const QString &path, int patients)
     return document.saveAs(path);
 }
 
-// In the measured process: loads the file and tells what that took.
+// In the measured process: loads the file and reports what that took.
 int loadHere(const QString &how, const QString &path)
 {
     QElapsedTimer timer;
@@ -60,7 +60,7 @@ int loadHere(const QString &how, const QString &path)
     return document && document->read(2, 2).toDouble() > 0 ? 0 : 1;
 }
 
-// The least of several runs, since other work only ever adds.
+// The minimum of several runs, because other work only adds.
 bool measure(const QString &how, const QString &path, Cost *least)
 {
     for (int i = 0; i < repetitions; ++i) {

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Saving both workbooks: processor time, memory beyond the group, size of the file, and the time of
-// waiting for the disk, beside libxlsxwriter in its constant-memory mode, which writes the same
-// cells in the same run and waits for no disk. Each measurement has a process of its own. Fails
-// when 10,000 patients cost more than they may.
+// waiting for the disk, compared with libxlsxwriter in its constant-memory mode, which writes the
+// same cells in the same run and waits for no disk. Each measurement has a process of its own.
+// Fails if 10,000 patients cost more than they may.
 //
 // usage: bench_workbooks [PATIENTS...]
 
@@ -165,7 +165,7 @@ Cost measureOnce(const QString &path, const std::function<void()> &run)
             static_cast<double>(QFileInfo(path).size()) / megabyte, *diskSeconds};
 }
 
-// The least of several runs, since other work only ever adds. The memory is what the run takes
+// The minimum of several runs, because other work only adds. The memory is what the run takes
 // beyond \p start.
 Cost measure(const QString &path, double start, const std::function<void()> &run)
 {
@@ -262,7 +262,7 @@ private:
 
 } // namespace
 
-// Stands in for the system's, and takes its time.
+// Replaces the system's, and measures its time.
 extern "C" int fsync(int file)
 {
     QElapsedTimer timer;

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-# SimpleIni has no package file of its own in the releases that we support.
+# SimpleIni has no CMake package in the releases that we support.
 #
 # Defines the target SimpleIni::SimpleIni. The library is optional: it only holds the character
 # conversions, which SI_NO_CONVERSION leaves out, but some builds keep other symbols there too.

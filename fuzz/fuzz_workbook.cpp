@@ -16,7 +16,7 @@
 #include "workbooks/patientreader.h"
 #include "xlsx/reading/workbookloader.h"
 
-// The functions that the fuzzer calls, and the one that it lends.
+// The functions that the fuzzer calls, and the one that it provides.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size);
 extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t *data, std::size_t size,
                                                std::size_t largest, unsigned seed);

@@ -31,7 +31,7 @@ BrandingText "Glymark ${VERSION}"
 !insertmacro MUI_UNPAGE_CONFIRM
 !insertmacro MUI_UNPAGE_INSTFILES
 
-; The first one is for a Windows in neither language.
+; A Windows in any other language gets the first one.
 !insertmacro MUI_LANGUAGE "English"
 !insertmacro MUI_LANGUAGE "Czech"
 
@@ -56,8 +56,8 @@ Function startProgram
     ExecShell "" "$SMPROGRAMS\Glymark\Glymark.lnk"
 FunctionEnd
 
-; Whether the Czech texts in the user's folder are those that an installer put there and nobody
-; touched since: their time, as it was noted then. Leaves 1 or 0 on the stack.
+; Whether the Czech texts in the user's folder are those that an installer put there, unchanged: they
+; have the time that was noted then. Leaves 1 or 0 on the stack.
 !macro hasOwnTexts
     Push 0
     ClearErrors
@@ -70,7 +70,7 @@ FunctionEnd
     ${EndIf}
 !macroend
 
-; With this file in its folder the window speaks Czech. A file of the user's own stays as it is.
+; With this file in its folder the window is Czech. The user's own file stays as it is.
 Function settleCzechTexts
     !insertmacro hasOwnTexts
     Pop $3
@@ -103,7 +103,7 @@ Function installFiles
     WriteUninstaller "$INSTDIR\uninstall.exe"
 FunctionEnd
 
-; In either language, since the one of an earlier installation may have been the other.
+; In both languages, because an earlier installation may have had the other.
 !macro removeShortcuts
     RMDir /r "$SMPROGRAMS\Glymark"
     Delete "$folder\Samples.lnk"

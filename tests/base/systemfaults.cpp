@@ -132,7 +132,7 @@ ssize_t read(int fd, void *buf, size_t nbytes)
     return call<ssize_t>("read", fd, buf, nbytes);
 }
 
-// The file is closed all the same.
+// The file is still closed.
 int close(int fd)
 {
     const bool failing = fails("close");
@@ -144,7 +144,7 @@ int close(int fd)
     return result;
 }
 
-// Never to the disk, which would take its time.
+// Never to the disk, which would take time.
 int fsync(int /*fd*/)
 {
     return fails("fsync") ? -1 : 0;

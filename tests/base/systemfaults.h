@@ -3,7 +3,7 @@
 
 #include <vector>
 
-/// The system's calls for files as a test wants them to go. Functions of the program stand in for
+/// Lets a test decide how the system's calls for files go. Functions of the test program replace
 /// the system's; each call between start() and stop() has a number, counted from 1.
 namespace SystemFaults
 {

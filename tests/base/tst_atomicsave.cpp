@@ -52,7 +52,7 @@ void writeContent(const QString &fileName)
     }
 }
 
-// A program of its own that saves over and over.
+// A separate process that saves over and over.
 pid_t startSaving(const QByteArray &content)
 {
     constexpr int times = 25;
@@ -67,7 +67,7 @@ pid_t startSaving(const QByteArray &content)
     return program;
 }
 
-// A file in a folder that takes no other one.
+// A file in a folder that takes no other file.
 void makeLockedFile(const QByteArray &content, mode_t mode)
 {
     if (!QDir().mkdir("locked")) {
@@ -91,7 +91,7 @@ private Q_SLOTS:
     void init()
     {
         m_folder = std::make_unique<WorkingFolder>();
-        // An ordinary user has to get here.
+        // An ordinary user must be able to enter it.
         QCOMPARE(chmod(qPrintable(m_folder->path()), 0755), 0);
         useSkip("3");
         QVERIFY(QDir().mkdir("saves"));
@@ -368,7 +368,7 @@ private Q_SLOTS:
         QCOMPARE(chmod("locked", 0755), 0);
     }
 
-    // There, a file can be made, but it cannot take the place of one that belongs to others.
+    // A file can be made there, but it cannot replace one of another owner.
     void fileOfOthersInASharedFolderIsOverwritten()
     {
         if (geteuid() != 0) {
@@ -386,7 +386,7 @@ private Q_SLOTS:
         QCOMPARE(namesIn("shared"), QStringList("file"));
     }
 
-    // Nobody can write to a program that runs, not even who may.
+    // Nobody can write to a running program, whatever the permissions say.
     void runningProgramInAReadOnlyFolderIsRefused()
     {
         const QByteArray shell = contentOf("/bin/sh");

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Saves as on a system that has no source of its own.
+// Saves as on a system without a source of its own.
 #include "base/filereplacement.h"
 
 #include <memory>

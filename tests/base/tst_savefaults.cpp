@@ -34,7 +34,7 @@ constexpr auto attribute = "user.origin";
 /// What is saved over, in the folder "saves", under the name "file".
 struct Scene {
     const char *name;
-    /// What stands there; nothing where it is null.
+    /// What the file holds before; null if there is no file.
     QByteArray before;
     /// Prepares the file, once it is written.
     void (*prepare)() = [] {};
@@ -61,7 +61,7 @@ void giveAttribute()
     require(AccessLists::set("saves/file", attribute, "ward"));
 }
 
-// The folder gives its new files another list than the file has.
+// The folder gives new files another access list than the file has.
 void giveAccessList()
 {
     using AccessLists::closedToTheGroup;
@@ -113,7 +113,7 @@ QVector<Scene> scenes()
     return all;
 }
 
-/// What belongs to a file beside its content.
+/// What belongs to a file besides its content.
 QString rightsOf(const char *path)
 {
     struct stat status = {};
@@ -201,7 +201,7 @@ public:
     }
 
 private:
-    // So that there are several calls.
+    // Long enough for several calls.
     static bool writeInPieces(QIODevice &device)
     {
         constexpr int pieceSize = 9'000;
@@ -219,7 +219,7 @@ private:
         return QFile::exists("saves/file") ? SavedFiles::contentOf("saves/file") : QByteArray();
     }
 
-    // Something that goes on failing cannot be undone.
+    // What keeps failing cannot be undone.
     bool mayBeMixed() const
     {
         return m_scene.isWrittenInPlace && (m_hasEnded || m_plan.kind == Kind::FromThenOn);
@@ -335,7 +335,7 @@ private Q_SLOTS:
         tryEveryCall(Kind::EndHalfway, EIO, {"write"});
     }
 
-    // The same with what really ends the program, where it takes each of the three ways.
+    // The same with a real kill, on each of the three ways of saving.
     void killLeavesOneContentWhole_data()
     {
         rows({"shorter file", "longer file with a second name", "longer file in a locked folder"});
@@ -403,7 +403,7 @@ private Q_SLOTS:
         QVERIFY(tries >= 3);
     }
 
-    // A disk that is full, or files that are too many, are no folder that refuses.
+    // A full disk or too many open files do not mean that the folder refuses.
     void onlyARefusalIsAReasonToWriteInPlace_data()
     {
         QTest::addColumn<int>("error");

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// What belongs to a file beside its content stays when it is saved over.
+// What belongs to a file besides its content stays when it is saved over.
 
 #include <array>
 #include <memory>
@@ -44,7 +44,7 @@ QStringList rightsOf(const char *file)
             AccessLists::get(file, attribute)};
 }
 
-/// A file to save over, under the name "saves/file"; false if the file system offers no such.
+/// A file to save over, named "saves/file"; false if the file system does not offer that.
 struct Kind {
     const char *name;
     bool (*prepare)();
@@ -88,7 +88,7 @@ const std::array kinds = {
          true},
 };
 
-/// Makes the folder, which \p mode says the rights of, and the file.
+/// Makes the folder, with the permissions \p mode, and the file.
 bool prepare(const Kind &kind, mode_t mode)
 {
     if (mkdir("saves", 0700) != 0 || chown("saves", owner, ward) != 0
@@ -189,7 +189,7 @@ private Q_SLOTS:
         QVERIFY(AccessLists::get("saves/file", AccessLists::ofFile) != "none");
     }
 
-    // In a folder with a list for its files the new one has it from the start.
+    // If the folder has an access list for its files, the new one has it from the start.
     void fileOfSuchAFolderIsRenamed()
     {
         QCOMPARE(mkdir("saves", 0755), 0);

@@ -36,7 +36,7 @@ const QByteArray lineEnd = "\r\n";
 const QByteArray lineEnd = "\n";
 #endif
 
-// Lines end as the system's lines do.
+// With the system's line ends.
 void writeConfig(QByteArray content)
 {
     content.replace("\n", lineEnd);
@@ -88,7 +88,7 @@ void addText(const Key &key, const QByteArray &text, quint64 expected,
         << corrected;
 }
 
-// What reads alike for every setting, and is left as it stands.
+// What reads the same for every setting, and stays as it is.
 void addTextsThatReadAlike(const Key &key)
 {
     for (const char *zero :
@@ -314,7 +314,7 @@ private Q_SLOTS:
         const CConfig config;
         QCOMPARE(settings(config), Settings({0, 1, 0, 0, 0}));
         QCOMPARE(fileContent(), content);
-        // Not even when another value makes the file be written.
+        // Not even if another value causes the file to be written.
         writeConfig("[Method]\nVariance = 4\n");
         const CConfig correcting;
         QCOMPARE(fileContent(), QByteArray("[Method]\nVariance = 0\n"));

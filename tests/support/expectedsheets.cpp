@@ -126,8 +126,8 @@ QByteArray asJson(const Book &book)
     return QJsonDocument(sheets).toJson(QJsonDocument::Compact);
 }
 
-// Writes what the workbook in the file \p path has to hold into a file beside it, and returns that
-// file's name; empty when it cannot be written.
+// Writes what the workbook in the file \p path must hold into a file beside it, and returns the
+// name of that file; empty if it cannot be written.
 QString expectationFor(const QString &path, const Book &book)
 {
     QFile file(path + ".json");
@@ -143,7 +143,8 @@ constexpr bool hasOtherReader = true;
 #endif
 constexpr int longestAnswer = 300000; // milliseconds
 
-// The script that reads with openpyxl, started only once, as starting takes longer than reading.
+// The script that reads with openpyxl, started only once, because starting takes longer than
+// reading.
 class OtherReader
 {
 public:
@@ -184,7 +185,7 @@ private:
     QProcess m_process;
 };
 
-// Ends with the application, without which nobody can wait for a process.
+// Ends with the application, because only with one can a process be waited for.
 OtherReader &otherReader()
 {
     static std::unique_ptr<OtherReader> reader;

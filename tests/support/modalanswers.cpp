@@ -34,7 +34,7 @@ void ModalAnswers::expectFile(const QString &path)
         // From the event loop, so that the question whether to replace the file can be answered.
         QTimer::singleShot(0, &dialog, [&dialog] {
             QMetaObject::invokeMethod(&dialog, "accept");
-            // A dialog that refuses the name would wait for ever.
+            // A dialog that refuses the name would wait forever.
             if (dialog.isVisible()) {
                 dialog.reject();
             }

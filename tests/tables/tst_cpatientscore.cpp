@@ -37,7 +37,7 @@ struct Fixture : ModelLists {
     {
         return model.data(model.index(row, column)).toString();
     }
-    // "red", "green", "blue" or, for anything else, what it is.
+    // "red", "green", "blue" or, for any other colour, its name.
     [[nodiscard]] QString color(int row, int column) const
     {
         const QVariant value = model.data(model.index(row, column), Qt::BackgroundRole);

@@ -149,7 +149,7 @@ private Q_SLOTS:
 
     void chosenCenterGivesTheMark()
     {
-        // Convergence 1, 2, 9: the middle patient is worse than the median, better than the mean.
+        // Convergence 1, 2, 9: the middle patient is on the median (worse) and below the mean.
         Fixture fixture;
         fixture.median = {{}, {2, 0, 0}, {5, 0, 0}};
         fixture.average = {{}, {4, 0, 0}, {5, 0, 0}};

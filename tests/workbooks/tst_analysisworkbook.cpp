@@ -122,7 +122,7 @@ private Q_SLOTS:
                 hit = hit || kvadrant == ideal;
             }
         }
-        // 0 comes from patients of four values, whose offset leaves nothing.
+        // 0 comes from patients of four values, of which the offset leaves no step.
         QCOMPARE(kvadrants, (QSet<int>{0, 1, 2, 3, 4}));
         QCOMPARE(ideals, (QSet<int>{-1, 1, 2, 3, 4}));
         QVERIFY(hit);
@@ -326,7 +326,7 @@ private Q_SLOTS:
             patient.idealKvadrant = 1;
         }
         const Saved saved(written(group));
-        // Where the entry is printed, it is 0; and it is a miss.
+        // The entry is written as 0, and counts as a miss.
         for (const QString line :
              {"Median H2: - - -", "Median C3: -", "Median F3: -", "Median I3: -", "Compare 7 B2: 0",
               "AnovaMedian C3: 0", "IdealCompare I2: 0"}) {

@@ -91,7 +91,7 @@ private Q_SLOTS:
     void keepsTheSettings_data() { names(); }
     void keepsTheSettings()
     {
-        // Over no file, and over one.
+        // First without a file there, then over one.
         for (const int skip : {4, 5}) {
             CConfig::instance().saveConfig(2, 1, 0, skip, 0);
             QCOMPARE(contentOfFolder(), QStringList("config.ini"));
@@ -142,7 +142,7 @@ private Q_SLOTS:
     }
 
 #ifdef Q_OS_WIN
-    // As spreadsheet programs lock it.
+    // Locked as spreadsheet programs do it.
     void leavesAFileAloneThatIsLocked_data()
     {
         names();
@@ -175,7 +175,7 @@ private Q_SLOTS:
         QVERIFY(QFile::setPermissions(name, QFile::ReadOwner | QFile::WriteOwner));
     }
 #else
-    // A program that has the file open goes on reading the old content.
+    // A program that has the file open keeps reading the old content.
     void savesOverAFileThatIsOpenElsewhere_data()
     {
         names();

@@ -279,7 +279,7 @@ private Q_SLOTS:
     {
         QFETCH(double, number);
         TestGroup group = TestGroup::ofSize(4);
-        // Between others, some short and some long.
+        // Between short and long ones.
         group.patients[1].values = {5, number, 6, number};
         group.patients[3].values = {number};
         group.scores[2].variability[1] = number;

@@ -69,7 +69,7 @@ void repeatBlock(QByteArray *bytes, Dice *dice)
     bytes->insert(dice->below(bytes->size()), block);
 }
 
-// Blocks from one tag to another, which leave the XML whole more often than others.
+// Blocks from one tag to another: changes of them often leave the XML well-formed.
 void moveElements(QByteArray *bytes, Dice *dice)
 {
     const int from = int(bytes->indexOf('<', dice->below(bytes->size())));
@@ -129,7 +129,7 @@ bool isSheet(const QString &name)
     return name.endsWith("worksheets/sheet1.xml");
 }
 
-// The sheet more often than chance would have it: the other parts are many.
+// The sheet more often than by chance, because there are many other parts.
 int choosePart(const Parts &parts, Dice *dice)
 {
     int chosen = dice->below(parts.size());
@@ -139,7 +139,7 @@ int choosePart(const Parts &parts, Dice *dice)
     return chosen;
 }
 
-// Whether a change of the part leaves numbers as they are: only what texts say may be other.
+// Whether a change of the part leaves numbers as they are; only texts may change.
 bool holdsTextsOnly(const QString &name)
 {
     return name.endsWith("sharedStrings.xml");
@@ -150,7 +150,7 @@ bool holdsNoCells(const QString &name)
     return !isSheet(name) && !holdsTextsOnly(name) && !name.endsWith("styles.xml");
 }
 
-// The cells as they stand in the XML, by their references.
+// The cells as the XML has them, by their references.
 QHash<QString, QString> cellsIn(const QByteArray &sheet)
 {
     static const QRegularExpression cell(R"x(<c r="([A-Z]+[0-9]+)"[^<>/]*(/>|>.*?</c>))x");
@@ -248,13 +248,13 @@ private:
         return workbook;
     }
 
-    // Files of both kinds, or the changes say nothing.
+    // Files of both kinds, or the changes prove nothing.
     void compareCounts() const
     {
         QVERIFY(m_refused > mutations / 20);
         QVERIFY(m_loaded > mutations / 20);
     }
-    // What the part has no say in is as before.
+    // What does not depend on the part is as before.
     void comparePart(const QString &name, const QXlsx::Document &original,
                      const QXlsx::Document &changed, const QByteArray &before,
                      const QByteArray &after)
@@ -266,7 +266,7 @@ private:
         }
     }
 
-    // A cell that stands in the XML as before reads as before.
+    // A cell that is unchanged in the XML reads as before.
     void compareUntouched(const QXlsx::Document &original, const QXlsx::Document &changed,
                           const QByteArray &before, const QByteArray &after)
     {
