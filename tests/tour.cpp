@@ -31,7 +31,7 @@
 namespace
 {
 
-constexpr QSize windowSize(1180, 860);
+constexpr QSize windowSize(1180, 950);
 constexpr QSize graphSize(790, 470);
 constexpr QSize groupSize(1000, 640);
 

@@ -629,8 +629,8 @@ private Q_SLOTS:
         CzechTester tester;
         tester.openRefused("empty.xlsx", {});
         QCOMPARE(tester.answers.messages(),
-                 QStringList("Otevřít soubor|Tento sešit neobsahuje žádné pacienty: buňka v 1. "
-                             "sloupci 2. řádku je prázdná. Nic nebylo otevřeno.\n\nempty.xlsx"));
+                 QStringList("Otevřít soubor|Tento sešit neobsahuje žádné pacienty: buňka A2 je "
+                             "prázdná. Nic nebylo otevřeno.\n\nempty.xlsx"));
     }
 
     void savingAsksInCzechAndWritesEnglish_data()
