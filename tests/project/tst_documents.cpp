@@ -11,6 +11,7 @@
 #include <QPainter>
 #include <QProcess>
 #include <QRegularExpression>
+#include <QShortcut>
 #include <QSpinBox>
 #include <QSvgRenderer>
 #include <QtTest>
@@ -419,8 +420,9 @@ private Q_SLOTS:
     {
         QFETCH(const QString, quoted);
         // Not from the program's texts: a button of the toolkit, numbers as C++ writes them, labels
-        // that are put together or shortened (tst_guide compares both), and how to cite.
+        // that are put together or shortened (tst_guide compares both), a cell, and how to cite.
         static const QStringList others = {"OK",
+                                           "60,5",
                                            "nan",
                                            "inf",
                                            "-inf",
@@ -456,6 +458,24 @@ private Q_SLOTS:
             }
         }
         QCOMPARE(told, menu);
+    }
+
+    void keysOfTheWindowAreInTheGuide()
+    {
+        MainWindowTester tester;
+        tester.start();
+        QStringList told;
+        for (const QStringList &row : Documents::tableRows(read("docs/guide.md"))) {
+            told << row.first().split(", ");
+        }
+        QStringList keys = {"Shift+F10"};
+        for (const QShortcut *shortcut : tester.window->findChildren<QShortcut *>()) {
+            keys << shortcut->key().toString(QKeySequence::PortableText);
+        }
+        QVERIFY(keys.contains("F6"));
+        for (const QString &key : keys) {
+            QVERIFY2(told.contains(key), qPrintable(key));
+        }
     }
 
     void settingsOfTheGuideAreThoseOfANewFile()
