@@ -20,7 +20,7 @@ struct ShownText {
 
     bool isCut(const QWidget &widget) const
     {
-        // Of the place, other widgets and the edges of the window hide some.
+        // Other widgets and the edges of the window hide a part of the place.
         const QSize room = (place & widget.visibleRegion().boundingRect()).size();
         return needed.width() > room.width() || needed.height() > room.height();
     }
@@ -40,7 +40,7 @@ ShownText textAt(const QTableView &table, const QPoint &position)
     return {cell.data().toString(), table.sizeHintForIndex(cell), table.visualRect(cell)};
 }
 
-// The headings of what is selected are bold.
+// Headings of selected cells are bold.
 QFont fontOf(const QHeaderView &header, int section)
 {
     QFont font = header.font();
@@ -80,8 +80,8 @@ ShownText textAt(QWidget *widget, const QPoint &position)
     return table ? textAt(*table, position) : ShownText();
 }
 
-// Never taken for markup, and with places at which a long word can be broken: a tip wider than any
-// screen could not be read either.
+// Never read as markup, and with places at which a long word can break: nobody could read a tip
+// that is wider than the screen.
 QString tipOf(QString text)
 {
     static const QRegularExpression longWord(QStringLiteral("(\\S{60})(?=\\S)"));

@@ -4,7 +4,7 @@
 #include <QObject>
 
 /// Shows the whole text of labels, cells and headings that do not have the room for it, as a tool
-/// tip. A text that can be read as it is has none.
+/// tip. A text that has the room has none.
 class CutTextTips : public QObject
 {
 public:

@@ -50,12 +50,12 @@ constexpr QSize groupGraphSize(700, 400);
 constexpr int bottomStripHeight = 200;
 constexpr int rightPanelWidth = 275;
 
-/// A table that Tab leaves: by default Tab would go round its cells for ever, which the arrow keys
-/// reach as well. Shift+F10 opens its context menu as the Menu key does.
+/// A table that Tab leaves: by default Tab would go round its cells forever, which the arrow keys
+/// reach too. Shift+F10 opens its context menu as the Menu key does.
 class Table : public QTableView
 {
 protected:
-    // Should the system ask for the menu as well, as Windows may, the toolkit asks the open menu,
+    // If the system asks for the menu as well, as Windows may, the toolkit asks the open menu,
     // which has none.
     void keyPressEvent(QKeyEvent *event) override
     {
@@ -567,8 +567,8 @@ void MainWindow::editConfig()
     }
     updateOffsetScores(scores, patients);
     computeCenters();
-    // Changes nothing as long as the models refer to these very objects; a model with copies would
-    // need it.
+    // Changes nothing while the models refer to these very objects; a model with copies would need
+    // it.
     patientScoreModel->update(scores, medianCenter, averageCenter);
     patientsModel->update(scores, medianCenter, averageCenter);
 }

@@ -80,7 +80,7 @@ QString noPatientsText()
         "MainWindow", "This workbook has no patients: column 1 of row 2 is empty.")));
 }
 
-// In the order of RowEnd::Kind, with the cell as %1 and what stands there as %2.
+// In the order of RowEnd::Kind, with the cell as %1 and its content as %2.
 constexpr std::array rowEnds = {
     QT_TRANSLATE_NOOP("MainWindow", "%1 is empty"),
     QT_TRANSLATE_NOOP("MainWindow", "%1 is 0"),

@@ -19,7 +19,7 @@ int thickness(const QScrollBar *bar)
                                                : bar->sizeHint().width();
 }
 
-// The room beside the scroll bars that are needed, for which the viewport gets smaller only later.
+// The room beside the scroll bars that will be needed; the viewport shrinks for them only later.
 QSize roomBesideBars(const QMdiArea &area)
 {
     return area.maximumViewportSize()
@@ -80,7 +80,7 @@ void scrollBack(const QMdiArea &area)
         if (subWindow->isMaximized()) {
             return;
         }
-        // Minimized ones keep to the lower edge.
+        // Minimized ones stay at the lower edge.
         if (!subWindow->isMinimized()) {
             all |= subWindow->geometry();
         }

@@ -36,10 +36,10 @@ using TextWidth = std::function<double(const QString &)>;
 /// \p text at \p start, which must be placeable; its coordinates are truncated toward zero.
 GraphText textAt(const QPointF &start, const QString &text);
 
-/// Appends textAt(\p start, \p text), or nothing when \p start is not placeable.
+/// Appends textAt(\p start, \p text), or nothing if \p start is not placeable.
 void placeText(QVector<GraphText> &texts, const QPointF &start, const QString &text);
 
-/// Adds a line to \p path; returns false, and adds nothing, when an end of it is not placeable.
+/// Adds a line to \p path; returns false, and adds nothing, if an end of it is not placeable.
 bool placeLine(QPainterPath &path, const QPointF &from, const QPointF &to);
 
 /// Draws \p texts in order, with the painter's font and pen.

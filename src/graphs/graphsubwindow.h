@@ -12,7 +12,7 @@ class QPainter;
 /// The line chart of a group: measurement number across, value in mmol/mol up, one coloured
 /// polyline per patient, and a legend of identifiers below.
 ///
-/// The widget keeps a copy of the patients and follows no later change.
+/// The widget keeps a copy of the patients and does not follow later changes.
 class GraphSubWindow : public QWidget
 {
     Q_OBJECT

@@ -13,10 +13,10 @@ struct PatientGraphBounds {
     /// The bounds of \p patients, taken value by value.
     explicit PatientGraphBounds(const QVector<PatientRecord> &patients);
 
-    /// The highest value truncated to a whole number, at most the largest unsigned number; 0 when
+    /// The highest value truncated to a whole number, at most the largest unsigned number; 0 if
     /// no value is above 0.
     quint64 maxValue = 0;
-    /// The largest number of values of any one patient, -1 when none has a value.
+    /// The largest number of values of any one patient, -1 if none has a value.
     double maxCount = -1.0;
 };
 
@@ -41,7 +41,7 @@ struct PatientGraphGeometry {
     double axisRight;
     /// How many bands of ten mmol/mol the vertical axis has.
     double bands;
-    /// Pixels from one measurement to the next; negative and unused when there is no value.
+    /// Pixels from one measurement to the next; negative and unused if there is no value.
     double xStep;
     /// Pixels per mmol/mol; not finite without a band.
     double yScale;

@@ -60,7 +60,7 @@ void placeTextBefore(const QPointF &end, const QPointF &offset, QVector<GraphTex
 
 void ResultPlotAxis::include(double value)
 {
-    // The bound stands first, so that a comparison with NaN leaves it.
+    // The bound comes first, so that a comparison with NaN leaves it.
     lowest = std::min(lowest, value);
     highest = std::max(highest, value);
 }

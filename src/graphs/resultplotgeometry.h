@@ -54,8 +54,8 @@ struct ResultPlotTexts {
 };
 
 /// Where everything of the result plot lies on a rectangle from (0, 0) to (width, height), in
-/// pixels. What is not placeable is left out of all lists, dots beyond the range too, since no line
-/// would show where they are.
+/// pixels. What is not placeable is left out of all lists. So are dots beyond the range, because no
+/// line would show where they are.
 ///
 /// The axes cross in the middle, at the center; the farthest value of each axis lies a fixed margin
 /// from the edge. An axis without spread, or on which every value is NaN, has no scale: only the

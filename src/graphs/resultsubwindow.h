@@ -12,7 +12,8 @@ class QPainter;
 /// The plot that places each patient in one of four kvadrants: convergence across, variability up,
 /// the axes crossing at the centers.
 ///
-/// The widget keeps a copy of the results and follows no later change of them or of the settings.
+/// The widget keeps a copy of the results and does not follow later changes of them or of the
+/// settings.
 class ResultSubWindow : public QWidget
 {
     Q_OBJECT

@@ -14,14 +14,14 @@ class Document;
 
 /// The cell that ended the values of a patient: the first one that converts to 0.
 struct RowEnd {
-    /// What stands in it: nothing but blanks, a number or text that is 0, false, a date or a time,
+    /// Its content: nothing but blanks, a number or text that is 0, false, a date or a time,
     /// an error such as "#N/A", or another text.
     enum Kind { Empty, Zero, False, Date, Error, Text };
 
     Kind kind = Empty;
     /// Its address, such as "C17".
     QString cell;
-    /// An error or text, as it stands there; empty for the other kinds.
+    /// An error or text, as the cell has it; empty for the other kinds.
     QString text;
 };
 

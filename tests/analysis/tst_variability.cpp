@@ -293,7 +293,7 @@ private Q_SLOTS:
         }
     }
 
-    void notANumberGoesThrough()
+    void nanPropagates()
     {
         useSkip("0");
         const Series values = {notANumber, 50, 60, 55, 70, 40};

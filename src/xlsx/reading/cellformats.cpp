@@ -30,7 +30,7 @@ void CellFormats::read(XmlCursor *xml)
                       XmlChild{"cellXfs", [&] { readCellFormats(xml); }});
 }
 
-// Without a number no cell can name it; without a code it is not there for those that do.
+// Without a number no cell can name it; without a code it is missing for those that do.
 void CellFormats::readNumberFormat(XmlCursor *xml)
 {
     xml->limitList(int(m_custom.size()));

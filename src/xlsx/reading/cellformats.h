@@ -21,8 +21,8 @@ class CellFormats
 public:
     void read(XmlCursor *xml);
 
-    /// The kind of the cell format \p index, or Missing when the workbook does not have it or the
-    /// number format that it names. Without any formats 0 is that of numbers.
+    /// The kind of the cell format \p index, or Missing if the workbook lacks it or the number
+    /// format that it names. Without any formats 0 is that of numbers.
     NumberFormats::Kind kind(int index) const;
 
 private:

@@ -4,14 +4,14 @@
 #include <QByteArray>
 #include <QFile>
 
-/// Compound files, in which old workbooks are kept, and encrypted new ones.
+/// Compound files, the form of old workbooks and of encrypted new ones.
 namespace CompoundFile
 {
 
 /// The bytes at the start of each compound file.
 QByteArray signature();
 
-/// Whether the compound file \p file has a stream for an encrypted package, however it is damaged
+/// Whether the compound file \p file has a stream for an encrypted package, even if it is damaged
 /// otherwise.
 bool isEncryptedPackage(QFile *file);
 

@@ -10,13 +10,13 @@ struct LoadError {
     enum Reason {
         /// It was loaded.
         None,
-        /// It is missing, unreadable or no regular file, or reading it failed.
+        /// It is missing, unreadable or not a regular file, or reading it failed.
         CannotBeRead,
-        /// Its content is no spreadsheet of the kind that is read here.
+        /// Its content is not a spreadsheet of the kind that is read here.
         NotAWorkbook,
-        /// It is a workbook of the old binary kind (.xls).
+        /// It is a workbook in the old binary format (.xls).
         OldFormat,
-        /// It is encrypted, so that reading it takes a password.
+        /// It is encrypted: reading it needs a password.
         PasswordProtected,
         /// It is a workbook, but a part of it is missing, broken or contradicts another one.
         Damaged,
@@ -53,6 +53,6 @@ struct LoadError {
     /// What is damaged, such as "worksheet", and how: "it is missing".
     const char *part = "";
     const char *what = "";
-    /// The cell in the worksheet, such as "C17"; empty when the damage is in none.
+    /// The cell in the worksheet, such as "C17"; empty if the damage is in none.
     QString cell;
 };

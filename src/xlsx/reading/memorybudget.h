@@ -12,11 +12,11 @@ public:
     explicit MemoryBudget(const WorkbookLimits &limits)
         : m_limits(limits), m_left(limits.memory) { }
 
-    /// Takes the share of a cell, and of its row when it is the first there; false when there is
-    /// not enough left.
+    /// Takes the share of a cell, and of its row if it is the first there; false if there is not
+    /// enough left.
     bool takeCell(bool newRow) { return take(m_limits.cellCost + (newRow ? m_limits.rowCost : 0)); }
 
-    /// Takes the share of \p text; false when there is not enough left.
+    /// Takes the share of \p text; false if there is not enough left.
     bool takeText(const QString &text)
     {
         return take(m_limits.textCost + text.size() * static_cast<qint64>(sizeof(QChar)));

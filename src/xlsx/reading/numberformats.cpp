@@ -17,8 +17,8 @@ namespace
 constexpr std::array<std::pair<int, int>, 5> dateRanges = {
     {{14, 22}, {27, 36}, {45, 47}, {50, 58}, {71, 81}}};
 
-// Letters spell out both cases: without regard to case some beyond ASCII would match, too. Those
-// are no part of words: nobody needs to quote a sign for "year" behind "yyyy".
+// Letters are spelled out in both cases: without regard to case some beyond ASCII would match, too.
+// Those are not part of words: nobody needs to quote a sign for "year" after "yyyy".
 
 // All letters side by side are codes: of dates and times, where a T joins the day and the hour, or
 // a word for weekdays, Buddhist years and years of an era. Or an elapsed time.

@@ -6,7 +6,7 @@
 namespace
 {
 
-// Stands before each block, padded so that the block stays aligned.
+// Precedes each block, padded so that the block stays aligned.
 struct alignas(std::max_align_t) Head {
     qint64 size;
 };

@@ -30,7 +30,7 @@ public:
         QByteArray part;
     };
 
-    /// For the relationships of the part \p source; of the package itself when it is empty.
+    /// For the relationships of the part \p source; of the package itself if it is empty.
     explicit Relationships(QByteArray source = {}) : m_source(std::move(source)) { }
 
     /// Name of the part that holds the relationships of \p source.

@@ -13,8 +13,8 @@ struct WorkbookLimits {
     qint64 directorySize = mebibyte;
     /// Bytes of one part, unpacked: the sheet of 50,000 rows with 200 numbers each has 400 MiB.
     qint64 partSize = 512 * mebibyte;
-    /// Bytes of the list of sheets and of each list of relationships, unpacked, which are held in
-    /// memory in the main: a thousand sheets and names for each of them have less than 1 MiB.
+    /// Bytes of the list of sheets and of each list of relationships, unpacked, which are mostly
+    /// held in memory: a thousand sheets and names for each of them have less than 1 MiB.
     qint64 listSize = 16 * mebibyte;
     /// Bytes of all parts that are read, unpacked: one of the largest and what goes with it.
     qint64 unpackedSize = 640 * mebibyte;

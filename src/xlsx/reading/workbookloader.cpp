@@ -18,7 +18,7 @@ namespace
 constexpr const char *workbook = QT_TRANSLATE_NOOP("MainWindow", "workbook");
 constexpr const char *worksheet = QT_TRANSLATE_NOOP("MainWindow", "worksheet");
 
-// The road from a file to a document: load() goes it, the other functions are its stretches.
+// The path from a file to a document: load() takes it; the other functions are its steps.
 class Loader
 {
 public:
@@ -135,8 +135,9 @@ LoadError Loader::readWorkbook()
                     QT_TRANSLATE_NOOP("MainWindow", "relationships of the workbook"));
 }
 
-// The first visible sheet, or the first of all when none is, but for charts, dialogs and macros. It
-// is missing rather than passed over when nothing leads to it: the next one has other patients.
+// The first visible sheet, or the first of all if none is visible, except for charts, dialogs and
+// macros. If nothing leads to it, it is missing rather than passed over: the next one has other
+// patients.
 LoadError Loader::chooseSheet()
 {
     const SheetList::Sheet *chosen = nullptr;

@@ -17,7 +17,7 @@ struct LoadedWorkbook {
 };
 
 /// Reads the first visible worksheet of the workbook in the file \p path, or the first worksheet
-/// when none is visible, into a document of that one sheet. The document is null exactly when there
+/// if none is visible, into a document of that one sheet. The document is null exactly when there
 /// is an error: a file is loaded as a whole or not at all.
 ///
 /// Its cells give what their contents say: numbers (in column \p textColumn as texts with the

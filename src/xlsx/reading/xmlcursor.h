@@ -28,7 +28,7 @@ struct XmlChild {
 template<typename Read>
 XmlChild(const char *, Read) -> XmlChild<Read>;
 
-/// Goes through one XML part as it stands there, one function for each element:
+/// Goes through one XML part in its order, one function per element:
 ///
 ///     void readRow()                        // the cursor stands at <row>
 ///     {
@@ -77,7 +77,7 @@ public:
     /// Whether the cursor stands at an element \p name.
     bool is(const char *name, Space space = Space::Main) const;
     /// Whether the choice at which it stands asks for nothing but the part's own namespace and that
-    /// of relationships; null when nobody can say.
+    /// of relationships; null if nobody can say.
     std::optional<bool> isMet() const { return event().isMet; }
 
     /// Reads the \p children of the element, passes over those of the names \p passedOver, and
@@ -123,12 +123,12 @@ public:
     void fail(const LoadError &error);
     /// Ends it because of damage that \p words tell.
     void fail(const char *words) { fail(LoadError::damaged(words)); }
-    /// The element at which the cursor stands must not stand there.
+    /// The element at the cursor must not be there.
     void failElement();
     void failIndex();
-    /// Fails when a list that has \p entries already gets one more than it may have.
+    /// Fails if a list that has \p entries already gets one more than it may have.
     void limitList(int entries);
-    /// Sets \p met, and fails when it was set before: there are two contents where one belongs.
+    /// Sets \p met, and fails if it was set before: there are two contents where one belongs.
     void once(bool *met);
     /// Names the cell in which the error is.
     void blame(const QString &cell) { m_error.cell = cell; }
@@ -153,7 +153,7 @@ private:
 
     // As the parser gives it.
     struct Name {
-        std::string_view space; // with the separator behind it; empty without one
+        std::string_view space; // with the separator after it; empty without one
         std::string_view local;
         const char *value; // of an attribute
     };
@@ -237,7 +237,7 @@ private:
 
     std::vector<Event> m_events = std::vector<Event>(1); // never empty
     std::size_t m_at = 0;
-    LoadError m_ahead; // found behind the events
+    LoadError m_ahead; // found after the events
     LoadError m_error;
     bool m_isOther = false;
 };

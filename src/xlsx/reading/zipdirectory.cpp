@@ -61,7 +61,7 @@ QByteArray otherNameIn(const QByteArray &extras, const QByteArray &name)
     return {};
 }
 
-// What an end record says, and whether a list touches it where it says so.
+// The content of an end record, and whether a list touches it where it says so.
 struct End {
     quint64 at = 0;
     quint64 size = 0;

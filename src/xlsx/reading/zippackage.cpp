@@ -117,7 +117,7 @@ int ZipPart::read(char *data, int size)
     return m_error ? 0 : count;
 }
 
-// The bytes as they stand in the file.
+// The bytes as the file has them.
 int ZipPart::fetch(char *data, int size)
 {
     QFile *const file = m_package->m_file;

@@ -22,7 +22,7 @@ namespace
 const QString refused = "refused";
 const QString tooLarge = "too large";
 
-// One patient with the value 5 and, behind it, what stands at the place of the test.
+// One patient with the value 5 and, after it, what stands at the place of the test.
 HandmadeWorkbook withCells(const QByteArray &cells = {}, const QByteArray &rows = {})
 {
     HandmadeWorkbook workbook;
@@ -43,7 +43,7 @@ HandmadeWorkbook withTexts(const QByteArray &items, int index)
     return workbook;
 }
 
-// A number under the format with index 1 and a usual one behind it, which no date hides.
+// A number under the format with index 1 and a usual one after it, which no date hides.
 HandmadeWorkbook withStyles(const QByteArray &styles)
 {
     HandmadeWorkbook workbook =
@@ -260,7 +260,7 @@ void contents()
         row("inline text of the type " + type,
             withCells(R"(<c r="C2" t=")" + type + R"("><is><t>1</t></is></c>)"));
     }
-    row("number behind as many blanks as a text may not have",
+    row("number after as many blanks as a text may not have",
         withCells(R"(<c r="C2"><v>)" + QByteArray(262200, ' ') + "7</v></c>"), tooLarge);
     row("two numbers with as many blanks between",
         withCells(R"(<c r="C2"><v>7)" + QByteArray(262200, ' ') + "5</v></c>"));
@@ -378,7 +378,7 @@ void relationships()
     row("no target", replaced(whole, links, target, ""));
     row("blank before the target",
         replaced(whole, links, target, R"(Target=" worksheets/sheet1.xml")"));
-    row("fragment behind the target",
+    row("fragment after the target",
         replaced(whole, links, target, R"(Target="worksheets/sheet1.xml#a")"));
     const QByteArray external = R"( TargetMode="External")";
     row("external sheet", replaced(whole, links, target, target + external));
@@ -538,14 +538,14 @@ private Q_SLOTS:
         changed.comment = second;
         QTest::newRow("two end records") << changed.bytes();
         QTest::newRow("something before") << "PK" + usual.bytes();
-        QTest::newRow("something behind") << usual.bytes() + "x";
+        QTest::newRow("something after") << usual.bytes() + "x";
         changed = usual;
         changed.beforeDirectory = "x";
         changed.directoryOffsetError = 0xffffffff;
         QTest::newRow("directory that begins too early") << changed.bytes();
         changed = usual;
         changed.afterDirectory = "x";
-        QTest::newRow("something behind the directory") << changed.bytes();
+        QTest::newRow("something after the directory") << changed.bytes();
         const QByteArray styles = "xl/styles.xml";
         changed = usual;
         entryOf(&changed, styles)->name += '\0';
@@ -598,7 +598,7 @@ private Q_SLOTS:
             QTest::newRow(name) << archive.bytes();
         };
         all("sizes of 64 bits", &ArchiveEntry::wide, true);
-        all("sizes behind the bytes", &ArchiveEntry::descriptor, true);
+        all("sizes after the bytes", &ArchiveEntry::descriptor, true);
         all("not deflated", &ArchiveEntry::deflated, false);
         const auto encoded = [&usual](const char *name, QByteArray (*encode)(const QByteArray &)) {
             Archive archive = usual;

@@ -56,7 +56,7 @@ private Q_SLOTS:
         QCOMPARE(NumberFormats::customKind(code), NumberFormats::Kind::Date);
     }
 
-    void codeOfNumbersIsNone_data()
+    void numberFormatsAreNotDates_data()
     {
         addCodes({"General",
                   "GENERAL",
@@ -97,7 +97,7 @@ private Q_SLOTS:
                   QString()});
     }
 
-    void codeOfNumbersIsNone()
+    void numberFormatsAreNotDates()
     {
         QFETCH(const QString, code);
         QCOMPARE(NumberFormats::customKind(code), NumberFormats::Kind::Number);

@@ -168,7 +168,7 @@ const QVector<Rule> grammar = {
     {InStyles, "second table of formats", R"(<cellXfs><xf numFmtId="14"/></cellXfs>)", Refused,
      "a cell could mean either"},
     {InStyles, "unknown element", "<cellXgs/>", Refused, "could be the table of formats"},
-    {InFormats, "unknown element", "<fx/>", Refused, "would shift all formats behind it"},
+    {InFormats, "unknown element", "<fx/>", Refused, "would shift all formats after it"},
     {InFormat, "applyNumberFormat", R"(applyNumberFormat="0")", Passed,
      "programs show the format all the same"},
     {InFormat, "fontId, xfId and the like", R"(fontId="7" xfId="99" quotePrefix="1")", Passed,
@@ -177,12 +177,12 @@ const QVector<Rule> grammar = {
     // The shared strings
     {InStrings, "empty item", "<si/>", Read, "counts as an item, so that none shifts"},
     {InStrings, "extLst", extension, Passed, oldWordsOnly},
-    {InStrings, "unknown element", "<st/>", Refused, "would shift all texts behind it"},
+    {InStrings, "unknown element", "<st/>", Refused, "would shift all texts after it"},
     {InText, "phonetic text", R"(<rPh sb="0" eb="1"><t>9</t></rPh><phoneticPr fontId="1"/>)",
      Passed, "repeats the text in another script"},
     {InText, "run", "<r><rPr><b/></rPr><t></t></r>", Read, "its text belongs to the item"},
     {InText, "second text", "<t>9</t>", Refused, "joined they would read as another text"},
-    {InText, "text behind a run", "<r><t>1</t></r><t>1</t>", Refused, "either could be meant"},
+    {InText, "text after a run", "<r><t>1</t></r><t>1</t>", Refused, "either could be meant"},
     {InText, "unknown element", "<tt/>", Refused, "could hold text"},
 
     // The worksheet
@@ -244,7 +244,7 @@ const QVector<Rule> grammar = {
     {InValue, "inline text beside a number", "<is><t>6</t></is>", Refused, "either could be meant"},
     {InValue, "unknown element", "<w>6</w>", Refused, "could be the value"},
 
-    // Cells behind the first value
+    // Cells after the first value
     {InRow,
      "empty format",
      R"(<c r="C2" s=""><v>6</v></c>)",
@@ -290,7 +290,7 @@ const QVector<Rule> grammar = {
      "the type says which of the two counts",
      {5, 6}},
     {InRow,
-     "inline text behind a value",
+     "inline text after a value",
      R"(<c r="C2" t="inlineStr"><v>7</v><is><t>6</t></is></c>)",
      Read,
      "the type says which of the two counts",
@@ -864,9 +864,9 @@ private Q_SLOTS:
         cell("reference", R"(<c r="2"/>)", "the number of a row or the address of a cell is wrong",
              {});
         cell("XML inside of the cell", R"(<c r="C2"><v>6</w></c>)", "it is not well-formed XML");
-        cell("XML behind the cell", R"(<c r="C2"><v>6</v></c></w>)", "it is not well-formed XML",
+        cell("XML after the cell", R"(<c r="C2"><v>6</v></c></w>)", "it is not well-formed XML",
              {});
-        cell("element behind the cell", R"(<c r="C2"><v>6</v></c><w/>)",
+        cell("element after the cell", R"(<c r="C2"><v>6</v></c><w/>)",
              "an element does not belong there", {});
         row("list of the package", replaced("_rels/.rels", "<"), "relationships of the package",
             "it is not well-formed XML");

@@ -108,9 +108,9 @@ private Q_SLOTS:
         row("number with an exponent", R"(<c r="B2"><v>1.5E-3</v></c>)", 0.0015);
         row("number with blanks", "<c r=\"B2\"><v> 7\n</v></c>", 7.0);
         row("number with tabs", "<c r=\"B2\"><v>\t7\t</v></c>", 7.0);
-        row("number with a carriage return behind it", R"(<c r="B2"><v>7&#13;</v></c>)", 7.0);
+        row("number with a carriage return after it", R"(<c r="B2"><v>7&#13;</v></c>)", 7.0);
         row("number without digits before the point", R"(<c r="B2"><v>.5</v></c>)", 0.5);
-        row("number without digits behind the point", R"(<c r="B2"><v>+5.</v></c>)", 5.0);
+        row("number without digits after the point", R"(<c r="B2"><v>+5.</v></c>)", 5.0);
         row("number too small for a double", R"(<c r="B2"><v>1e-400</v></c>)", 0.0);
         row("number under a format of numbers", R"(<c r="B2" s="3"><v>42</v></c>)", 42.0);
         row("number as identifier", R"(<c r="A2"><v>1000000</v></c>)", text("1000000"));
@@ -118,10 +118,10 @@ private Q_SLOTS:
         row("digits written out", R"(<c r="A2"><v>1E+06</v></c>)", text("1000000"));
         row("digits of a fraction", R"(<c r="A2"><v>-1.25e-3</v></c>)", text("-0.00125"));
         row("digits around the point", R"(<c r="A2"><v>12.345E1</v></c>)", text("123.45"));
-        row("digits behind a plus", R"(<c r="A2"><v>+1e2</v></c>)", text("100"));
+        row("digits after a plus", R"(<c r="A2"><v>+1e2</v></c>)", text("100"));
         row("digits of zero", R"(<c r="A2"><v>0E+03</v></c>)", text("0"));
         row("zeros before the digits", R"(<c r="A2"><v>007e1</v></c>)", text("70"));
-        row("zeros behind the digits", R"(<c r="A2"><v>1.500e1</v></c>)", text("15"));
+        row("zeros after the digits", R"(<c r="A2"><v>1.500e1</v></c>)", text("15"));
         // The least exponent has no positive counterpart.
         row("least exponent", R"(<c r="A2"><v>1e-2147483648</v></c>)", text("0"));
         row("least exponent of more digits", R"(<c r="A2"><v>12345e-2147483648</v></c>)",
@@ -339,7 +339,7 @@ private Q_SLOTS:
              "a\x7F"
              "b"},
             {"last control character", "a&#x9F;b", "a\u009Fb"},
-            {"blank that does not break behind a control character",
+            {"blank that does not break after a control character",
              "_x0001_\xC2\xA0"
              "b",
              "\uFFFD\u00A0b"},
@@ -618,7 +618,7 @@ private Q_SLOTS:
         cell("hexadecimal number", R"(<c r="B2"><v>0x10</v></c>)");
         cell("number without a digit", R"(<c r="B2"><v>.</v></c>)");
         cell("number without an exponent", R"(<c r="B2"><v>5e+</v></c>)");
-        cell("number with more behind it", R"(<c r="B2"><v>5e1x</v></c>)");
+        cell("number with more after it", R"(<c r="B2"><v>5e1x</v></c>)");
         cell("truth that is none", R"(<c r="B2" t="b"><v>2</v></c>)");
         cell("error that is a number", R"(<c r="B2" t="e"><v>5</v></c>)");
         cell("text out of the table", R"(<c r="B2" t="s"><v>1</v></c>)");
@@ -635,7 +635,7 @@ private Q_SLOTS:
         cell("cell of another row", R"(<c r="B3"><v>1</v></c>)");
         cell("reference without a row", R"(<c r="B"><v>1</v></c>)");
         cell("reference without a column", R"(<c r="2"><v>1</v></c>)");
-        cell("reference with more behind it", R"(<c r="B2x"><v>1</v></c>)");
+        cell("reference with more after it", R"(<c r="B2x"><v>1</v></c>)");
         rows("same row twice",
              R"(<row r="2"><c r="A2"><v>1</v></c></row><row r="2"><c r="A2"><v>2</v></c></row>)");
         rows("row 0", R"(<row r="0"/>)");
@@ -668,7 +668,7 @@ private Q_SLOTS:
                  "<worksheet><sheetData xmlns=\"http://schemas.openxmlformats.org/spreadsheetml/"
                  "2006/main\"/></worksheet>");
         replaced("empty sheet part", sheet, "");
-        replaced("sheet with something behind it", sheet,
+        replaced("sheet with something after it", sheet,
                  usual.part("worksheet", "<sheetData/>") + "x");
         replaced("sheet cut short", sheet, usual.part("worksheet", "<sheetData/>").chopped(5));
         replaced("document type", sheet,
@@ -817,9 +817,9 @@ private Q_SLOTS:
         QTest::newRow("row") << QByteArray(R"(<row r="1048577"/>)") << LoadError::TooLarge;
         QTest::newRow("column") << QByteArray(R"(<row r="1"><c r="XFE1"/></row>)")
                                 << LoadError::TooLarge;
-        QTest::newRow("row behind the last")
+        QTest::newRow("row after the last")
             << QByteArray(R"(<row r="1048576"/><row/>)") << LoadError::TooLarge;
-        QTest::newRow("column behind the last")
+        QTest::newRow("column after the last")
             << QByteArray(R"(<row r="1"><c r="XFD1"/><c/></row>)") << LoadError::TooLarge;
         QTest::newRow("row beyond all numbers")
             << QByteArray(R"(<row r="4294967298"><c r="A4294967298"/></row>)")

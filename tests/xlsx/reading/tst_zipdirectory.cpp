@@ -200,13 +200,13 @@ private Q_SLOTS:
         zip64.zip64 = true;
         QTest::newRow("two archives") << whole + archiveOf("9").bytes();
         QTest::newRow("two archives, the second as if it were one") << whole + shifted.bytes();
-        QTest::newRow("far behind another archive")
+        QTest::newRow("far after another archive")
             << withPart(archive, "x", QByteArray(1 << 17, 'x')) + whole;
         QTest::newRow("archive in the comment") << withComment(archive, archiveOf("9").bytes());
         QTest::newRow("empty archive in the comment")
             << withComment(archive, "PK\5\6" + QByteArray(18, '\0'));
         QTest::newRow("bytes before it") << "PK\3\4" + whole;
-        QTest::newRow("bytes behind it") << whole + "x";
+        QTest::newRow("bytes after it") << whole + "x";
         QTest::newRow("list of one entry less") << withChange(withChange(whole, 8, -1), 10, -1);
         QTest::newRow("list of two numbers of entries") << withChange(whole, 8);
         QTest::newRow("list that is shorter") << withChange(whole, 12, -1);
@@ -322,7 +322,7 @@ private:
         return part.error() ? "damaged" : content;
     }
 
-    // The bytes behind the header at the place that the entry names.
+    // The bytes after the header at the place that the entry names.
     static QByteArray storedAt(const QByteArray &bytes, const ZipDirectory::Entry &entry)
     {
         const int at = int(entry.offset);
