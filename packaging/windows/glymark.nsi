@@ -91,7 +91,7 @@ Function installFiles
     SetOutPath "$INSTDIR"
     File "${TREE}\glymark.exe"
     File "${TREE}\copyright.txt"
-    File /nonfatal "${TREE}\CITATION.cff"
+    File "${TREE}\CITATION.cff"
     SetOutPath "$INSTDIR\licences"
     File "${TREE}\licences\*"
     SetOutPath "$INSTDIR\samples"
