@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 # shellcheck shell=bash
 # What the scripts share. Sourced first; it makes the top of the project the working directory, and
-# whatever the caller's environment holds, the scripts do the same.
+# the scripts do the same in every environment.
 
 self=$(readlink -f "$0")
 script=${self##*/}
@@ -10,7 +10,7 @@ script=${self##*/}
 caller=$PWD
 unset CDPATH DESTDIR
 cd "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/.." || exit
-# Nobody else could use a package made under a stricter one.
+# Under a stricter one, nobody else could use a package.
 # shellcheck disable=SC2034
 caller_umask=$(umask)
 umask 022
@@ -153,7 +153,7 @@ apt_get() {
     done
 }
 
-# A source of packages that cannot be reached is no reason to stop, as long as the others have all.
+# An unreachable package source is no reason to stop if the others have everything.
 updated=no
 update_lists() {
     [ $updated = no ] || return 0
@@ -179,14 +179,14 @@ install_packages() {
     local line="apt-get update && apt-get install --no-install-recommends ${wanted[*]}"
     say "missing packages: ${wanted[*]}"
     can_be_root ||
-        fail "installing them takes root or sudo. Ask an administrator to run" "    $line"
+        fail "installing them needs root or sudo. Ask an administrator to run" "    $line"
     [ "$(id -u)" -eq 0 ] || say "installing them with sudo, which may ask for your password"
     update_lists
     say "installing the missing packages"
     apt_get install -y --no-install-recommends "${wanted[@]}" || {
         tail -n 20 build/apt.log >&2
-        fail "the packages could not be installed. Once the reason above is removed, or by an" \
-            "administrator, this line does it:" "    $line"
+        fail "the packages could not be installed. Remove the cause shown above, or ask an" \
+            "administrator to run" "    $line"
     }
 }
 
@@ -218,6 +218,6 @@ fetch_source() {
     (cd "$folder" && LC_ALL=C /usr/lib/apt/apt-helper -o APT::Sandbox::User="$(id -un)" \
         download-file "$site/pool/main/$1" "$name" "SHA256:$2") >"$log" 2>&1 </dev/null || {
         grep '^E:' "$log" >&2
-        fail "$name could not be fetched. It is needed once: is there a way to $site?"
+        fail "$name could not be fetched. It is needed once: can you reach $site?"
     }
 }

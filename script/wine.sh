@@ -121,9 +121,12 @@ use_program() {
     type_name 'Save analysis' analysis.xlsx
     wait_for_file "$1/analysis.xlsx"
     wait_for_window Glymark
-    # A patient in the table on the right, then all of them, then the left button below it.
+    # The first six patients in the table on the right, then the left button below it.
     click 140 -60
-    press ctrl+a
+    press ctrl+Home
+    for _ in 1 2 3 4 5; do
+        press shift+Down
+    done
     click 205 24
     wait_for_window 'Graph name'
     press Return
