@@ -105,13 +105,10 @@ QByteArray encode(const QString &text)
     QString content = text;
     unifyLineEnds(&content);
     content = xmlText(content.left(FormatLimits::textLength));
-    int at = int(content.indexOf(escapeBegin));
-    while (at >= 0) {
-        const bool isEscape = escapedUnit(content, at) >= 0;
-        if (isEscape) { // of what looks like one
+    for (int at = int(content.size()) - escapeLength; at >= 0; --at) {
+        if (escapedUnit(content, at) >= 0) { // or what looks like one
             content.replace(at, 1, QStringLiteral("_x005F_"));
         }
-        at = int(content.indexOf(escapeBegin, at + (isEscape ? escapeLength : 1)));
     }
     return content.toHtmlEscaped().toUtf8();
 }
