@@ -11,7 +11,7 @@ namespace
 
 LoadError damageIn(const char *part, const char *what, const QString &cell = {})
 {
-    LoadError error = LoadError::damaged(what).in(part);
+    LoadError error = LoadError(what).in(part);
     error.cell = cell;
     return error;
 }

@@ -21,19 +21,18 @@ Kind CellFormats::kind(int index) const
 void CellFormats::read(XmlCursor *xml)
 {
     const auto readNumberFormats = [&] {
-        xml->readChildren({}, XmlChild{"numFmt", [&] { readNumberFormat(xml); }});
+        xml->readChildren({{"numFmt", [&] { readNumberFormat(xml); }}});
     };
     xml->enter("styleSheet");
-    xml->readSections({"fonts", "fills", "borders", "cellStyleXfs", "cellStyles", "dxfs",
-                       "tableStyles", "colors", "extLst"},
-                      XmlChild{"numFmts", readNumberFormats},
-                      XmlChild{"cellXfs", [&] { readCellFormats(xml); }});
+    xml->readSections({{"numFmts", readNumberFormats}, {"cellXfs", [&] { readCellFormats(xml); }}},
+                      {"fonts", "fills", "borders", "cellStyleXfs", "cellStyles", "dxfs",
+                       "tableStyles", "colors", "extLst"});
 }
 
 // Without a number no cell can name it; without a code it is missing for those that do.
 void CellFormats::readNumberFormat(XmlCursor *xml)
 {
-    xml->limitList(int(m_custom.size()));
+    xml->require(m_custom.size() < xml->limits().listEntries, LoadError::TooLarge);
     xml->allowAttributes({"numFmtId", "formatCode"});
     const char *const id = xml->attribute("numFmtId");
     const char *const code = xml->attribute("formatCode");
@@ -42,11 +41,8 @@ void CellFormats::readNumberFormat(XmlCursor *xml)
         const int number = QByteArray(id).toInt(&isNumber);
         const Kind kind =
             code == nullptr ? Kind::Missing : NumberFormats::customKind(QString::fromUtf8(code));
-        if (!isNumber) {
-            xml->failIndex();
-        } else if (m_custom.value(number, kind) != kind) {
-            xml->fail(LoadError::doubled);
-        }
+        xml->require(isNumber, LoadError::noIndex);
+        xml->require(m_custom.value(number, kind) == kind, LoadError::doubled);
         m_custom.insert(number, kind);
     }
     xml->readNothing();
@@ -55,15 +51,8 @@ void CellFormats::readNumberFormat(XmlCursor *xml)
 void CellFormats::readCellFormats(XmlCursor *xml)
 {
     xml->allowAttributes({}, {XmlCursor::any});
-    while (xml->nextChildOrMarkup()) {
-        if (xml->is("AlternateContent", XmlCursor::Space::Compatibility)) {
-            readAlternatives(xml);
-        } else if (xml->is("xf")) {
-            readCellFormat(xml);
-        } else {
-            xml->failElement();
-        }
-    }
+    xml->readChildren({{"xf", [&] { readCellFormat(xml); }},
+                       {"mc:AlternateContent", [&] { readAlternatives(xml); }}});
 }
 
 // Whatever else a format holds says nothing of dates, but a format in it could be its neighbour.
@@ -73,12 +62,9 @@ void CellFormats::readCellFormat(XmlCursor *xml)
     const QByteArray text = xml->attribute("numFmtId");
     bool isNumber = true;
     m_formats.append(text.isEmpty() ? 0 : text.toInt(&isNumber));
-    if (!isNumber) {
-        xml->failIndex();
-    } else if (m_formats.size() > xml->limits().cellFormats) {
-        xml->fail(LoadError::TooLarge);
-    }
-    xml->readSections({XmlCursor::any}, XmlChild{"xf", [&] { xml->failElement(); }});
+    xml->require(isNumber, LoadError::noIndex);
+    xml->require(m_formats.size() <= xml->limits().cellFormats, LoadError::TooLarge);
+    xml->readSections({{"xf", [&] { xml->failElement(); }}}, {XmlCursor::any});
 }
 
 // The first choice that asks for nothing unknown counts, or else the fallback, which comes last.
@@ -89,22 +75,28 @@ void CellFormats::readAlternatives(XmlCursor *xml)
     bool hasChoice = false;
     bool hasFallback = false;
     bool isTaken = false;
-    xml->allowAttributes({});
-    while (xml->nextChildOrMarkup()) {
-        const bool isChoice = xml->is("Choice", XmlCursor::Space::Compatibility);
-        const bool isFallback = xml->is("Fallback", XmlCursor::Space::Compatibility) && hasChoice;
-        xml->allowAttributes({isChoice ? "Requires" : ""});
-        if (hasFallback || !(isChoice ? xml->isMet().has_value() : isFallback)) {
+    const auto readOne = [&](bool isAllowed, bool counts) {
+        if (hasFallback || !isAllowed) {
             xml->failElement();
-        } else if (isTaken || (isChoice && !*xml->isMet())) {
+        } else if (isTaken || !counts) {
             xml->skip();
         } else {
             isTaken = true;
-            xml->readChildren({}, XmlChild{"xf", [&] { readCellFormat(xml); }});
+            xml->readChildren({{"xf", [&] { readCellFormat(xml); }}});
         }
+    };
+    const auto readChoice = [&] {
+        xml->allowAttributes({"Requires"});
+        readOne(xml->isMet().has_value(), xml->isMet().value_or(false));
         hasChoice = true;
-        hasFallback = isFallback;
-    }
+    };
+    const auto readFallback = [&] {
+        xml->allowAttributes({});
+        readOne(hasChoice, true);
+        hasFallback = true;
+    };
+    xml->allowAttributes({});
+    xml->readChildren({{"mc:Choice", readChoice}, {"mc:Fallback", readFallback}});
     if (m_formats.size() != before + 1) {
         xml->failElement();
     }

@@ -28,18 +28,14 @@ struct LoadError {
 
     LoadError() = default;
     LoadError(Reason why) : reason(why) { }
-
     /// Damage that \p words tell, which stay in memory and are translated in the context
     /// "MainWindow", as those of the part are.
-    static LoadError damaged(const char *words)
-    {
-        LoadError error(Damaged);
-        error.what = words;
-        return error;
-    }
+    LoadError(const char *words) : reason(Damaged), what(words) { }
 
-    /// Words for what must be there once only.
+    /// Words for what must be there once only, and for what should be a number.
     static constexpr const char *doubled = QT_TRANSLATE_NOOP("MainWindow", "it occurs twice");
+    static constexpr const char *noIndex =
+        QT_TRANSLATE_NOOP("MainWindow", "an index is not a number");
 
     /// This error, found in the part \p words.
     LoadError in(const char *words) &&

@@ -56,10 +56,10 @@ QByteArray resolved(const QByteArray &source, const QByteArray &target)
 
 } // namespace
 
-QByteArray Relationships::partFor(const QByteArray &source)
+QByteArray Relationships::part() const
 {
-    const QByteArray folder = folderOf(source);
-    return folder + "_rels/" + source.mid(folder.size()) + ".rels";
+    const QByteArray folder = folderOf(m_source);
+    return folder + "_rels/" + m_source.mid(folder.size()) + ".rels";
 }
 
 const Relationships::Target *Relationships::target(const QByteArray &id) const
@@ -83,11 +83,11 @@ void Relationships::read(XmlCursor *xml)
 {
     int count = 0;
     const auto readOne = [&] {
-        xml->limitList(count++);
+        xml->require(count++ < xml->limits().listEntries, LoadError::TooLarge);
         readRelationship(xml);
     };
     xml->enter("Relationships", XmlCursor::PackageRelationships);
-    xml->readChildren({}, XmlChild{"Relationship", readOne});
+    xml->readChildren({{"Relationship", readOne}});
 }
 
 void Relationships::readRelationship(XmlCursor *xml)
@@ -97,15 +97,13 @@ void Relationships::readRelationship(XmlCursor *xml)
     const QByteArray type = xml->attribute("Type");
     const QByteArray address = xml->attribute("Target");
     const QByteArray mode = xml->attribute("TargetMode");
-    if (id.isEmpty() || type.isEmpty() || address.isEmpty()) {
-        xml->fail(QT_TRANSLATE_NOOP("MainWindow", "an attribute is missing"));
-    }
+    xml->require(!id.isEmpty() && !type.isEmpty() && !address.isEmpty(),
+                 QT_TRANSLATE_NOOP("MainWindow", "an attribute is missing"));
     const bool isPart = (mode.isEmpty() || mode == "Internal") && !isAmbiguous(address);
     const Target read = {kindOf(type), isPart ? resolved(m_source, address) : QByteArray()};
-    const Target *const known = target(id);
-    if (known != nullptr && (known->kind != read.kind || known->part != read.part)) {
-        xml->fail(QT_TRANSLATE_NOOP("MainWindow", "two of them have the same name"));
-    }
+    const Target known = m_targets.value(id, read);
+    xml->require(known.kind == read.kind && known.part == read.part,
+                 QT_TRANSLATE_NOOP("MainWindow", "two of them have the same name"));
     m_targets.insert(id, read);
     xml->readNothing();
 }

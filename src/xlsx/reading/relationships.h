@@ -33,8 +33,8 @@ public:
     /// For the relationships of the part \p source; of the package itself if it is empty.
     explicit Relationships(QByteArray source = {}) : m_source(std::move(source)) { }
 
-    /// Name of the part that holds the relationships of \p source.
-    static QByteArray partFor(const QByteArray &source);
+    /// Name of the part that holds them.
+    QByteArray part() const;
 
     void read(XmlCursor *xml);
 

@@ -4,8 +4,15 @@
 #include <QString>
 #include <QVector>
 
-#include "xlsx/reading/memorybudget.h"
 #include "xlsx/reading/xmlcursor.h"
+
+/// Appends the text of the element at which \p xml stands to \p text, in UTF-8:
+///
+///     <si><t>50</t></si>
+///     <is><r><rPr><b/></rPr><t>5</t></r><r><t>0</t></r><rPh sb="0" eb="1"><t>go</t></rPh></is>
+///
+/// both are "50". Phonetic runs repeat in another script what the others say.
+void readRichText(XmlCursor *xml, QByteArray *text);
 
 /// The texts that cells refer to by their index:
 ///
@@ -13,17 +20,4 @@
 ///       <si><t>Patient</t></si>
 ///       <si><r><t>P</t></r><r><t>1</t></r></si>
 ///     </sst>
-class SharedStrings
-{
-public:
-    /// Takes the memory of the texts from \p budget.
-    explicit SharedStrings(MemoryBudget *budget) : m_budget(budget) { }
-
-    void read(XmlCursor *xml);
-
-    const QVector<QString> &texts() const { return m_texts; }
-
-private:
-    MemoryBudget *m_budget;
-    QVector<QString> m_texts;
-};
+QVector<QString> readSharedStrings(XmlCursor *xml);

@@ -5,12 +5,10 @@
 
 void SheetList::read(XmlCursor *xml)
 {
-    const auto readSheets = [&] {
-        xml->readChildren({}, XmlChild{"sheet", [&] { readSheet(xml); }});
-    };
+    const auto readSheets = [&] { xml->readChildren({{"sheet", [&] { readSheet(xml); }}}); };
     xml->enter("workbook");
-    xml->readSections({XmlCursor::any}, XmlChild{"workbookPr", [&] { readProperties(xml); }},
-                      XmlChild{"sheets", readSheets});
+    xml->readSections({{"workbookPr", [&] { readProperties(xml); }}, {"sheets", readSheets}},
+                      {XmlCursor::any});
 }
 
 void SheetList::readProperties(XmlCursor *xml)
@@ -18,9 +16,8 @@ void SheetList::readProperties(XmlCursor *xml)
     xml->allowAttributes({"date1904"}, {XmlCursor::any});
     if (const char *const value = xml->attribute("date1904"); value != nullptr) {
         const std::optional<bool> isTrue = CellText::toBool(value);
-        if (!isTrue) {
-            xml->fail(QT_TRANSLATE_NOOP("MainWindow", "this is neither true nor false"));
-        }
+        xml->require(isTrue.has_value(),
+                     QT_TRANSLATE_NOOP("MainWindow", "this is neither true nor false"));
         m_is1904 = isTrue.value_or(false);
     }
     xml->readNothing();
@@ -28,10 +25,10 @@ void SheetList::readProperties(XmlCursor *xml)
 
 void SheetList::readSheet(XmlCursor *xml)
 {
-    xml->limitList(int(m_sheets.size()));
-    xml->allowAttributes({"state"}, {"name", "sheetId"}, "id");
+    xml->require(m_sheets.size() < xml->limits().listEntries, LoadError::TooLarge);
+    xml->allowAttributes({"state", "r:id"}, {"name", "sheetId"});
     const QByteArray state = xml->attribute("state");
     const bool isHidden = state == "hidden" || state == "veryHidden";
-    m_sheets.append({xml->attribute("id", XmlCursor::Space::Relationships), !isHidden});
-    xml->readChildren({"bookViews"}); // misplaced by one writer
+    m_sheets.append({xml->attribute("r:id"), !isHidden});
+    xml->readChildren({}, {"bookViews"}); // misplaced by one writer
 }

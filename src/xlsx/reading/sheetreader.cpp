@@ -13,7 +13,7 @@
 
 #include "xlsx/celltext.h"
 #include "xlsx/formatlimits.h"
-#include "xlsx/reading/richtext.h"
+#include "xlsx/reading/sharedstrings.h"
 
 namespace
 {
@@ -25,6 +25,7 @@ constexpr double daysBefore1904 = 1462.0;
 
 constexpr const char *wrongReference =
     QT_TRANSLATE_NOOP("MainWindow", "the number of a row or the address of a cell is wrong");
+constexpr const char *notANumber = QT_TRANSLATE_NOOP("MainWindow", "this is not a number");
 
 bool toIndex(const QByteArray &text, int *index)
 {
@@ -50,11 +51,11 @@ void SheetReader::read(XmlCursor *xml)
     bool hasData = false;
     const auto readRows = [&] {
         hasData = true;
-        xml->readChildren({}, XmlChild{"row", [&] { readRow(); }});
+        xml->readChildren({{"row", [&] { readRow(); }}});
     };
     m_xml = xml;
     m_xml->enter("worksheet");
-    m_xml->readSections({XmlCursor::any}, XmlChild{"sheetData", readRows});
+    m_xml->readSections({{"sheetData", readRows}}, {XmlCursor::any});
     if (!hasData) {
         m_xml->failElement();
     }
@@ -70,15 +71,11 @@ void SheetReader::readRow()
     if (const char *const number = m_xml->attribute("r"); number != nullptr) {
         bool isNumber = false;
         const qlonglong row = QByteArray(number).toLongLong(&isNumber);
-        if (!isNumber || row < 1) {
-            m_xml->fail(wrongReference);
-        }
+        m_xml->require(isNumber && row >= 1, wrongReference);
         m_row = static_cast<int>(qMin<qlonglong>(row, FormatLimits::rows + 1));
     }
-    if (m_row > FormatLimits::rows) {
-        m_xml->fail(LoadError::TooLarge);
-    }
-    m_xml->readChildren({"extLst"}, XmlChild{"c", [&] { readCell(); }});
+    m_xml->require(m_row <= FormatLimits::rows, LoadError::TooLarge);
+    m_xml->readChildren({{"c", [&] { readCell(); }}}, {"extLst"});
 }
 
 void SheetReader::readCell()
@@ -96,15 +93,12 @@ void SheetReader::readCellAttributes()
     m_xml->allowAttributes({"r", "s", "t"}, {"cm", "vm", "ph"});
     const char *const format = m_xml->attribute("s");
     m_format = 0;
-    if (!moveTo(m_xml->attribute("r"))) {
-        m_xml->fail(wrongReference);
-    } else if (m_column > FormatLimits::columns) {
-        m_xml->fail(LoadError::TooLarge);
-    } else if (!setType(m_xml->attribute("t"))) {
-        m_xml->fail(QT_TRANSLATE_NOOP("MainWindow", "the type of the cell is unknown"));
-    } else if (format != nullptr && *format != '\0' && !toIndex(format, &m_format)) {
-        m_xml->failIndex();
-    }
+    m_xml->require(moveTo(m_xml->attribute("r")), wrongReference);
+    m_xml->require(m_column <= FormatLimits::columns, LoadError::TooLarge);
+    m_xml->require(setType(m_xml->attribute("t")),
+                   QT_TRANSLATE_NOOP("MainWindow", "the type of the cell is unknown"));
+    m_xml->require(format == nullptr || *format == '\0' || toIndex(format, &m_format),
+                   LoadError::noIndex);
 }
 
 void SheetReader::readContents()
@@ -126,8 +120,9 @@ void SheetReader::readContents()
         m_xml->once(&hasInlineText);
         readRichText(m_xml, &m_inlineText);
     };
-    m_xml->readChildren({"extLst"}, XmlChild{"v", readValue}, XmlChild{"is", readInlineText},
-                        XmlChild{"f", [&] { m_xml->readText(&m_formula); }});
+    m_xml->readChildren(
+        {{"v", readValue}, {"is", readInlineText}, {"f", [&] { m_xml->readText(&m_formula); }}},
+        {"extLst"});
     const QByteArray &text = hasInlineText ? m_inlineText : m_value;
     if (!m_xml->hasFailed() && !text.isEmpty()) {
         (this->*m_store)(text);
@@ -139,13 +134,9 @@ void SheetReader::readContents()
 void SheetReader::checkLength()
 {
     const bool isText = m_store == &SheetReader::storeString || m_store == &SheetReader::storeError;
-    if (m_value.size() < XmlCursor::longestText || isText) {
-        return;
-    }
-    if (m_value.trimmed().isEmpty()) {
-        m_xml->fail(LoadError::TooLarge);
-    } else {
-        m_xml->fail(QT_TRANSLATE_NOOP("MainWindow", "this is not a number"));
+    if (m_value.size() >= XmlCursor::longestText && !isText) {
+        m_xml->require(!m_value.trimmed().isEmpty(), LoadError::TooLarge);
+        m_xml->fail(notANumber);
     }
 }
 
@@ -200,15 +191,14 @@ void SheetReader::storeNumber(const QByteArray &text)
     if (text.trimmed().isEmpty()) {
         return;
     }
-    if (!CellText::toNumber(text, &value)) {
-        m_xml->fail(QT_TRANSLATE_NOOP("MainWindow", "this is not a number"));
-    } else if (kind == NumberFormats::Kind::Missing) {
-        m_xml->fail(QT_TRANSLATE_NOOP("MainWindow", "there is no such format"));
-    } else if (kind == NumberFormats::Kind::Date) {
+    const bool isNumber = m_xml->require(CellText::toNumber(text, &value), notANumber)
+        && m_xml->require(kind != NumberFormats::Kind::Missing,
+                          QT_TRANSLATE_NOOP("MainWindow", "there is no such format"));
+    if (isNumber && kind == NumberFormats::Kind::Date) {
         storeDate(value);
-    } else if (m_column == m_context.textColumn) {
+    } else if (isNumber && m_column == m_context.textColumn) {
         storeText(CellText::plainDigits(text));
-    } else {
+    } else if (isNumber) {
         write(value);
     }
 }
@@ -252,10 +242,10 @@ double SheetReader::daysOf(const QDate &date) const
 
 void SheetReader::storeBoolean(const QByteArray &text)
 {
-    if (const std::optional<bool> isTrue = CellText::toBool(text)) {
+    const std::optional<bool> isTrue = CellText::toBool(text);
+    if (m_xml->require(isTrue.has_value(),
+                       QT_TRANSLATE_NOOP("MainWindow", "this is neither true nor false"))) {
         write(*isTrue);
-    } else {
-        m_xml->fail(QT_TRANSLATE_NOOP("MainWindow", "this is neither true nor false"));
     }
 }
 
@@ -265,9 +255,8 @@ void SheetReader::storeError(const QByteArray &utf8)
     const QString text = CellText::decode(utf8);
     bool isNumber = false;
     text.toDouble(&isNumber);
-    if (isNumber) {
-        m_xml->fail(QT_TRANSLATE_NOOP("MainWindow", "an error value is stored as a number"));
-    } else {
+    if (m_xml->require(!isNumber,
+                       QT_TRANSLATE_NOOP("MainWindow", "an error value is stored as a number"))) {
         storeText(text);
     }
 }
@@ -275,10 +264,11 @@ void SheetReader::storeError(const QByteArray &utf8)
 void SheetReader::storeSharedString(const QByteArray &index)
 {
     int number = 0;
-    if (!toIndex(index, &number) || number >= m_context.sharedStrings->size()) {
-        m_xml->fail(QT_TRANSLATE_NOOP("MainWindow", "there is no such shared text"));
-    } else if (const QString &text = m_context.sharedStrings->at(number); !text.isEmpty()) {
-        write(text);
+    const bool isThere =
+        m_xml->require(toIndex(index, &number) && number < m_context.sharedStrings->size(),
+                       QT_TRANSLATE_NOOP("MainWindow", "there is no such shared text"));
+    if (isThere && !m_context.sharedStrings->at(number).isEmpty()) {
+        write(m_context.sharedStrings->at(number));
     }
 }
 
@@ -289,9 +279,7 @@ void SheetReader::storeString(const QByteArray &utf8)
 
 void SheetReader::storeText(const QString &text)
 {
-    if (!m_context.budget->takeText(text)) {
-        m_xml->fail(LoadError::TooLarge);
-    } else if (!text.isEmpty()) {
+    if (m_xml->takeMemory(m_xml->limits().memoryOf(text))) {
         write(text);
     }
 }
@@ -301,18 +289,18 @@ void SheetReader::write(const QVariant &value, bool isDate)
     QXlsx::Worksheet *const target = m_context.target;
     const std::pair place(m_row, m_column);
     const bool isText = value.userType() == QMetaType::QString;
+    const WorkbookLimits &limits = m_xml->limits();
+    const qint64 cost = limits.cellCost + (m_row == m_last.first ? 0 : limits.rowCost);
     const QXlsx::Cell *const before = place > m_last ? nullptr : target->cellAt(m_row, m_column);
     if (before != nullptr) {
         const QVariant known = before->value();
-        const bool isSame = known.userType() == value.userType() && before->isDateTime() == isDate
-            && (isText ? known.toString() == value.toString()
-                       : known.toDouble() == value.toDouble());
-        if (!isSame) {
-            m_xml->fail(
-                QT_TRANSLATE_NOOP("MainWindow", "the cell is there twice with different contents"));
-        }
-    } else if (!m_context.budget->takeCell(m_row != m_last.first)) {
-        m_xml->fail(LoadError::TooLarge);
+        m_xml->require(
+            known.userType() == value.userType() && before->isDateTime() == isDate
+                && (isText ? known.toString() == value.toString()
+                           : known.toDouble() == value.toDouble()),
+            QT_TRANSLATE_NOOP("MainWindow", "the cell is there twice with different contents"));
+    } else if (!m_xml->takeMemory(cost)) {
+        return;
     } else if (isText) {
         // The general write takes some texts for formulas or addresses.
         target->writeInlineString(m_row, m_column, value.toString());

@@ -9,8 +9,6 @@
 #include <xlsxworksheet.h>
 
 #include "xlsx/reading/cellformats.h"
-#include "xlsx/reading/memorybudget.h"
-#include "xlsx/reading/sharedstrings.h"
 #include "xlsx/reading/xmlcursor.h"
 
 /// What the cells of a sheet refer to.
@@ -19,7 +17,6 @@ struct SheetContext {
     const CellFormats *formats;
     /// Takes the cells; it counts days as the workbook that is read does.
     QXlsx::Worksheet *target;
-    MemoryBudget *budget;
     /// The column whose numbers become texts with the digits of the file.
     int textColumn;
 };

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QtGlobal>
+#include <QString>
 
 /// How large a workbook may be that is loaded. Below these limits loading a file takes at most
 /// 512 MiB of memory and 5 seconds, whatever the file holds.
@@ -47,6 +47,12 @@ struct WorkbookLimits {
     qint64 rowCost = 144;
     /// Bytes that a text takes beside its characters (measured, rounded up).
     qint64 textCost = 64;
+
+    /// Bytes that \p text takes by these measures.
+    qint64 memoryOf(const QString &text) const
+    {
+        return textCost + text.size() * static_cast<qint64>(sizeof(QChar));
+    }
 
     static constexpr qint64 mebibyte = 1 << 20;
 };

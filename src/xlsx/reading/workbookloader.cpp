@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "xlsx/reading/workbookloader.h"
 
+#include <functional>
+
 #include <QFile>
 #include <QFileInfo>
 #include <xlsxworkbook.h>
@@ -8,6 +10,7 @@
 
 #include "xlsx/reading/compoundfile.h"
 #include "xlsx/reading/relationships.h"
+#include "xlsx/reading/sharedstrings.h"
 #include "xlsx/reading/sheetlist.h"
 #include "xlsx/reading/sheetreader.h"
 #include "xlsx/reading/zippackage.h"
@@ -18,131 +21,78 @@ namespace
 constexpr const char *workbook = QT_TRANSLATE_NOOP("MainWindow", "workbook");
 constexpr const char *worksheet = QT_TRANSLATE_NOOP("MainWindow", "worksheet");
 
-// The path from a file to a document: load() takes it; the other functions are its steps.
-class Loader
-{
-public:
-    Loader(const QString &path, int textColumn, const WorkbookLimits &limits)
-        : m_file(path), m_textColumn(textColumn), m_limits(limits), m_package(limits),
-          m_budget(limits)
-    {
-    }
-    LoadError load();
-    std::unique_ptr<QXlsx::Document> takeDocument() { return std::move(m_document); }
-
-private:
-    LoadError openFile();
-    LoadError openPackage();
-    LoadError findWorkbook();
-    LoadError readWorkbook();
-    LoadError chooseSheet();
-    LoadError readFormatsAndTexts();
-    LoadError readSheet();
-
-    template<typename Reader>
-    LoadError readPart(const QByteArray &part, qint64 largest, Reader *reader, const char *words);
-    template<typename Reader>
-    LoadError readOptional(Relationships::Kind kind, Reader *reader, const char *words);
-
-    QFile m_file;
-    int m_textColumn;
-    WorkbookLimits m_limits;
-    ZipPackage m_package;
-    XmlCount m_count;
-    MemoryBudget m_budget;
-    QByteArray m_workbookPart;
-    SheetList m_sheets;
-    Relationships m_relationships;
-    CellFormats m_styles;
-    SharedStrings m_strings = SharedStrings(&m_budget);
-    QByteArray m_sheetPart;
-    std::unique_ptr<QXlsx::Document> m_document;
-};
-
-LoadError Loader::load()
-{
-    for (const auto stretch :
-         {&Loader::openFile, &Loader::openPackage, &Loader::findWorkbook, &Loader::readWorkbook,
-          &Loader::chooseSheet, &Loader::readFormatsAndTexts, &Loader::readSheet}) {
-        if (LoadError error = (this->*stretch)(); error) {
-            return error;
-        }
-    }
-    return LoadError::None;
-}
-
 // A pipe would wait for its other end, and a device may never end: only a plain file will do.
-LoadError Loader::openFile()
+LoadError openPackage(QFile *file, ZipPackage *package)
 {
-    if (!QFileInfo(m_file).isFile() || !m_file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+    if (!QFileInfo(*file).isFile() || !file->open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
         return LoadError::CannotBeRead;
     }
-    return m_file.size() > m_limits.fileSize ? LoadError::TooLarge : LoadError::None;
-}
-
-LoadError Loader::openPackage()
-{
-    const QByteArray start = m_file.size() > 0 ? m_file.read(CompoundFile::signature().size()) : "";
-    if (m_file.error() != QFileDevice::NoError) {
+    if (file->size() > package->left()->fileSize) {
+        return LoadError::TooLarge;
+    }
+    const QByteArray start = file->size() > 0 ? file->read(CompoundFile::signature().size()) : "";
+    if (file->error() != QFileDevice::NoError) {
         return LoadError::CannotBeRead;
     }
     if (start == CompoundFile::signature()) {
-        return CompoundFile::isEncryptedPackage(&m_file) ? LoadError::PasswordProtected
-                                                         : LoadError::OldFormat;
+        return CompoundFile::isEncryptedPackage(file) ? LoadError::PasswordProtected
+                                                      : LoadError::OldFormat;
     }
     return start.startsWith("PK")
-        ? m_package.open(&m_file).in(QT_TRANSLATE_NOOP("MainWindow", "archive"))
+        ? package->open(file).in(QT_TRANSLATE_NOOP("MainWindow", "archive"))
         : LoadError::NotAWorkbook;
 }
 
-template<typename Reader>
-LoadError Loader::readPart(const QByteArray &part, qint64 largest, Reader *reader,
-                           const char *words)
+using Read = std::function<void(XmlCursor *)>;
+
+LoadError readPart(ZipPackage *package, const QByteArray &part, qint64 largest, const char *words,
+                   const Read &read)
 {
-    XmlCursor xml(&m_package, part, largest, &m_count);
-    reader->read(&xml);
+    XmlCursor xml(package, part, largest);
+    read(&xml);
     return xml.finish().in(words);
 }
 
-LoadError Loader::findWorkbook()
+LoadError readRelationships(ZipPackage *package, Relationships *relationships, const char *words)
 {
-    const QByteArray part = Relationships::partFor({});
-    if (!m_package.contains(part)) {
+    return readPart(package, relationships->part(), package->left()->listSize, words,
+                    [&](XmlCursor *xml) { relationships->read(xml); });
+}
+
+LoadError findWorkbook(ZipPackage *package, QByteArray *part)
+{
+    Relationships relationships;
+    if (!package->contains(relationships.part())) {
         return LoadError::NotAWorkbook;
     }
-    Relationships relationships;
-    LoadError error = readPart(part, m_limits.listSize, &relationships,
-                               QT_TRANSLATE_NOOP("MainWindow", "relationships of the package"));
+    LoadError error = readRelationships(
+        package, &relationships, QT_TRANSLATE_NOOP("MainWindow", "relationships of the package"));
     const auto parts = relationships.parts(Relationships::Kind::Workbook);
+    *part = parts.value(0);
     if (!error && parts.size() != 1) {
         return parts.isEmpty() ? LoadError::NotAWorkbook
-                               : LoadError::damaged(LoadError::doubled).in(workbook);
+                               : LoadError(LoadError::doubled).in(workbook);
     }
-    m_workbookPart = parts.value(0);
     return error;
 }
 
-LoadError Loader::readWorkbook()
+LoadError readWorkbook(ZipPackage *package, const QByteArray &part, SheetList *sheets)
 {
-    XmlCursor xml(&m_package, m_workbookPart, m_limits.listSize, &m_count);
-    m_sheets.read(&xml);
-    if (LoadError error = xml.finish(); error) {
-        const bool isOther = error.reason == LoadError::Damaged && xml.isOther();
-        return isOther ? LoadError::NotAWorkbook : std::move(error).in(workbook);
-    }
-    m_relationships = Relationships(m_workbookPart);
-    return readPart(Relationships::partFor(m_workbookPart), m_limits.listSize, &m_relationships,
-                    QT_TRANSLATE_NOOP("MainWindow", "relationships of the workbook"));
+    XmlCursor xml(package, part, package->left()->listSize);
+    sheets->read(&xml);
+    LoadError error = xml.finish();
+    const bool isOther = error.reason == LoadError::Damaged && xml.isOther();
+    return isOther ? LoadError::NotAWorkbook : std::move(error).in(workbook);
 }
 
-// The first visible sheet, or the first of all if none is visible, except for charts, dialogs and
-// macros. If nothing leads to it, it is missing rather than passed over: the next one has other
-// patients.
-LoadError Loader::chooseSheet()
+// The first visible sheet, or the first of all when none is, but for charts, dialogs and macros. It
+// is missing rather than passed over when nothing leads to it: the next one has other patients.
+LoadError chooseSheet(const ZipPackage &package, const SheetList &sheets,
+                      const Relationships &relationships, QByteArray *part)
 {
     const SheetList::Sheet *chosen = nullptr;
-    for (const SheetList::Sheet &sheet : m_sheets.sheets()) {
-        const Relationships::Target *const target = m_relationships.target(sheet.relationship);
+    for (const SheetList::Sheet &sheet : sheets.sheets()) {
+        const Relationships::Target *const target = relationships.target(sheet.relationship);
         const bool isOther = target != nullptr && target->kind == Relationships::Kind::OtherSheet;
         if (!isOther && (chosen == nullptr || (sheet.visible && !chosen->visible))) {
             chosen = &sheet;
@@ -151,58 +101,81 @@ LoadError Loader::chooseSheet()
     if (chosen == nullptr) {
         return LoadError::NoWorksheet;
     }
-    const Relationships::Target *const target = m_relationships.target(chosen->relationship);
-    if (target == nullptr || !m_package.contains(target->part)) {
-        return LoadError::damaged(QT_TRANSLATE_NOOP("MainWindow", "the worksheet is missing"))
-            .in(workbook);
+    const Relationships::Target *const target = relationships.target(chosen->relationship);
+    if (target == nullptr || !package.contains(target->part)) {
+        return LoadError(QT_TRANSLATE_NOOP("MainWindow", "the worksheet is missing")).in(workbook);
     }
-    m_sheetPart = target->part;
+    *part = target->part;
     return target->kind == Relationships::Kind::Worksheet
         ? LoadError()
-        : LoadError::damaged(QT_TRANSLATE_NOOP("MainWindow", "its kind is unknown")).in(worksheet);
+        : LoadError(QT_TRANSLATE_NOOP("MainWindow", "its kind is unknown")).in(worksheet);
 }
 
 // A workbook without formats or texts has neither relationship nor part; what cells name of them
 // is missing then. A relationship that leads out of the package is no such thing.
-template<typename Reader>
-LoadError Loader::readOptional(Relationships::Kind kind, Reader *reader, const char *words)
+LoadError readOptional(ZipPackage *package, const QVector<QByteArray> &parts, const char *words,
+                       const Read &read)
 {
-    const auto parts = m_relationships.parts(kind);
     if (parts.size() > 1) {
-        return LoadError::damaged(LoadError::doubled).in(words);
+        return LoadError(LoadError::doubled).in(words);
     }
     const bool isThere =
-        !parts.isEmpty() && (parts.first().isEmpty() || m_package.contains(parts.first()));
-    return isThere ? readPart(parts.first(), m_limits.partSize, reader, words) : LoadError();
+        !parts.isEmpty() && (parts.first().isEmpty() || package->contains(parts.first()));
+    return isThere ? readPart(package, parts.first(), package->left()->partSize, words, read)
+                   : LoadError();
 }
 
-LoadError Loader::readFormatsAndTexts()
+LoadError load(QFile *file, ZipPackage *package, int textColumn, QXlsx::Document *document)
 {
-    LoadError error = readOptional(Relationships::Kind::Styles, &m_styles,
-                                   QT_TRANSLATE_NOOP("MainWindow", "cell formats"));
-    return error ? error
-                 : readOptional(Relationships::Kind::SharedStrings, &m_strings,
-                                QT_TRANSLATE_NOOP("MainWindow", "shared texts"));
-}
-
-LoadError Loader::readSheet()
-{
-    auto document = std::make_unique<QXlsx::Document>();
-    document->workbook()->setDate1904(m_sheets.is1904());
-    SheetReader reader(
-        {&m_strings.texts(), &m_styles, document->currentWorksheet(), &m_budget, m_textColumn});
-    LoadError error = readPart(m_sheetPart, m_limits.partSize, &reader, worksheet);
-    if (!error) {
-        m_document = std::move(document);
+    QByteArray workbookPart;
+    QByteArray sheetPart;
+    SheetList sheets;
+    Relationships relationships;
+    CellFormats formats;
+    QVector<QString> texts;
+    const std::initializer_list<std::function<LoadError()>> steps = {
+        [&] { return openPackage(file, package); },
+        [&] { return findWorkbook(package, &workbookPart); },
+        [&] { return readWorkbook(package, workbookPart, &sheets); },
+        [&] {
+            relationships = Relationships(workbookPart);
+            return readRelationships(
+                package, &relationships,
+                QT_TRANSLATE_NOOP("MainWindow", "relationships of the workbook"));
+        },
+        [&] { return chooseSheet(*package, sheets, relationships, &sheetPart); },
+        [&] {
+            return readOptional(package, relationships.parts(Relationships::Kind::Styles),
+                                QT_TRANSLATE_NOOP("MainWindow", "cell formats"),
+                                [&](XmlCursor *xml) { formats.read(xml); });
+        },
+        [&] {
+            return readOptional(package, relationships.parts(Relationships::Kind::SharedStrings),
+                                QT_TRANSLATE_NOOP("MainWindow", "shared texts"),
+                                [&](XmlCursor *xml) { texts = readSharedStrings(xml); });
+        },
+        [&] {
+            document->workbook()->setDate1904(sheets.is1904());
+            SheetReader reader({&texts, &formats, document->currentWorksheet(), textColumn});
+            return readPart(package, sheetPart, package->left()->partSize, worksheet,
+                            [&](XmlCursor *xml) { reader.read(xml); });
+        },
+    };
+    for (const auto &step : steps) {
+        if (LoadError error = step(); error) {
+            return error;
+        }
     }
-    return error;
+    return LoadError::None;
 }
 
 } // namespace
 
 LoadedWorkbook loadWorkbook(const QString &path, int textColumn, const WorkbookLimits &limits)
 {
-    Loader loader(path, textColumn, limits);
-    LoadError error = loader.load();
-    return {loader.takeDocument(), std::move(error)};
+    QFile file(path);
+    ZipPackage package(limits);
+    auto document = std::make_unique<QXlsx::Document>();
+    LoadError error = load(&file, &package, textColumn, document.get());
+    return {error ? nullptr : std::move(document), std::move(error)};
 }

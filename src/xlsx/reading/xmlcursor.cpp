@@ -41,6 +41,11 @@ bool contains(const List &list, std::string_view entry)
     return std::find(list.begin(), list.end(), entry) != list.end();
 }
 
+std::string_view localPart(std::string_view name)
+{
+    return name.substr(name.find(':') + 1);
+}
+
 QList<QByteArray> words(const char *list)
 {
     const QByteArray text = QByteArray(list).simplified();
@@ -61,10 +66,10 @@ void XmlCursor::FreeParser::operator()(XML_ParserStruct *parser) const
     XML_ParserFree(parser);
 }
 
-XmlCursor::XmlCursor(ZipPackage *package, const QByteArray &part, qint64 largest, XmlCount *count)
-    : m_limits(package->limits()), m_count(count), m_part(package, part, largest)
+XmlCursor::XmlCursor(ZipPackage *package, const QByteArray &part, qint64 largest)
+    : m_left(package->left()), m_part(package, part, largest)
 {
-    ParserMemory::limitTo(m_limits.parserMemory);
+    ParserMemory::limitTo(m_left->parserMemory);
     constexpr std::array<char, 2> between = {separator, '\0'};
     m_parser.reset(XML_ParserCreate_MM(nullptr, &parserMemory, between.data()));
     if (!m_parser) {
@@ -89,12 +94,21 @@ XmlCursor::Name XmlCursor::split(std::string_view name, const char *value)
     return {name.substr(0, local), name.substr(local), value};
 }
 
+// The name without a prefix in the space where it usually is.
+std::string XmlCursor::called(const Name &name, Space space, Space usual)
+{
+    const char *const prefix = space == Space::Relationships ? "r:"
+        : space == Space::Compatibility                      ? "mc:"
+                                                             : ":";
+    return space == usual ? std::string(name.local) : prefix + std::string(name.local);
+}
+
 // A piece without an event is parsed again together with the next one, which is as long as all
 // before it, so that the time stays in proportion to the bytes.
 void XmlCursor::parsePiece()
 {
     constexpr int usualPiece = 8 * 1024;
-    const qint64 left = qMax<qint64>(1, m_limits.tokenSize - m_pending);
+    const qint64 left = qMax<qint64>(1, m_left->tokenSize - m_pending);
     const bool isFirst = m_piece.empty();
     m_piece.resize(std::size_t(qMin<qint64>(qMax(usualPiece, m_pending), left)));
     const int size = m_part.read(m_piece.data(), int(m_piece.size()));
@@ -107,12 +121,12 @@ void XmlCursor::parsePiece()
     m_hasEnded = size == 0;
     const bool isParsed = isEncodingClear
         && XML_Parse(m_parser.get(), m_piece.data(), size, m_hasEnded ? 1 : 0) == XML_STATUS_OK;
-    if (m_pending > m_limits.tokenSize
+    if (m_pending > m_left->tokenSize
         || (!isParsed && XML_GetErrorCode(m_parser.get()) == XML_ERROR_NO_MEMORY)) {
         stop(LoadError::TooLarge);
     } else if (!isParsed && !m_ahead) {
         m_isMalformed = true;
-        stop(LoadError::damaged(QT_TRANSLATE_NOOP("MainWindow", "it is not well-formed XML")));
+        stop(QT_TRANSLATE_NOOP("MainWindow", "it is not well-formed XML"));
     }
 }
 
@@ -143,10 +157,10 @@ void XmlCursor::stop(const LoadError &error)
 void XmlCursor::countItems(qint64 items)
 {
     m_pending = 0;
-    if (items > m_limits.xmlItems - m_count->items) {
+    if (items > m_left->xmlItems) {
         stop(LoadError::TooLarge);
     } else {
-        m_count->items += int(items);
+        m_left->xmlItems -= int(items);
     }
 }
 
@@ -170,8 +184,8 @@ void XmlCursor::countElement(std::string_view name, const char **attributes)
         items += 1 + (m_given.back().space.size() + m_given.back().local.size()) / longAttribute;
     }
     countItems(qint64(items) + bytesAsItems());
-    if (m_scopes.size() >= std::size_t(m_limits.depth)
-        || m_given.size() > std::size_t(m_limits.attributes)) {
+    if (m_scopes.size() >= std::size_t(m_left->depth)
+        || m_given.size() > std::size_t(m_left->attributes)) {
         stop(LoadError::TooLarge);
     }
 }
@@ -194,18 +208,23 @@ void XmlCursor::startElement(const char *name, const char **attributes)
         return;
     }
     if (!isPlaced(space, element.local)) {
-        stop(LoadError::damaged(wrongElement));
+        stop(wrongElement);
         return;
     }
     const std::size_t at = m_events.size();
-    m_events.push_back({Type::Start, space, std::string(element.local), {}, {}, {}});
+    m_events.push_back({Type::Start, called(element, space, Space::Main), {}, nullptr, {}});
     for (const Name &attribute : m_given) {
         const Space of = spaceOf(attribute.space);
-        m_events.push_back(
-            {Type::Attribute, of, std::string(attribute.local), attribute.value, {}, {}});
         if (of == Space::Main) {
             m_events[at].flaw = unknownAttribute;
-        } else if (of == Space::None && attribute.local == "Requires") {
+        } else if (of != Space::Xml && of != Space::Ignorable) {
+            m_events.push_back({Type::Attribute,
+                                called(attribute, of, Space::None),
+                                attribute.value,
+                                nullptr,
+                                {}});
+        }
+        if (of == Space::None && attribute.local == "Requires") {
             m_events[at].isMet = isMet(attribute.value);
         }
     }
@@ -232,7 +251,7 @@ void XmlCursor::openScope()
                                                : attribute.local == "MustUnderstand"
                     && !isOwn(space) && space != Space::Compatibility;
             if (m_ahead || isUnknown) {
-                stop(LoadError::damaged(unknownExtension));
+                stop(unknownExtension);
                 return;
             }
             // What is known here can never be ignored.
@@ -241,7 +260,7 @@ void XmlCursor::openScope()
             }
         }
     }
-    if (m_ignorable.size() > std::size_t(m_limits.namespaces)) {
+    if (m_ignorable.size() > std::size_t(m_left->namespaces)) {
         stop(LoadError::TooLarge);
     }
 }
@@ -295,7 +314,7 @@ void XmlCursor::beginNamespace(const char *prefix, const char *uri)
     m_bindings.emplace_back(prefix == nullptr ? "" : prefix, uri == nullptr ? "" : uri);
     m_bindings.back().second += separator;
     countItems(1);
-    if (m_bindings.size() > std::size_t(m_limits.namespaces)) {
+    if (m_bindings.size() > std::size_t(m_left->namespaces)) {
         stop(LoadError::TooLarge);
     }
 }
@@ -309,7 +328,7 @@ void XmlCursor::endNamespace(const char * /*prefix*/)
 void XmlCursor::refuseDocumentType(const char * /*name*/, const char * /*systemId*/,
                                    const char * /*publicId*/, int /*hasInternalSubset*/)
 {
-    stop(LoadError::damaged(QT_TRANSLATE_NOOP("MainWindow", "it declares a document type")));
+    stop(QT_TRANSLATE_NOOP("MainWindow", "it declares a document type"));
 }
 
 XmlCursor::Space XmlCursor::spaceOf(std::string_view space)
@@ -394,28 +413,55 @@ void XmlCursor::enter(const char *name, Vocabulary vocabulary)
     }
 }
 
-bool XmlCursor::nextSection()
+bool XmlCursor::isMainElement() const
 {
-    while (next() && event().type != Type::End) {
-        if (event().type == Type::Start && event().space == Space::Main) {
-            return true;
-        }
-        skip();
-    }
-    return false;
+    return event().type == Type::Start && event().name.find(':') == std::string::npos;
 }
 
-bool XmlCursor::nextOf(Space other, QByteArray *text)
+void XmlCursor::readChildren(Children children, Names passedOver)
+{
+    checkPlace();
+    while (nextChild()) {
+        readChild(children, passedOver);
+    }
+}
+
+void XmlCursor::readSections(Children children, Names passedOver)
 {
     while (next() && event().type != Type::End) {
-        if (event().type == Type::Text) {
-            takeText(text);
-        } else if (event().space == Space::Main || event().space == other) {
-            checkPlace();
-            return !hasFailed();
+        if (isMainElement()) {
+            readChild(children, passedOver);
         } else {
-            failElement();
+            skip();
         }
+    }
+}
+
+void XmlCursor::readChild(Children children, Names passedOver)
+{
+    for (const XmlChild &child : children) {
+        if (is(child.name)) {
+            child.read();
+            return;
+        }
+    }
+    if (!contains(passedOver, any) && !contains(passedOver, event().name)) {
+        failElement();
+    }
+    skip();
+}
+
+// Whatever is found between the children goes to \p text.
+bool XmlCursor::nextChild(QByteArray *text)
+{
+    while (next() && event().type != Type::End) {
+        if (event().type == Type::Start) {
+            if (isMainElement()) {
+                checkPlace();
+            }
+            return !hasFailed();
+        }
+        takeText(text);
     }
     return false;
 }
@@ -425,14 +471,15 @@ void XmlCursor::takeText(QByteArray *text)
     const std::string &piece = event().text;
     if (text != nullptr) {
         text->append(piece.data(), qMin(int(piece.size()), longestText - int(text->size())));
-    } else if (piece.find_first_not_of(" \t\n\r") != std::string::npos) {
-        fail(QT_TRANSLATE_NOOP("MainWindow", "text does not belong there"));
+    } else {
+        require(piece.find_first_not_of(" \t\n\r") == std::string::npos,
+                QT_TRANSLATE_NOOP("MainWindow", "text does not belong there"));
     }
 }
 
 void XmlCursor::readText(QByteArray *text)
 {
-    while (nextOf(Space::Main, text)) {
+    while (nextChild(text)) {
         failElement();
     }
 }
@@ -444,55 +491,41 @@ void XmlCursor::skip()
     }
 }
 
-void XmlCursor::skipOneOf(Names names)
-{
-    if (!contains(names, any) && !contains(names, event().name)) {
-        failElement();
-    }
-    skip();
-}
-
-bool XmlCursor::is(const char *name, Space space) const
-{
-    return event().type == Type::Start && event().space == space && event().name == name;
-}
-
-const char *XmlCursor::attribute(const char *name, Space space) const
+const char *XmlCursor::attribute(const char *name) const
 {
     for (std::size_t at = m_at + 1; isAttribute(at); ++at) {
-        if (m_events[at].space == space && m_events[at].name == name) {
+        if (m_events[at].name == name) {
             return m_events[at].text.c_str();
         }
     }
     return nullptr;
 }
 
-void XmlCursor::allowAttributes(Names read, Names passedOver, const char *relationship)
+// One of relationships may be there twice, in the transitional and in the strict namespace.
+void XmlCursor::allowAttributes(Names read, Names passedOver)
 {
-    int relationships = 0;
     checkPlace();
     for (std::size_t at = m_at + 1; isAttribute(at); ++at) {
-        const Space space = m_events[at].space;
         const std::string &name = m_events[at].name;
-        const bool isRead = contains(read, name);
-        bool isAllowed =
-            space == Space::Xml || space == Space::Ignorable || (!isRead && name != relationship);
-        if (space == Space::None) {
-            isAllowed = isRead || contains(passedOver, any) || contains(passedOver, name);
-        } else if (space == Space::Relationships && name == relationship) {
-            isAllowed = ++relationships == 1;
+        const std::string_view local = localPart(name);
+        bool isAllowed = contains(passedOver, any) || contains(passedOver, name);
+        if (contains(read, name)) {
+            isAllowed = attribute(name.c_str()) == m_events[at].text.c_str();
+        } else if (local.size() < name.size()) {
+            isAllowed = std::none_of(read.begin(), read.end(), [local](const char *known) {
+                return localPart(known) == local;
+            });
         }
-        if (!isAllowed) {
-            fail(unknownAttribute);
-        }
+        require(isAllowed, unknownAttribute);
     }
 }
 
-void XmlCursor::fail(const LoadError &error)
+bool XmlCursor::require(bool holds, const LoadError &error)
 {
-    if (!hasFailed()) {
+    if (!holds && !hasFailed()) {
         m_error = error;
     }
+    return holds;
 }
 
 void XmlCursor::failElement()
@@ -500,24 +533,16 @@ void XmlCursor::failElement()
     fail(wrongElement);
 }
 
-void XmlCursor::failIndex()
+bool XmlCursor::takeMemory(qint64 bytes)
 {
-    fail(QT_TRANSLATE_NOOP("MainWindow", "an index is not a number"));
+    m_left->memory -= bytes;
+    return require(m_left->memory >= 0, LoadError::TooLarge);
 }
 
 void XmlCursor::once(bool *met)
 {
-    if (*met) {
-        fail(QT_TRANSLATE_NOOP("MainWindow", "there are two contents"));
-    }
+    require(!*met, QT_TRANSLATE_NOOP("MainWindow", "there are two contents"));
     *met = true;
-}
-
-void XmlCursor::limitList(int entries)
-{
-    if (entries >= m_limits.listEntries) {
-        fail(LoadError::TooLarge);
-    }
 }
 
 LoadError XmlCursor::finish()

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <functional>
 #include <initializer_list>
 #include <memory>
 #include <optional>
@@ -14,30 +15,24 @@
 
 struct XML_ParserStruct;
 
-/// How much of XML was read in all parts of a package together.
-struct XmlCount {
-    int items = 0;
-};
-
 /// The elements \c name among the children of another one, and what reads one of them.
-template<typename Read>
 struct XmlChild {
     const char *name;
-    Read read;
+    std::function<void()> read;
 };
-template<typename Read>
-XmlChild(const char *, Read) -> XmlChild<Read>;
 
 /// Goes through one XML part in its order, one function per element:
 ///
 ///     void readRow()                        // the cursor stands at <row>
 ///     {
 ///         xml.allowAttributes({"r"}, {"spans", "ht"});
-///         xml.readChildren({"extLst"}, XmlChild{"c", [&] { readCell(); }});
+///         xml.readChildren({{"c", [&] { readCell(); }}}, {"extLst"});
 ///     }                                     // the cursor stands at </row>
 ///
-/// In an element whose children are read, whatever nobody asks for is an error: elements of other
-/// names or namespaces, text, attributes. Only what the part itself declares ignorable is not
+/// Names stand alone for elements of the part's own namespace and for attributes without one, and
+/// begin with "mc:" or "r:" for markup for compatibility and relationships, whatever the part calls
+/// those. In an element whose children are read, whatever nobody asks for is an error: elements of
+/// other names or namespaces, text, attributes. Only what the part itself declares ignorable is not
 /// there. What belongs directly into the part's first element stands there once and nowhere else.
 /// The first error ends the reading: from then on there are no children, no texts and no
 /// attributes, and fail() changes nothing.
@@ -48,60 +43,30 @@ class XmlCursor
 {
 public:
     using Names = std::initializer_list<const char *>;
+    using Children = std::initializer_list<XmlChild>;
 
     /// What the names of a part belong to.
     enum Vocabulary { Spreadsheet, PackageRelationships };
 
-    /// What a name belongs to: the part's own namespace is the main one.
-    enum class Space : quint8 { None, Main, Relationships, Compatibility, Xml, Ignorable, Other };
-
     /// Before the part \p part of \p package, which has at most \p largest bytes.
-    XmlCursor(ZipPackage *package, const QByteArray &part, qint64 largest, XmlCount *count);
+    XmlCursor(ZipPackage *package, const QByteArray &part, qint64 largest);
     ~XmlCursor();
     Q_DISABLE_COPY_MOVE(XmlCursor)
 
-    const WorkbookLimits &limits() const { return m_limits; }
+    /// What is left of the limits of the package.
+    const WorkbookLimits &limits() const { return *m_left; }
 
     /// Goes to the first element, which has to be \p name of \p vocabulary.
     void enter(const char *name, Vocabulary vocabulary = Spreadsheet);
     /// Whether the part is something else: no XML, or with another first element.
     bool isOther() const { return m_isOther; }
 
-    /// In an element that may hold anything, such as the first one: goes to its next child of the
-    /// main namespace and passes over all others.
-    bool nextSection();
-    /// Goes to the next child, which is of the main namespace or markup for compatibility. False at
-    /// the end of the element.
-    bool nextChildOrMarkup() { return nextOf(Space::Compatibility, nullptr); }
-
-    /// Whether the cursor stands at an element \p name.
-    bool is(const char *name, Space space = Space::Main) const;
-    /// Whether the choice at which it stands asks for nothing but the part's own namespace and that
-    /// of relationships; null if nobody can say.
-    std::optional<bool> isMet() const { return event().isMet; }
-
     /// Reads the \p children of the element, passes over those of the names \p passedOver, and
     /// refuses all others.
-    template<typename... Reads>
-    void readChildren(Names passedOver, const XmlChild<Reads> &...children)
-    {
-        checkPlace();
-        while (nextOf(Space::Main, nullptr)) {
-            if (!(readIf(children) || ...)) {
-                skipOneOf(passedOver);
-            }
-        }
-    }
-    /// The same with nextSection.
-    template<typename... Reads>
-    void readSections(Names passedOver, const XmlChild<Reads> &...children)
-    {
-        while (nextSection()) {
-            if (!(readIf(children) || ...)) {
-                skipOneOf(passedOver);
-            }
-        }
-    }
+    void readChildren(Children children, Names passedOver = {});
+    /// The same in an element that may also hold text and whatever is of other namespaces, which is
+    /// passed over.
+    void readSections(Children children, Names passedOver);
     /// Instead of names: all of them.
     static constexpr const char *any = "*";
 
@@ -114,21 +79,22 @@ public:
     void readNothing() { readText(nullptr); }
 
     /// The attribute \p name; null without one.
-    const char *attribute(const char *name, Space space = Space::None) const;
-    /// Refuses attributes other than \p read and \p passedOver, and \p relationship in the
-    /// namespace of relationships. Those of other namespaces may have any name but the ones read.
-    void allowAttributes(Names read, Names passedOver = {}, const char *relationship = "");
+    const char *attribute(const char *name) const;
+    /// Refuses attributes other than \p read and \p passedOver. Those of other namespaces may have
+    /// any name but the ones read.
+    void allowAttributes(Names read, Names passedOver = {});
+    /// Whether the choice at which it stands asks for nothing but the part's own namespace and that
+    /// of relationships; null when nobody can say.
+    std::optional<bool> isMet() const { return event().isMet; }
 
-    /// Ends the reading with \p error.
-    void fail(const LoadError &error);
-    /// Ends it because of damage that \p words tell.
-    void fail(const char *words) { fail(LoadError::damaged(words)); }
-    /// The element at the cursor must not be there.
+    /// Ends the reading with \p error unless \p holds, which it returns.
+    bool require(bool holds, const LoadError &error);
+    void fail(const LoadError &error) { require(false, error); }
+    /// The element at which the cursor stands must not stand there.
     void failElement();
-    void failIndex();
-    /// Fails if a list that has \p entries already gets one more than it may have.
-    void limitList(int entries);
-    /// Sets \p met, and fails if it was set before: there are two contents where one belongs.
+    /// Takes \p bytes from what is left for cells and texts; false when that is less.
+    bool takeMemory(qint64 bytes);
+    /// Sets \p met, which must not be set before: there are two contents where one belongs.
     void once(bool *met);
     /// Names the cell in which the error is.
     void blame(const QString &cell) { m_error.cell = cell; }
@@ -148,8 +114,11 @@ private:
     struct FreeParser {
         void operator()(XML_ParserStruct *parser) const;
     };
-    static bool isOwn(Space space) { return space == Space::Main || space == Space::Relationships; }
     enum class Type : quint8 { Start, Attribute, Text, End };
+
+    // What a name belongs to: the part's own namespace is the main one.
+    enum class Space { None, Main, Relationships, Compatibility, Xml, Ignorable, Other };
+    static bool isOwn(Space space) { return space == Space::Main || space == Space::Relationships; }
 
     // As the parser gives it.
     struct Name {
@@ -158,14 +127,14 @@ private:
         const char *value; // of an attribute
     };
     static Name split(std::string_view name, const char *value = nullptr);
+    static std::string called(const Name &name, Space space, Space usual);
     // The attributes of an element follow it.
     struct Event {
         Type type = Type::End;
-        Space space = Space::None;
-        std::string name; // without its namespace
+        std::string name; // as those who read it call it
         std::string text; // of a text or an attribute
-        const char *flaw = nullptr; // what it must not say where values are read
-        std::optional<bool> isMet;
+        const char *flaw = nullptr; // of an element whose children or attributes are read
+        std::optional<bool> isMet; // as that of a choice
     };
     // An open element.
     struct Scope {
@@ -174,17 +143,6 @@ private:
         bool isExtension = false;
         bool isIgnored = false;
     };
-
-    template<typename Read>
-    bool readIf(const XmlChild<Read> &child)
-    {
-        const bool isIt = is(child.name);
-        if (isIt) {
-            child.read();
-        }
-        return isIt;
-    }
-    void skipOneOf(Names names);
 
     // What the parser reports of a piece goes into m_events.
     void parsePiece();
@@ -208,19 +166,16 @@ private:
 
     // What was reported is gone through.
     const Event &event() const { return m_events[m_at]; }
+    bool is(const char *name) const { return event().name == name; }
+    bool isMainElement() const;
     bool isAttribute(std::size_t at) const;
     bool next();
-    bool nextOf(Space other, QByteArray *text);
+    bool nextChild(QByteArray *text = nullptr);
+    void readChild(Children children, Names passedOver);
     void takeText(QByteArray *text);
-    void checkPlace()
-    {
-        if (event().flaw != nullptr) {
-            fail(event().flaw);
-        }
-    }
+    void checkPlace() { require(event().flaw == nullptr, event().flaw); }
 
-    const WorkbookLimits &m_limits;
-    XmlCount *m_count;
+    WorkbookLimits *m_left; // of the limits of the package
     ZipPart m_part;
     std::unique_ptr<XML_ParserStruct, FreeParser> m_parser;
     std::vector<char> m_piece;

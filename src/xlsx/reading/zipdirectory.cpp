@@ -127,7 +127,7 @@ LoadError ZipDirectory::read(QFile *file, qint64 largest)
         }
     }
     if (ends.size() != 1 || !ends.first().reachesEnd || !isSigned(bytesAt(file, 0, 4), "\3\4")) {
-        return LoadError::damaged(unreadable);
+        return unreadable;
     }
     const End end = ends.first();
     if (end.size > quint64(largest)) {
@@ -165,13 +165,13 @@ LoadError ZipDirectory::readEntries(const QByteArray &list, quint64 count)
         }
         if (at > list.size() || !isSigned(fixed, "\1\2") || wideAt > wide.size()
             || entry.name.contains('\0')) {
-            return LoadError::damaged(unreadable);
+            return unreadable;
         }
         beginsAtFirstByte = beginsAtFirstByte || entry.offset == 0;
         m_entries.append(entry);
     }
     return beginsAtFirstByte && count == quint64(m_entries.size()) ? LoadError()
-                                                                   : LoadError::damaged(unreadable);
+                                                                   : LoadError(unreadable);
 }
 
 quint64 ZipDirectory::begin(QFile *file, const Entry &entry) const

@@ -39,7 +39,7 @@ Bytef *bytes(char *data)
 LoadError ZipPackage::open(QFile *file)
 {
     m_file = file;
-    LoadError error = m_directory.read(file, m_limits.directorySize);
+    LoadError error = m_directory.read(file, m_left.directorySize);
     for (const ZipDirectory::Entry &entry : m_directory.entries()) {
         const QByteArray name = keyInArchive(entry.name);
         if (!entry.otherName.isEmpty()) {
@@ -73,11 +73,11 @@ ZipPart::~ZipPart() = default;
 LoadError ZipPart::open(const QByteArray &name, qint64 largest)
 {
     if (!m_package->contains(name)) {
-        return LoadError::damaged(QT_TRANSLATE_NOOP("MainWindow", "it is missing"));
+        return QT_TRANSLATE_NOOP("MainWindow", "it is missing");
     }
     m_entry = m_package->m_parts.value(key(name));
     if (m_entry == nullptr) {
-        return LoadError::damaged(LoadError::doubled);
+        return LoadError::doubled;
     }
     if (m_entry->isEncrypted) {
         return LoadError::PasswordProtected;
@@ -94,8 +94,7 @@ LoadError ZipPart::open(const QByteArray &name, qint64 largest)
         m_stream.reset(new z_stream_s());
         inflateInit2(m_stream.get(), -MAX_WBITS); // without a header of its own
     }
-    return m_next > 0 && (m_isUnpacked || m_stream) ? LoadError()
-                                                    : LoadError::damaged(damagedBytes);
+    return m_next > 0 && (m_isUnpacked || m_stream) ? LoadError() : LoadError(damagedBytes);
 }
 
 int ZipPart::read(char *data, int size)
@@ -106,13 +105,13 @@ int ZipPart::read(char *data, int size)
     const int count = m_stream ? unpack(data, size) : fetch(data, size);
     m_size += quint64(count);
     m_checksum = quint32(crc32(m_checksum, bytes(data), uInt(count)));
-    m_package->m_unpacked += count;
+    m_package->m_left.unpackedSize -= count;
     const bool isWhole = m_isUnpacked && m_next == m_end && m_size == m_entry->size
         && m_checksum == m_entry->checksum;
-    if (m_package->m_unpacked > m_package->m_limits.unpackedSize) {
+    if (m_package->m_left.unpackedSize < 0) {
         m_error = LoadError::TooLarge;
     } else if (m_size > m_entry->size || (count == 0 && !isWhole)) {
-        m_error = LoadError::damaged(damagedBytes);
+        m_error = damagedBytes;
     }
     return m_error ? 0 : count;
 }

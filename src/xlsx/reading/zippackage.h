@@ -17,10 +17,11 @@ struct z_stream_s;
 class ZipPackage
 {
 public:
-    explicit ZipPackage(const WorkbookLimits &limits = {}) : m_limits(limits) { }
+    explicit ZipPackage(const WorkbookLimits &limits = {}) : m_left(limits) { }
     Q_DISABLE_COPY_MOVE(ZipPackage)
 
-    const WorkbookLimits &limits() const { return m_limits; }
+    /// What is left of the limits for all parts together, from which whoever reads them takes.
+    WorkbookLimits *left() { return &m_left; }
 
     /// Opens the archive in \p file, which stays open and unmoved as long as this object lives.
     LoadError open(QFile *file);
@@ -32,12 +33,11 @@ public:
 private:
     friend class ZipPart;
 
-    WorkbookLimits m_limits;
+    WorkbookLimits m_left;
     QFile *m_file = nullptr;
     ZipDirectory m_directory;
     // Null where several parts could have the name.
     QHash<QByteArray, const ZipDirectory::Entry *> m_parts;
-    qint64 m_unpacked = 0;
 };
 
 /// One part of a package, unpacked as it is read. What it holds counts only when it was read to
