@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "openmessages.h"
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 
@@ -14,29 +13,23 @@
 namespace
 {
 
-struct Sentence {
-    LoadError::Reason reason;
-    const char *text;
-};
-
+// In the order of LoadError::Reason.
 constexpr std::array reasons = {
-    Sentence{LoadError::CannotBeRead, QT_TRANSLATE_NOOP("MainWindow", "This file cannot be read.")},
-    Sentence{LoadError::NotAWorkbook,
-             QT_TRANSLATE_NOOP("MainWindow", "This file is not a workbook.")},
-    Sentence{LoadError::OldFormat,
-             QT_TRANSLATE_NOOP("MainWindow",
-                               "This is a workbook of the old kind (.xls). Save it as .xlsx with a "
-                               "spreadsheet program and open that file.")},
-    Sentence{LoadError::PasswordProtected,
-             QT_TRANSLATE_NOOP("MainWindow",
-                               "This workbook is protected by a password. Save it without "
-                               "one and open that file.")},
-    Sentence{LoadError::Damaged, QT_TRANSLATE_NOOP("MainWindow", "This workbook is damaged (%1).")},
-    Sentence{LoadError::NoWorksheet,
-             QT_TRANSLATE_NOOP("MainWindow", "This workbook has no worksheet.")},
-    Sentence{LoadError::TooLarge, QT_TRANSLATE_NOOP("MainWindow", "This workbook is too large.")},
+    "",
+    QT_TRANSLATE_NOOP("MainWindow", "This file cannot be read."),
+    QT_TRANSLATE_NOOP("MainWindow", "This file is not a workbook."),
+    QT_TRANSLATE_NOOP("MainWindow",
+                      "This is a workbook of the old kind (.xls). Save it as .xlsx with a "
+                      "spreadsheet program and open that file."),
+    QT_TRANSLATE_NOOP("MainWindow",
+                      "This workbook is protected by a password. Save it without "
+                      "one and open that file."),
+    QT_TRANSLATE_NOOP("MainWindow", "This workbook is damaged (%1)."),
+    QT_TRANSLATE_NOOP("MainWindow", "This workbook has no worksheet."),
+    QT_TRANSLATE_NOOP("MainWindow", "This workbook is too large."),
 };
-static_assert(reasons.size() == std::size_t(LoadError::TooLarge), "a reason lacks its sentence");
+static_assert(reasons.size() == std::size_t(LoadError::TooLarge) + 1,
+              "a reason lacks its sentence");
 
 QString translated(const char *text)
 {
@@ -129,10 +122,7 @@ QString tooFewValuesText(const QVector<PatientRecord> &patients, const QVector<S
 
 QString refusalText(const LoadError &error)
 {
-    const auto row = std::find_if(reasons.begin(), reasons.end(), [&error](const Sentence &known) {
-        return known.reason == error.reason;
-    });
-    const QString text = row == reasons.end() ? QString() : translated(row->text);
+    const QString text = translated(reasons.at(std::size_t(error.reason)));
     return withNothingOpened(error.reason == LoadError::Damaged ? text.arg(damageText(error))
                                                                 : text);
 }

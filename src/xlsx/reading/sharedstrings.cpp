@@ -13,11 +13,13 @@ void readRichText(XmlCursor *xml, QByteArray *text)
     };
     const auto readRun = [&] {
         hasText = false;
-        xml->readChildren({{"t", readText}}, {"rPr"});
+        xml->readChildren({{"t", std::ref(readText)}}, {"rPr"});
         hasText = true;
     };
-    xml->readChildren(
-        {{"t", readText}, {"r", readRun}, {"phoneticPr", [&] { xml->readNothing(); }}}, {"rPh"});
+    xml->readChildren({{"t", std::ref(readText)},
+                       {"r", std::ref(readRun)},
+                       {"phoneticPr", [&] { xml->readNothing(); }}},
+                      {"rPh"});
 }
 
 QVector<QString> readSharedStrings(XmlCursor *xml)

@@ -94,15 +94,6 @@ XmlCursor::Name XmlCursor::split(std::string_view name, const char *value)
     return {name.substr(0, local), name.substr(local), value};
 }
 
-// The name without a prefix in the space where it usually is.
-std::string XmlCursor::called(const Name &name, Space space, Space usual)
-{
-    const char *const prefix = space == Space::Relationships ? "r:"
-        : space == Space::Compatibility                      ? "mc:"
-                                                             : ":";
-    return space == usual ? std::string(name.local) : prefix + std::string(name.local);
-}
-
 // A piece without an event is parsed again together with the next one, which is as long as all
 // before it, so that the time stays in proportion to the bytes.
 void XmlCursor::parsePiece()
@@ -202,7 +193,7 @@ void XmlCursor::startElement(const char *name, const char **attributes)
     }
     openScope();
     Scope &scope = m_scopes.back();
-    const Space space = spaceOf(element.space);
+    const Space space = element.space.empty() ? Space::Other : spaceOf(element.space);
     scope.isIgnored |= space == Space::Ignorable && !scope.unwraps;
     if (m_ahead || scope.isIgnored) {
         return;
@@ -211,24 +202,35 @@ void XmlCursor::startElement(const char *name, const char **attributes)
         stop(wrongElement);
         return;
     }
+    const char *flaw = nullptr;
     const std::size_t at = m_events.size();
-    m_events.push_back({Type::Start, called(element, space, Space::Main), {}, nullptr, {}});
+    push(Type::Start, element.local, space);
     for (const Name &attribute : m_given) {
         const Space of = spaceOf(attribute.space);
         if (of == Space::Main) {
-            m_events[at].flaw = unknownAttribute;
+            flaw = unknownAttribute;
         } else if (of != Space::Xml && of != Space::Ignorable) {
-            m_events.push_back({Type::Attribute,
-                                called(attribute, of, Space::None),
-                                attribute.value,
-                                nullptr,
-                                {}});
+            push(Type::Attribute, attribute.local, of).text = attribute.value;
         }
         if (of == Space::None && attribute.local == "Requires") {
             m_events[at].isMet = isMet(attribute.value);
         }
     }
-    m_events[at].flaw = scope.unwraps ? unknownExtension : m_events[at].flaw;
+    m_events[at].flaw = scope.unwraps ? unknownExtension : flaw;
+}
+
+XmlCursor::Event &XmlCursor::push(Type type, std::string_view name, Space space)
+{
+    Event &event = m_events.emplace_back();
+    event.type = type;
+    event.isPlain = space == Space::None || space == Space::Main;
+    if (!event.isPlain) {
+        event.name = space == Space::Relationships ? "r:"
+            : space == Space::Compatibility        ? "mc:"
+                                                   : ":";
+    }
+    event.name += name;
+    return event;
 }
 
 // Markup for compatibility counts from the element at which it stands to the end of it, but not in
@@ -284,7 +286,7 @@ void XmlCursor::endElement(const char * /*name*/)
         return;
     }
     if (!m_scopes.back().isIgnored) {
-        m_events.emplace_back();
+        push(Type::End);
     }
     m_ignorable.resize(m_scopes.back().ignorable);
     m_scopes.pop_back();
@@ -297,8 +299,7 @@ void XmlCursor::addText(const char *data, int size)
         return;
     }
     if (m_events.empty() || m_events.back().type != Type::Text) {
-        m_events.emplace_back();
-        m_events.back().type = Type::Text;
+        push(Type::Text);
     }
     m_events.back().text.append(data, std::size_t(size));
 }
@@ -401,7 +402,7 @@ bool XmlCursor::next()
     return isFound;
 }
 
-void XmlCursor::enter(const char *name, Vocabulary vocabulary)
+void XmlCursor::enter(std::string_view name, Vocabulary vocabulary)
 {
     const bool isFound = next();
     const bool isKnown =
@@ -411,11 +412,6 @@ void XmlCursor::enter(const char *name, Vocabulary vocabulary)
     if (m_isOther) {
         failElement();
     }
-}
-
-bool XmlCursor::isMainElement() const
-{
-    return event().type == Type::Start && event().name.find(':') == std::string::npos;
 }
 
 void XmlCursor::readChildren(Children children, Names passedOver)
@@ -429,7 +425,7 @@ void XmlCursor::readChildren(Children children, Names passedOver)
 void XmlCursor::readSections(Children children, Names passedOver)
 {
     while (next() && event().type != Type::End) {
-        if (isMainElement()) {
+        if (event().type == Type::Start && event().isPlain) {
             readChild(children, passedOver);
         } else {
             skip();
@@ -456,7 +452,7 @@ bool XmlCursor::nextChild(QByteArray *text)
 {
     while (next() && event().type != Type::End) {
         if (event().type == Type::Start) {
-            if (isMainElement()) {
+            if (event().isPlain) {
                 checkPlace();
             }
             return !hasFailed();
@@ -491,7 +487,7 @@ void XmlCursor::skip()
     }
 }
 
-const char *XmlCursor::attribute(const char *name) const
+const char *XmlCursor::attribute(std::string_view name) const
 {
     for (std::size_t at = m_at + 1; isAttribute(at); ++at) {
         if (m_events[at].name == name) {
@@ -506,26 +502,24 @@ void XmlCursor::allowAttributes(Names read, Names passedOver)
 {
     checkPlace();
     for (std::size_t at = m_at + 1; isAttribute(at); ++at) {
-        const std::string &name = m_events[at].name;
-        const std::string_view local = localPart(name);
-        bool isAllowed = contains(passedOver, any) || contains(passedOver, name);
-        if (contains(read, name)) {
-            isAllowed = attribute(name.c_str()) == m_events[at].text.c_str();
-        } else if (local.size() < name.size()) {
-            isAllowed = std::none_of(read.begin(), read.end(), [local](const char *known) {
-                return localPart(known) == local;
-            });
+        const Event &given = m_events[at];
+        const bool isRead = contains(read, given.name);
+        bool isAllowed = isRead || contains(passedOver, any) || contains(passedOver, given.name);
+        if (!given.isPlain) {
+            isAllowed = isRead ? attribute(given.name) == given.text.c_str()
+                               : std::none_of(read.begin(), read.end(), [&](auto known) {
+                                     return localPart(known) == localPart(given.name);
+                                 });
         }
         require(isAllowed, unknownAttribute);
     }
 }
 
-bool XmlCursor::require(bool holds, const LoadError &error)
+void XmlCursor::fail(const LoadError &error)
 {
-    if (!holds && !hasFailed()) {
+    if (!hasFailed()) {
         m_error = error;
     }
-    return holds;
 }
 
 void XmlCursor::failElement()

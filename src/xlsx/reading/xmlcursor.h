@@ -17,7 +17,7 @@ struct XML_ParserStruct;
 
 /// The elements \c name among the children of another one, and what reads one of them.
 struct XmlChild {
-    const char *name;
+    std::string_view name;
     std::function<void()> read;
 };
 
@@ -42,7 +42,7 @@ struct XmlChild {
 class XmlCursor
 {
 public:
-    using Names = std::initializer_list<const char *>;
+    using Names = std::initializer_list<std::string_view>;
     using Children = std::initializer_list<XmlChild>;
 
     /// What the names of a part belong to.
@@ -57,7 +57,7 @@ public:
     const WorkbookLimits &limits() const { return *m_left; }
 
     /// Goes to the first element, which has to be \p name of \p vocabulary.
-    void enter(const char *name, Vocabulary vocabulary = Spreadsheet);
+    void enter(std::string_view name, Vocabulary vocabulary = Spreadsheet);
     /// Whether the part is something else: no XML, or with another first element.
     bool isOther() const { return m_isOther; }
 
@@ -68,7 +68,7 @@ public:
     /// passed over.
     void readSections(Children children, Names passedOver);
     /// Instead of names: all of them.
-    static constexpr const char *any = "*";
+    static constexpr std::string_view any = "*";
 
     /// Passes over the rest of the element.
     void skip();
@@ -79,7 +79,7 @@ public:
     void readNothing() { readText(nullptr); }
 
     /// The attribute \p name; null without one.
-    const char *attribute(const char *name) const;
+    const char *attribute(std::string_view name) const;
     /// Refuses attributes other than \p read and \p passedOver. Those of other namespaces may have
     /// any name but the ones read.
     void allowAttributes(Names read, Names passedOver = {});
@@ -87,9 +87,17 @@ public:
     /// of relationships; null when nobody can say.
     std::optional<bool> isMet() const { return event().isMet; }
 
-    /// Ends the reading with \p error unless \p holds, which it returns.
-    bool require(bool holds, const LoadError &error);
-    void fail(const LoadError &error) { require(false, error); }
+    /// Ends the reading with \p error.
+    void fail(const LoadError &error);
+    /// The same unless \p holds, which it returns.
+    template<typename Error>
+    bool require(bool holds, const Error &error)
+    {
+        if (!holds) {
+            fail(error);
+        }
+        return holds;
+    }
     /// The element at which the cursor stands must not stand there.
     void failElement();
     /// Takes \p bytes from what is left for cells and texts; false when that is less.
@@ -127,10 +135,10 @@ private:
         const char *value; // of an attribute
     };
     static Name split(std::string_view name, const char *value = nullptr);
-    static std::string called(const Name &name, Space space, Space usual);
     // The attributes of an element follow it.
     struct Event {
         Type type = Type::End;
+        bool isPlain = false; // a name without a prefix
         std::string name; // as those who read it call it
         std::string text; // of a text or an attribute
         const char *flaw = nullptr; // of an element whose children or attributes are read
@@ -154,6 +162,7 @@ private:
     void beginNamespace(const char *prefix, const char *uri);
     void endNamespace(const char *prefix);
     void refuseDocumentType(const char *name, const char *systemId, const char *publicId, int has);
+    Event &push(Type type, std::string_view name = {}, Space space = Space::None);
     void stop(const LoadError &error);
     void countItems(qint64 items);
     void countElement(std::string_view name, const char **attributes);
@@ -166,8 +175,7 @@ private:
 
     // What was reported is gone through.
     const Event &event() const { return m_events[m_at]; }
-    bool is(const char *name) const { return event().name == name; }
-    bool isMainElement() const;
+    bool is(std::string_view name) const { return event().name == name; }
     bool isAttribute(std::size_t at) const;
     bool next();
     bool nextChild(QByteArray *text = nullptr);
