@@ -62,12 +62,6 @@ QByteArray Relationships::part() const
     return folder + "_rels/" + m_source.mid(folder.size()) + ".rels";
 }
 
-const Relationships::Target *Relationships::target(const QByteArray &id) const
-{
-    const auto found = m_targets.constFind(id);
-    return found == m_targets.constEnd() ? nullptr : &*found;
-}
-
 QVector<QByteArray> Relationships::parts(Kind kind) const
 {
     QVector<QByteArray> found;

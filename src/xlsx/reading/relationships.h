@@ -38,8 +38,8 @@ public:
 
     void read(XmlCursor *xml);
 
-    /// The target with the identifier \p id, or null.
-    const Target *target(const QByteArray &id) const;
+    /// The target with the identifier \p id; without one, another kind and no part.
+    Target target(const QByteArray &id) const { return m_targets.value(id); }
     /// The parts of the kind \p kind, each once.
     QVector<QByteArray> parts(Kind kind) const;
 

@@ -92,8 +92,8 @@ LoadError chooseSheet(const ZipPackage &package, const SheetList &sheets,
 {
     const SheetList::Sheet *chosen = nullptr;
     for (const SheetList::Sheet &sheet : sheets.sheets()) {
-        const Relationships::Target *const target = relationships.target(sheet.relationship);
-        const bool isOther = target != nullptr && target->kind == Relationships::Kind::OtherSheet;
+        const Relationships::Target target = relationships.target(sheet.relationship);
+        const bool isOther = target.kind == Relationships::Kind::OtherSheet;
         if (!isOther && (chosen == nullptr || (sheet.visible && !chosen->visible))) {
             chosen = &sheet;
         }
@@ -101,12 +101,12 @@ LoadError chooseSheet(const ZipPackage &package, const SheetList &sheets,
     if (chosen == nullptr) {
         return LoadError::NoWorksheet;
     }
-    const Relationships::Target *const target = relationships.target(chosen->relationship);
-    if (target == nullptr || !package.contains(target->part)) {
+    const Relationships::Target target = relationships.target(chosen->relationship);
+    *part = target.part;
+    if (part->isEmpty() || !package.contains(*part)) {
         return LoadError(QT_TRANSLATE_NOOP("MainWindow", "the worksheet is missing")).in(workbook);
     }
-    *part = target->part;
-    return target->kind == Relationships::Kind::Worksheet
+    return target.kind == Relationships::Kind::Worksheet
         ? LoadError()
         : LoadError(QT_TRANSLATE_NOOP("MainWindow", "its kind is unknown")).in(worksheet);
 }

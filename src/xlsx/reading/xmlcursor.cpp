@@ -61,13 +61,8 @@ void call(void *cursor, Arguments... arguments)
 
 } // namespace
 
-void XmlCursor::FreeParser::operator()(XML_ParserStruct *parser) const
-{
-    XML_ParserFree(parser);
-}
-
 XmlCursor::XmlCursor(ZipPackage *package, const QByteArray &part, qint64 largest)
-    : m_left(package->left()), m_part(package, part, largest)
+    : m_left(package->left()), m_part(package, part, largest), m_parser(nullptr, XML_ParserFree)
 {
     ParserMemory::limitTo(m_left->parserMemory);
     constexpr std::array<char, 2> between = {separator, '\0'};

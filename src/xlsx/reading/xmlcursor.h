@@ -119,9 +119,6 @@ private:
     // Between a namespace and a name; the parser refuses namespaces that contain it.
     static constexpr char separator = '\n';
 
-    struct FreeParser {
-        void operator()(XML_ParserStruct *parser) const;
-    };
     enum class Type : quint8 { Start, Attribute, Text, End };
 
     // What a name belongs to: the part's own namespace is the main one.
@@ -185,7 +182,7 @@ private:
 
     WorkbookLimits *m_left; // of the limits of the package
     ZipPart m_part;
-    std::unique_ptr<XML_ParserStruct, FreeParser> m_parser;
+    std::unique_ptr<XML_ParserStruct, void (*)(XML_ParserStruct *)> m_parser;
     std::vector<char> m_piece;
     int m_pending = 0; // bytes since the last event
     bool m_hasEnded = false;

@@ -57,18 +57,15 @@ bool ZipPackage::contains(const QByteArray &name) const
     return m_parts.contains(key(name));
 }
 
-void ZipPart::FreeStream::operator()(z_stream_s *stream) const
-{
-    inflateEnd(stream);
-    delete stream;
-}
-
 ZipPart::ZipPart(ZipPackage *package, const QByteArray &name, qint64 largest)
     : m_package(package), m_error(open(name, largest))
 {
 }
 
-ZipPart::~ZipPart() = default;
+ZipPart::~ZipPart()
+{
+    inflateEnd(m_stream.get()); // which may be null
+}
 
 LoadError ZipPart::open(const QByteArray &name, qint64 largest)
 {
@@ -91,7 +88,7 @@ LoadError ZipPart::open(const QByteArray &name, qint64 largest)
     if (m_entry->method == ZipDirectory::Deflated) {
         constexpr int usualPiece = 16 * 1024;
         m_packed.resize(usualPiece);
-        m_stream.reset(new z_stream_s());
+        m_stream = std::make_unique<z_stream_s>();
         inflateInit2(m_stream.get(), -MAX_WBITS); // without a header of its own
     }
     return m_next > 0 && (m_isUnpacked || m_stream) ? LoadError() : LoadError(damagedBytes);

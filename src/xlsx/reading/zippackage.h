@@ -58,10 +58,6 @@ public:
     const LoadError &error() const { return m_error; }
 
 private:
-    struct FreeStream {
-        void operator()(z_stream_s *stream) const;
-    };
-
     LoadError open(const QByteArray &name, qint64 largest);
     int fetch(char *data, int size);
     int unpack(char *data, int size);
@@ -71,7 +67,7 @@ private:
     qint64 m_next = 0; // in the file, up to the end of the packed bytes
     qint64 m_end = 0;
     QByteArray m_packed;
-    std::unique_ptr<z_stream_s, FreeStream> m_stream; // null for what is not packed
+    std::unique_ptr<z_stream_s> m_stream; // null for what is not packed
     bool m_isUnpacked = false;
     quint64 m_size = 0; // of what was unpacked so far
     quint32 m_checksum = 0;
