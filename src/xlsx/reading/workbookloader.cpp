@@ -85,8 +85,9 @@ LoadError readWorkbook(ZipPackage *package, const QByteArray &part, SheetList *s
     return isOther ? LoadError::NotAWorkbook : std::move(error).in(workbook);
 }
 
-// The first visible sheet, or the first of all when none is, but for charts, dialogs and macros. It
-// is missing rather than passed over when nothing leads to it: the next one has other patients.
+// The first visible sheet, or the first of all if none is visible, except for charts, dialogs and
+// macros. If nothing leads to it, it is missing rather than passed over: the next one has other
+// patients.
 LoadError chooseSheet(const ZipPackage &package, const SheetList &sheets,
                       const Relationships &relationships, QByteArray *part)
 {
