@@ -629,8 +629,8 @@ private Q_SLOTS:
         QTest::newRow("password") << compoundFile("EncryptedPackage")
                                   << "This workbook is protected by a password. Save it without "
                                      "one and open that file.";
-        QTest::newRow("damaged") << whole.left(
-            whole.size() / 2) << "This workbook is damaged (archive: it cannot be read).";
+        QTest::newRow("damaged") << whole.left(whole.size() / 2)
+                                 << "This workbook is damaged (archive: it cannot be read).";
         QTest::newRow("damaged cell")
             << bytesOf(badCell)
             << "This workbook is damaged (worksheet, cell C17: this is not a number).";
