@@ -122,8 +122,9 @@ std::optional<bool> toBool(const QByteArray &text)
     return name == "0" || name == "false" ? std::optional<bool>(false) : std::nullopt;
 }
 
-// Below the smallest number the toolkit reports a failure, as for what is none; 0 is right. Beyond
-// the largest one QByteArray gives infinity or 0 depending on the release, QString does not.
+// Below the smallest number the toolkit reports a failure, as for a text that is not a number; 0 is
+// right. Beyond the largest one QByteArray gives infinity or 0 depending on the release, QString
+// does not.
 bool toNumber(const QByteArray &text, double *value)
 {
     static const QRegularExpression decimal(
