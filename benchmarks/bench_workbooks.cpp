@@ -263,11 +263,11 @@ private:
 } // namespace
 
 // Replaces the system's, and measures its time.
-extern "C" int fsync(int file)
+extern "C" int fsync(int fd)
 {
     QElapsedTimer timer;
     timer.start();
-    const auto result = static_cast<int>(syscall(SYS_fsync, file));
+    const auto result = static_cast<int>(syscall(SYS_fsync, fd));
     *diskSeconds += static_cast<double>(timer.nsecsElapsed()) * 1e-9;
     return result;
 }
