@@ -144,7 +144,7 @@ QString plainDigits(const QByteArray &number)
 {
     static const QRegularExpression scientific(
         QStringLiteral(R"(^[+]?(-?)(\d*)\.?(\d*)[eE]([+-]?\d+)$)"));
-    const QString plain = QString::fromLatin1(number.trimmed());
+    QString plain = QString::fromLatin1(number.trimmed());
     const QRegularExpressionMatch match = scientific.match(plain);
     if (!match.hasMatch()) {
         return plain;

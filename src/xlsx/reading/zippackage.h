@@ -18,6 +18,7 @@ class ZipPackage
 {
 public:
     explicit ZipPackage(const WorkbookLimits &limits = {}) : m_left(limits) { }
+    ~ZipPackage() = default;
     Q_DISABLE_COPY_MOVE(ZipPackage)
 
     /// What is left of the limits for all parts together, from which whoever reads them takes.
