@@ -190,8 +190,8 @@ QStringList englishStart()
 QStringList czechStart()
 {
     return texts({"box: Chybné nastavení",
-                  "Soubor s nastavením neexistuje nebo má neplatný formát. Vytvoří se výchozí "
-                  "nastavení.",
+                  ("Soubor s nastavením neexistuje nebo má neplatný formát. Vytvoří se výchozí "
+                   "nastavení."),
                   "OK",
                   "Glymark",
                   "Soubor",
