@@ -56,8 +56,8 @@ QByteArray HandmadeArchive::bytes() const
         const bool hasExtra = path == extraPart;
         QByteArray packed = deflated ? ::deflated(content) : content;
         packed = hasExtra ? packed.chopped(qMin(missing, int(packed.size()))) + surplus : packed;
-        const quint64 size = quint64(content.size());
-        const quint64 packedSize = quint64(packed.size());
+        const auto size = quint64(content.size());
+        const auto packedSize = quint64(packed.size());
         const QByteArray both = le<quint64>(size) + le<quint64>(packedSize);
         const QByteArray usual = le<quint32>(packedSize) + le<quint32>(size);
         const QByteArray sum = le<quint32>(checksum(content));
