@@ -58,13 +58,9 @@ QString withNothingOpened(const QString &reason)
 
 QString shortened(const QString &id)
 {
-    QString line = id.simplified();
-    if (line.size() <= longestNamedId) {
-        return line;
-    }
-    const int length =
-        isSurrogatePairAt(line, longestNamedId - 1) ? longestNamedId - 1 : longestNamedId;
-    return line.left(length) + QChar(0x2026);
+    const QString line = id.simplified();
+    return line.size() <= longestNamedId ? line
+                                         : wholeCharacters(line, longestNamedId) + QChar(0x2026);
 }
 
 QString noPatientsText()

@@ -10,8 +10,13 @@ bool fitsXml(QChar character)
 
 bool isSurrogatePairAt(const QString &text, int index)
 {
-    return index + 1 < text.size() && text.at(index).isHighSurrogate()
+    return index >= 0 && index + 1 < text.size() && text.at(index).isHighSurrogate()
         && text.at(index + 1).isLowSurrogate();
+}
+
+QString wholeCharacters(const QString &text, int length)
+{
+    return text.left(isSurrogatePairAt(text, length - 1) ? length - 1 : length);
 }
 
 QString xmlText(const QString &text)

@@ -6,6 +6,9 @@
 /// Whether the code unit at \p index and the next one are one character beyond U+FFFF.
 bool isSurrogatePairAt(const QString &text, int index);
 
+/// The first \p length code units of \p text, or one fewer where those would end within a character.
+QString wholeCharacters(const QString &text, int length);
+
 /// Whether an XML document can hold \p character, which is no half of a surrogate pair.
 bool fitsXml(QChar character);
 

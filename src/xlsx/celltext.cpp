@@ -93,9 +93,7 @@ QString decode(const QByteArray &utf8)
         text = xmlText(text);
     }
     if (text.size() > FormatLimits::textLength) {
-        const int end = FormatLimits::textLength - 1;
-        text.truncate(isSurrogatePairAt(text, end - 1) ? end - 1 : end);
-        text.append(ellipsis);
+        text = wholeCharacters(text, FormatLimits::textLength - 1) + ellipsis;
     }
     return text;
 }

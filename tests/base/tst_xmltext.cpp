@@ -47,6 +47,18 @@ private Q_SLOTS:
         QVERIFY(!isSurrogatePairAt(text, 3));
         QVERIFY(!isSurrogatePairAt(text.left(2), 1));
         QVERIFY(!isSurrogatePairAt(text.mid(2), 0));
+        QVERIFY(!isSurrogatePairAt(text, -1));
+    }
+
+    void cutsBetweenCharacters()
+    {
+        const QString text = "a\U0001F600z";
+        QCOMPARE(wholeCharacters(text, 0), QString());
+        QCOMPARE(wholeCharacters(text, 1), QString("a"));
+        QCOMPARE(wholeCharacters(text, 2), QString("a"));
+        QCOMPARE(wholeCharacters(text, 3), QString("a\U0001F600"));
+        QCOMPARE(wholeCharacters(text, 4), text);
+        QCOMPARE(wholeCharacters(text, 5), text);
     }
 };
 
