@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "xlsx/reading/compoundfile.h"
 
-#include <cstring>
+#include <QVector>
 
 namespace CompoundFile
 {
@@ -16,11 +16,11 @@ constexpr int nameSize = 64;
 
 QByteArray entryName(const QByteArray &name)
 {
-    QByteArray units(nameSize, '\0');
-    for (int i = 0; i < name.size(); ++i) {
-        units[2 * i] = name.at(i);
+    QByteArray units;
+    for (const char character : name) {
+        units.append(character).append('\0');
     }
-    return units;
+    return units.leftJustified(nameSize, '\0');
 }
 
 } // namespace
@@ -33,15 +33,12 @@ QByteArray signature()
 bool isEncryptedPackage(QFile *file)
 {
     constexpr int pieceSize = 8192 * entrySize;
-    const QByteArray info = entryName("EncryptionInfo");
-    const QByteArray content = entryName("EncryptedPackage");
+    const QVector<QByteArray> names = {entryName("EncryptionInfo"), entryName("EncryptedPackage")};
     file->seek(0);
     for (QByteArray piece = file->read(pieceSize); !piece.isEmpty();
          piece = file->read(pieceSize)) {
         for (int at = 0; at + entrySize <= piece.size(); at += entrySize) {
-            const char *const entry = piece.constData() + at;
-            if (std::memcmp(entry, info.constData(), nameSize) == 0
-                || std::memcmp(entry, content.constData(), nameSize) == 0) {
+            if (names.contains(QByteArray::fromRawData(piece.constData() + at, nameSize))) {
                 return true;
             }
         }
