@@ -315,9 +315,9 @@ private:
     {
         ZipPart part(package, name, 1 << 20);
         QByteArray content;
-        char piece[1000] = {};
-        while (const int count = part.read(piece, sizeof piece)) {
-            content.append(piece, count);
+        QByteArray piece(1000, '\0');
+        while (const int count = part.read(piece.data(), int(piece.size()))) {
+            content.append(piece.constData(), count);
         }
         return part.error() ? "damaged" : content;
     }
