@@ -759,7 +759,13 @@ private:
              lowestUnder(patients, textbookRate).mid(1), moved.at(0).mid(1), moved.at(1).mid(1),
              moved.at(2).mid(1), moved.at(3).mid(1)});
 
-        const int halves = int(count) / 2;
+        addShares(row, patients);
+    }
+
+    template<typename Row>
+    static void addShares(const Row &row, const Patients &patients)
+    {
+        const int halves = int(patients.size()) / 2;
         QCOMPARE(onesUnder(patients, linearLeastSquares), halves);
         QCOMPARE(onesUnder(patients, exponentialFit), halves);
         QCOMPARE(onesUnder(patients, standardDeviation), halves);
@@ -767,7 +773,7 @@ private:
         row("shares of ones",
             "# of the sample's # in four of the six methods, and more only where several patients "
             "lie on the median (# for the median difference, # for the interquartile range).",
-            {halves, count, onesUnder(patients, medianDifference),
+            {halves, patients.size(), onesUnder(patients, medianDifference),
              onesUnder(patients, interquartileRange)});
     }
 

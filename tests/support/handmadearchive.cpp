@@ -80,19 +80,22 @@ QByteArray HandmadeArchive::bytes() const
             + le<quint16>(quint64(central.size())) + QByteArray(10, '\0')
             + (zip64 ? le<quint32>(wide) : offset) + name + central;
     }
-    const quint64 at = base + quint64(archive.size());
+    return archive + list + end(base + quint64(archive.size()), quint64(list.size()));
+}
+
+// What follows the list of \p size bytes at \p offset.
+QByteArray HandmadeArchive::end(quint64 offset, quint64 size) const
+{
     const QByteArray count = le<quint16>(quint64(parts.size()));
-    const QByteArray longCount = le<quint64>(quint64(parts.size()));
-    archive += list;
+    QByteArray records;
+    QByteArray numbers = count + count + le<quint32>(size) + le<quint32>(offset);
     if (zip64) {
-        const quint64 recordAt = base + quint64(archive.size());
-        archive += "PK\6\6" + le<quint64>(44) + le<quint32>(0) + le<quint64>(0) + longCount
-            + longCount + le<quint64>(quint64(list.size())) + le<quint64>(at);
-        archive += "PK\6\7" + le<quint32>(0) + le<quint64>(recordAt) + le<quint32>(1);
+        const QByteArray longCount = le<quint64>(quint64(parts.size()));
+        records = "PK\6\6" + le<quint64>(44) + le<quint32>(0) + le<quint64>(0) + longCount
+            + longCount + le<quint64>(size) + le<quint64>(offset) + "PK\6\7" + le<quint32>(0)
+            + le<quint64>(offset + size) + le<quint32>(1);
+        numbers = QByteArray(12, '\xff');
     }
-    const QByteArray ends = zip64
-        ? le<quint16>(0xffff) + le<quint16>(0xffff) + sizes
-        : count + count + le<quint32>(quint64(list.size())) + le<quint32>(at);
-    return archive + "PK\5\6" + le<quint32>(0) + ends + le<quint16>(quint64(comment.size()))
+    return records + "PK\5\6" + le<quint32>(0) + numbers + le<quint16>(quint64(comment.size()))
         + comment;
 }

@@ -30,4 +30,7 @@ struct HandmadeArchive {
     static QByteArray extra(quint16 id, const QByteArray &content);
     /// The extra field that gives a part named \p name the name \p other.
     static QByteArray unicodePath(const QByteArray &name, const QByteArray &other);
+
+private:
+    QByteArray end(quint64 offset, quint64 size) const;
 };

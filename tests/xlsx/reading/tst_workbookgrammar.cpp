@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include <array>
+
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -478,15 +480,47 @@ Outcome outcomeAt(const Place &place, const Intrusion &intrusion)
                                                                           : intrusion.outcome;
 }
 
+// Where the XML of most rules goes: before a text of that member, or at its end.
+struct Insertion {
+    Where where;
+    QByteArray HandmadeWorkbook::*into;
+    const char *before = nullptr;
+};
+
+constexpr std::array<Insertion, 14> insertions = {{
+    {InWorkbook, &HandmadeWorkbook::properties},
+    {InSheets, &HandmadeWorkbook::sheets},
+    {InSheet, &HandmadeWorkbook::sheets, "/>"},
+    {InRelationships, &HandmadeWorkbook::relationships},
+    {InStyles, &HandmadeWorkbook::styles},
+    {InNumberFormats, &HandmadeWorkbook::styles, "</numFmts>"},
+    {InFormats, &HandmadeWorkbook::styles, R"(<xf numFmtId="165")"},
+    {InFormat, &HandmadeWorkbook::styles, R"(/><xf numFmtId="165")"},
+    {InStrings, &HandmadeWorkbook::strings},
+    {InText, &HandmadeWorkbook::strings, "</si>"},
+    {InSheetData, &HandmadeWorkbook::rows},
+    {InRow, &HandmadeWorkbook::rows, "</row>"},
+    {InRowElement, &HandmadeWorkbook::rows, R"(r="2")"},
+    {InValue, &HandmadeWorkbook::rows, "</c></row>"},
+}};
+
+void insert(const Rule &rule, HandmadeWorkbook *workbook)
+{
+    for (const Insertion &insertion : insertions) {
+        if (insertion.where == rule.where) {
+            QByteArray *const into = &(workbook->*insertion.into);
+            const int at = insertion.before == nullptr ? int(into->size())
+                                                       : int(into->indexOf(insertion.before));
+            Q_ASSERT(at >= 0);
+            into->insert(at, ' ' + QByteArray(rule.xml) + ' ');
+        }
+    }
+}
+
 HandmadeWorkbook workbookOf(const Rule &rule)
 {
     HandmadeWorkbook workbook = onePatient();
     const QByteArray xml = rule.xml;
-    const auto put = [&xml](QByteArray *into, const char *before) {
-        const int at = int(into->indexOf(before));
-        Q_ASSERT(at >= 0);
-        into->insert(at, xml);
-    };
     switch (rule.where) {
     case InPackageRelationships:
         workbook.more = {{"_rels/.rels",
@@ -494,57 +528,30 @@ HandmadeWorkbook workbookOf(const Rule &rule)
                               + workbook.relationship("book", "officeDocument", "xl/workbook.xml")
                               + xml + "</Relationships>"}};
         break;
-    case InWorkbook:
-        workbook.properties = xml;
-        break;
-    case InSheets:
-        workbook.sheets += xml;
-        break;
-    case InSheet:
-        workbook.sheets.replace("/>", ' ' + xml + "/>");
-        break;
-    case InRelationships:
-        workbook.relationships = xml;
-        break;
-    case InStyles:
-        workbook.styles += xml;
-        break;
-    case InNumberFormats:
-        put(&workbook.styles, "</numFmts>");
-        break;
-    case InFormats:
-        put(&workbook.styles, R"(<xf numFmtId="165")");
-        break;
-    case InFormat:
-        workbook.styles.replace(R"(<xf numFmtId="164")", R"(<xf numFmtId="164" )" + xml);
-        break;
-    case InStrings:
-        workbook.strings += xml;
-        break;
-    case InText:
-        put(&workbook.strings, "</si>");
-        break;
     case InWorksheet:
         workbook.more = {
             {workbook.sheetPart,
              workbook.part("worksheet",
                            xml + "<sheetData>" + workbook.rows + "</sheetData>" + xml)}};
         break;
-    case InSheetData:
-        workbook.rows += xml;
-        break;
-    case InRow:
-        put(&workbook.rows, "</row>");
-        break;
-    case InRowElement:
-        workbook.rows.replace("<row ", "<row " + xml + ' ');
-        break;
-    case InValueCell:
+    case InValueCell: // in place of the format
         workbook.rows.replace(R"(<c r="B2" s="1")", R"(<c r="B2" )" + xml);
         break;
-    case InValue:
-        put(&workbook.rows, "</c></row>");
-        break;
+    default:
+        insert(rule, &workbook);
+    }
+    return workbook;
+}
+
+HandmadeWorkbook twoWorkbooks()
+{
+    HandmadeWorkbook workbook = onePatient();
+    const QByteArray other = workbook.relationship("other", "officeDocument", "xl/other.xml");
+    workbook.more = workbook.parts();
+    for (auto &part : workbook.more) {
+        if (part.first == "_rels/.rels") {
+            part.second.replace("</", other + "</");
+        }
     }
     return workbook;
 }
@@ -829,25 +836,14 @@ private Q_SLOTS:
         compareDamage(load(workbook), "worksheet", "it is not well-formed XML");
     }
 
-    void damageSaysWhereAndWhat_data()
+    void damageOfACellSaysWhereAndWhat_data()
     {
-        QTest::addColumn<HandmadeWorkbook>("workbook");
-        QTest::addColumn<QByteArray>("part");
+        QTest::addColumn<QByteArray>("xml");
         QTest::addColumn<QByteArray>("damage");
-        QTest::addColumn<QString>("cell");
-        const auto row = [](const char *name, const HandmadeWorkbook &workbook,
-                            const QByteArray &part, const QByteArray &damage,
-                            const QString &cell = {}) {
-            QTest::newRow(name) << workbook << part << damage << cell;
-        };
-        const auto cell = [row](const char *name, const char *xml, const QByteArray &damage,
-                                const QString &where = "C2") {
-            row(name, onePatient(xml), "worksheet", damage, where);
-        };
-        const auto replaced = [](const QString &part, const QByteArray &content) {
-            HandmadeWorkbook workbook = onePatient();
-            workbook.more = {{part, content}};
-            return workbook;
+        QTest::addColumn<QString>("place");
+        const auto cell = [](const char *name, const char *xml, const QByteArray &damage,
+                             const QString &place = "C2") {
+            QTest::newRow(name) << QByteArray(xml) << damage << place;
         };
         cell("number", R"(<c r="C2"><v>x</v></c>)", "this is not a number");
         cell("truth", R"(<c r="C2" t="b"><v>x</v></c>)", "this is neither true nor false");
@@ -868,6 +864,30 @@ private Q_SLOTS:
              {});
         cell("element after the cell", R"(<c r="C2"><v>6</v></c><w/>)",
              "an element does not belong there", {});
+    }
+
+    void damageOfACellSaysWhereAndWhat()
+    {
+        QFETCH(const QByteArray, xml);
+        QFETCH(const QByteArray, damage);
+        QFETCH(const QString, place);
+        compareDamage(load(onePatient(xml)), "worksheet", damage, place);
+    }
+
+    void damageOfAPartSaysWhereAndWhat_data()
+    {
+        QTest::addColumn<HandmadeWorkbook>("workbook");
+        QTest::addColumn<QByteArray>("part");
+        QTest::addColumn<QByteArray>("damage");
+        const auto row = [](const char *name, const HandmadeWorkbook &workbook,
+                            const QByteArray &part, const QByteArray &damage) {
+            QTest::newRow(name) << workbook << part << damage;
+        };
+        const auto replaced = [](const QString &part, const QByteArray &content) {
+            HandmadeWorkbook workbook = onePatient();
+            workbook.more = {{part, content}};
+            return workbook;
+        };
         row("list of the package", replaced("_rels/.rels", "<"), "relationships of the package",
             "it is not well-formed XML");
         row("workbook",
@@ -889,25 +909,15 @@ private Q_SLOTS:
         HandmadeWorkbook noWorkbook = onePatient();
         noWorkbook.workbookTarget = "xl/none.xml";
         row("missing workbook", noWorkbook, "workbook", "it is missing");
-        HandmadeWorkbook twoWorkbooks = onePatient();
-        const QByteArray other =
-            twoWorkbooks.relationship("other", "officeDocument", "xl/other.xml");
-        twoWorkbooks.more = twoWorkbooks.parts();
-        for (auto &part : twoWorkbooks.more) {
-            if (part.first == "_rels/.rels") {
-                part.second.replace("</", other + "</");
-            }
-        }
-        row("two workbooks", twoWorkbooks, "workbook", "it occurs twice");
+        row("two workbooks", twoWorkbooks(), "workbook", "it occurs twice");
     }
 
-    void damageSaysWhereAndWhat()
+    void damageOfAPartSaysWhereAndWhat()
     {
         QFETCH(const HandmadeWorkbook, workbook);
         QFETCH(const QByteArray, part);
         QFETCH(const QByteArray, damage);
-        QFETCH(const QString, cell);
-        compareDamage(load(workbook), part, damage, cell);
+        compareDamage(load(workbook), part, damage);
     }
 
 private:

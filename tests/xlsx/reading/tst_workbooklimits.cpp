@@ -104,7 +104,7 @@ private Q_SLOTS:
     {
         QTest::addColumn<Setter>("set");
         QTest::addColumn<qint64>("reached");
-        const auto row = [](const char *name, const Setter &set, qint64 reached) {
+        const auto row = [](const char *name, qint64 reached, const Setter &set) {
             QTest::newRow(name) << set << reached;
         };
         qint64 largestPart = 0;
@@ -118,31 +118,22 @@ private Q_SLOTS:
         }
         richWorkbook().save(path());
 
-        row(
-            "bytes of the file", [](auto *l, qint64 n) { l->fileSize = n; },
-            QFileInfo(path()).size());
-        row(
-            "bytes of a part", [](auto *l, qint64 n) { l->partSize = n; }, largestPart);
-        row(
-            "bytes of a list", [](auto *l, qint64 n) { l->listSize = n; }, largestList);
-        row(
-            "bytes of all parts", [](auto *l, qint64 n) { l->unpackedSize = n; }, allParts);
+        row("bytes of the file", QFileInfo(path()).size(),
+            [](auto *l, qint64 n) { l->fileSize = n; });
+        row("bytes of a part", largestPart, [](auto *l, qint64 n) { l->partSize = n; });
+        row("bytes of a list", largestList, [](auto *l, qint64 n) { l->listSize = n; });
+        row("bytes of all parts", allParts, [](auto *l, qint64 n) { l->unpackedSize = n; });
         // worksheet, sheetData, row, c, v
-        row(
-            "elements inside each other", [](auto *l, qint64 n) { l->depth = int(n); }, 5);
+        row("elements inside each other", 5, [](auto *l, qint64 n) { l->depth = int(n); });
         // r, t, s
-        row(
-            "attributes of an element", [](auto *l, qint64 n) { l->attributes = int(n); }, 3);
-        row(
-            "cell formats", [](auto *l, qint64 n) { l->cellFormats = int(n); }, 4);
+        row("attributes of an element", 3, [](auto *l, qint64 n) { l->attributes = int(n); });
+        row("cell formats", 4, [](auto *l, qint64 n) { l->cellFormats = int(n); });
         // number formats; there are three relationships and a sheet
-        row(
-            "entries of a list", [](auto *l, qint64 n) { l->listEntries = int(n); }, 5);
+        row("entries of a list", 5, [](auto *l, qint64 n) { l->listEntries = int(n); });
         // Three cells in two rows; texts of three and two letters in the table.
         const WorkbookLimits costs;
-        row(
-            "memory", [](auto *l, qint64 n) { l->memory = n; },
-            3 * costs.cellCost + 2 * costs.rowCost + 2 * costs.textCost + 10);
+        row("memory", 3 * costs.cellCost + 2 * costs.rowCost + 2 * costs.textCost + 10,
+            [](auto *l, qint64 n) { l->memory = n; });
     }
 
     void limitsAreExact()

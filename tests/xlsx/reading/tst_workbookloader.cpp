@@ -62,6 +62,151 @@ const QByteArray dateStyles = R"(<numFmts><numFmt numFmtId="164" formatCode="d.m
                               R"(<xf numFmtId="164"/><xf numFmtId="165"/><xf numFmtId="200"/>)"
                               R"(</cellXfs>)";
 
+// With a text in the table and a format of dates.
+HandmadeWorkbook withRows(const QByteArray &rows)
+{
+    HandmadeWorkbook workbook;
+    workbook.rows = rows;
+    workbook.styles = dateStyles;
+    workbook.strings = "<si><t>one</t></si>";
+    return workbook;
+}
+
+void contentRow(const char *name, const char *cell, const QVariant &expected)
+{
+    QTest::newRow(name) << QByteArray(cell) << expected;
+}
+
+QVariant text(const char *characters)
+{
+    return QString::fromUtf8(characters);
+}
+
+void numberRows()
+{
+    contentRow("number without a type", R"(<c r="B2"><v>50.5</v></c>)", 50.5);
+    contentRow("number with a type", R"(<c r="B2" t="n"><v>-3</v></c>)", -3.0);
+    contentRow("number with an exponent", R"(<c r="B2"><v>1.5E-3</v></c>)", 0.0015);
+    contentRow("number with blanks", "<c r=\"B2\"><v> 7\n</v></c>", 7.0);
+    contentRow("number with tabs", "<c r=\"B2\"><v>\t7\t</v></c>", 7.0);
+    contentRow("number with a carriage return after it", R"(<c r="B2"><v>7&#13;</v></c>)", 7.0);
+    contentRow("number without digits before the point", R"(<c r="B2"><v>.5</v></c>)", 0.5);
+    contentRow("number without digits after the point", R"(<c r="B2"><v>+5.</v></c>)", 5.0);
+    contentRow("number too small for a double", R"(<c r="B2"><v>1e-400</v></c>)", 0.0);
+    contentRow("number under a format of numbers", R"(<c r="B2" s="3"><v>42</v></c>)", 42.0);
+}
+
+void digitRows()
+{
+    contentRow("number as identifier", R"(<c r="A2"><v>1000000</v></c>)", text("1000000"));
+    contentRow("digits as they stand", R"(<c r="A2"><v>007.10</v></c>)", text("007.10"));
+    contentRow("digits written out", R"(<c r="A2"><v>1E+06</v></c>)", text("1000000"));
+    contentRow("digits of a fraction", R"(<c r="A2"><v>-1.25e-3</v></c>)", text("-0.00125"));
+    contentRow("digits around the point", R"(<c r="A2"><v>12.345E1</v></c>)", text("123.45"));
+    contentRow("digits after a plus", R"(<c r="A2"><v>+1e2</v></c>)", text("100"));
+    contentRow("digits of zero", R"(<c r="A2"><v>0E+03</v></c>)", text("0"));
+    contentRow("zeros before the digits", R"(<c r="A2"><v>007e1</v></c>)", text("70"));
+    contentRow("zeros after the digits", R"(<c r="A2"><v>1.500e1</v></c>)", text("15"));
+    // The least exponent has no positive counterpart.
+    contentRow("least exponent", R"(<c r="A2"><v>1e-2147483648</v></c>)", text("0"));
+    contentRow("least exponent of more digits", R"(<c r="A2"><v>12345e-2147483648</v></c>)",
+               text("0"));
+    contentRow("negative with the least exponent", R"(<c r="A2"><v>-1e-2147483648</v></c>)",
+               text("0"));
+    contentRow("exponent beyond the least", R"(<c r="A2"><v>1e-2147483649</v></c>)", text("0"));
+    contentRow("more digits than a double", R"(<c r="A2"><v>12345678901234567890</v></c>)",
+               text("12345678901234567890"));
+}
+
+void textRows()
+{
+    contentRow("shared text", R"(<c r="B2" t="s"><v>0</v></c>)", text("one"));
+    contentRow("shared text of runs without phonetics", R"(<c r="B2" t="s"><v>1</v></c>)",
+               text("two and three"));
+    contentRow("shared text with blanks", R"(<c r="A2" t="s"><v>2</v></c>)", text("  four "));
+    contentRow("inline text", R"(<c r="B2" t="inlineStr"><is><t>in</t></is></c>)", text("in"));
+    contentRow("inline text of runs without phonetics",
+               R"(<c r="B2" t="inlineStr"><is><r><rPr><b/></rPr><t>in</t></r><r><t> runs</t></r>)"
+               R"(<rPh sb="0" eb="1"><t>no</t></rPh></is></c>)",
+               text("in runs"));
+    contentRow("text that looks like a formula",
+               R"(<c r="B2" t="inlineStr"><is><t>=1+1</t></is></c>)", text("=1+1"));
+    contentRow("text that looks like an address",
+               R"(<c r="B2" t="inlineStr"><is><t>mailto:a@b.c</t></is></c>)", text("mailto:a@b.c"));
+    contentRow("text that looks like markup",
+               R"(<c r="B2" t="inlineStr"><is><t>&lt;b&gt;x&lt;/b&gt;</t></is></c>)",
+               text("<b>x</b>"));
+}
+
+void otherRows()
+{
+    contentRow("true", R"(<c r="B2" t="b"><v>1</v></c>)", true);
+    contentRow("false", R"(<c r="B2" t="b"><v>0</v></c>)", false);
+    contentRow("false in a word", R"(<c r="B2" t="b"><v>false</v></c>)", false);
+    contentRow("computed number", R"(<c r="B2"><f>SUM(C2:D2)</f><v>61</v></c>)", 61.0);
+    contentRow("computed number of a shared formula",
+               R"(<c r="B2"><f t="shared" ref="B2:B3" si="0">C2</f><v>61</v></c>)", 61.0);
+    contentRow("computed text", R"(<c r="A2" t="str"><f>"P"</f><v>P</v></c>)", text("P"));
+    contentRow("computed text with an escape", R"(<c r="A2" t="str"><f>X</f><v>_x0041_</v></c>)",
+               text("A"));
+    contentRow("computed truth", R"(<c r="B2" t="b"><f>TRUE()</f><v>1</v></c>)", true);
+    contentRow("error", R"(<c r="B2" t="e"><v>#DIV/0!</v></c>)", text("#DIV/0!"));
+    contentRow("content beside elements that may be ignored",
+               R"(<c r="B2"><x:y xmlns:x="urn:x" mc:Ignorable="x" xmlns:mc=)"
+               R"("http://schemas.openxmlformats.org/markup-compatibility/2006"><x:v>9</x:v></x:y>)"
+               "<v>5</v></c>",
+               5.0);
+    contentRow("marked section", R"(<c r="A2" t="inlineStr"><is><t><![CDATA[<a>]]></t></is></c>)",
+               text("<a>"));
+    contentRow("comment inside", R"(<c r="B2"><v>4<!-- 3 -->2</v></c>)", 42.0);
+}
+
+// What a text in XML means.
+struct TextRow {
+    const char *name;
+    const char *xml;
+    const char *expected;
+};
+constexpr std::array<TextRow, 27> textContents = {{
+    {"line feed", "a\nb", "a\nb"},
+    {"tab", "a\tb", "a\tb"},
+    {"carriage return", "a\rb", "a\nb"},
+    {"carriage return and line feed", "a&#13;\nb", "a\nb"},
+    {"escaped carriage return", "a_x000D_b", "a\nb"},
+    {"escaped carriage return before a line feed", "a_x000D_\nb", "a\nb"},
+    {"escaped tab", "a_x0009_b", "a\tb"},
+    {"escaped page end", "a_x000C_b", "a b"},
+    {"next line",
+     "a\xC2\x85"
+     "b",
+     "a\u0085b"},
+    {"escape of small letters", "_x004a_", "J"},
+    {"escaped escape", "_x005F_x000D_", "_x000D_"},
+    {"no escape", "_x00G0_ _x00_", "_x00G0_ _x00_"},
+    {"escape at the end", "a_x0041", "a_x0041"},
+    {"escape without an end", "_x0041Ab", "_x0041Ab"},
+    {"escape of another letter", "_y0041_ _x", "_y0041_ _x"},
+    {"escaped control character", "a_x0001_b", "a\uFFFDb"},
+    {"escaped null", "a_x0000_b", "a\uFFFDb"},
+    {"control character above 127", "a&#x9B;b", "a\u009Bb"},
+    {"delete",
+     "a\x7F"
+     "b",
+     "a\x7F"
+     "b"},
+    {"last control character", "a&#x9F;b", "a\u009Fb"},
+    {"blank that does not break after a control character",
+     "_x0001_\xC2\xA0"
+     "b",
+     "\uFFFD\u00A0b"},
+    {"first half of all", "a_xD800_b", "a\uFFFDb"},
+    {"half of a pair", "a_xD83D_b", "a\uFFFDb"},
+    {"whole pair", "_xD83D__xDE00_", "\U0001F600"},
+    {"pair the wrong way round", "_xDE00__xD83D_", "\uFFFD\uFFFD"},
+    {"no character", "a_xFFFF_", "a\uFFFD"},
+    {"characters of all sizes", "A\xC4\x8D\xE2\x82\xAC\xF0\x9F\x98\x80", "A\u010D\u20AC\U0001F600"},
+}};
+
 } // namespace
 
 class TestWorkbookLoader : public QObject
@@ -97,75 +242,10 @@ private Q_SLOTS:
     {
         QTest::addColumn<QByteArray>("cell");
         QTest::addColumn<QVariant>("expected");
-        const auto row = [](const char *name, const char *cell, const QVariant &expected) {
-            QTest::newRow(name) << QByteArray(cell) << expected;
-        };
-        const auto text = [](const char *characters) {
-            return QVariant(QString::fromUtf8(characters));
-        };
-        row("number without a type", R"(<c r="B2"><v>50.5</v></c>)", 50.5);
-        row("number with a type", R"(<c r="B2" t="n"><v>-3</v></c>)", -3.0);
-        row("number with an exponent", R"(<c r="B2"><v>1.5E-3</v></c>)", 0.0015);
-        row("number with blanks", "<c r=\"B2\"><v> 7\n</v></c>", 7.0);
-        row("number with tabs", "<c r=\"B2\"><v>\t7\t</v></c>", 7.0);
-        row("number with a carriage return after it", R"(<c r="B2"><v>7&#13;</v></c>)", 7.0);
-        row("number without digits before the point", R"(<c r="B2"><v>.5</v></c>)", 0.5);
-        row("number without digits after the point", R"(<c r="B2"><v>+5.</v></c>)", 5.0);
-        row("number too small for a double", R"(<c r="B2"><v>1e-400</v></c>)", 0.0);
-        row("number under a format of numbers", R"(<c r="B2" s="3"><v>42</v></c>)", 42.0);
-        row("number as identifier", R"(<c r="A2"><v>1000000</v></c>)", text("1000000"));
-        row("digits as they stand", R"(<c r="A2"><v>007.10</v></c>)", text("007.10"));
-        row("digits written out", R"(<c r="A2"><v>1E+06</v></c>)", text("1000000"));
-        row("digits of a fraction", R"(<c r="A2"><v>-1.25e-3</v></c>)", text("-0.00125"));
-        row("digits around the point", R"(<c r="A2"><v>12.345E1</v></c>)", text("123.45"));
-        row("digits after a plus", R"(<c r="A2"><v>+1e2</v></c>)", text("100"));
-        row("digits of zero", R"(<c r="A2"><v>0E+03</v></c>)", text("0"));
-        row("zeros before the digits", R"(<c r="A2"><v>007e1</v></c>)", text("70"));
-        row("zeros after the digits", R"(<c r="A2"><v>1.500e1</v></c>)", text("15"));
-        // The least exponent has no positive counterpart.
-        row("least exponent", R"(<c r="A2"><v>1e-2147483648</v></c>)", text("0"));
-        row("least exponent of more digits", R"(<c r="A2"><v>12345e-2147483648</v></c>)",
-            text("0"));
-        row("negative with the least exponent", R"(<c r="A2"><v>-1e-2147483648</v></c>)",
-            text("0"));
-        row("exponent beyond the least", R"(<c r="A2"><v>1e-2147483649</v></c>)", text("0"));
-        row("more digits than a double", R"(<c r="A2"><v>12345678901234567890</v></c>)",
-            text("12345678901234567890"));
-        row("shared text", R"(<c r="B2" t="s"><v>0</v></c>)", text("one"));
-        row("shared text of runs without phonetics", R"(<c r="B2" t="s"><v>1</v></c>)",
-            text("two and three"));
-        row("shared text with blanks", R"(<c r="A2" t="s"><v>2</v></c>)", text("  four "));
-        row("inline text", R"(<c r="B2" t="inlineStr"><is><t>in</t></is></c>)", text("in"));
-        row("inline text of runs without phonetics",
-            R"(<c r="B2" t="inlineStr"><is><r><rPr><b/></rPr><t>in</t></r><r><t> runs</t></r>)"
-            R"(<rPh sb="0" eb="1"><t>no</t></rPh></is></c>)",
-            text("in runs"));
-        row("text that looks like a formula", R"(<c r="B2" t="inlineStr"><is><t>=1+1</t></is></c>)",
-            text("=1+1"));
-        row("text that looks like an address",
-            R"(<c r="B2" t="inlineStr"><is><t>mailto:a@b.c</t></is></c>)", text("mailto:a@b.c"));
-        row("text that looks like markup",
-            R"(<c r="B2" t="inlineStr"><is><t>&lt;b&gt;x&lt;/b&gt;</t></is></c>)",
-            text("<b>x</b>"));
-        row("true", R"(<c r="B2" t="b"><v>1</v></c>)", true);
-        row("false", R"(<c r="B2" t="b"><v>0</v></c>)", false);
-        row("false in a word", R"(<c r="B2" t="b"><v>false</v></c>)", false);
-        row("computed number", R"(<c r="B2"><f>SUM(C2:D2)</f><v>61</v></c>)", 61.0);
-        row("computed number of a shared formula",
-            R"(<c r="B2"><f t="shared" ref="B2:B3" si="0">C2</f><v>61</v></c>)", 61.0);
-        row("computed text", R"(<c r="A2" t="str"><f>"P"</f><v>P</v></c>)", text("P"));
-        row("computed text with an escape", R"(<c r="A2" t="str"><f>X</f><v>_x0041_</v></c>)",
-            text("A"));
-        row("computed truth", R"(<c r="B2" t="b"><f>TRUE()</f><v>1</v></c>)", true);
-        row("error", R"(<c r="B2" t="e"><v>#DIV/0!</v></c>)", text("#DIV/0!"));
-        row("content beside elements that may be ignored",
-            R"(<c r="B2"><x:y xmlns:x="urn:x" mc:Ignorable="x" xmlns:mc=)"
-            R"("http://schemas.openxmlformats.org/markup-compatibility/2006"><x:v>9</x:v></x:y>)"
-            "<v>5</v></c>",
-            5.0);
-        row("marked section", R"(<c r="A2" t="inlineStr"><is><t><![CDATA[<a>]]></t></is></c>)",
-            text("<a>"));
-        row("comment inside", R"(<c r="B2"><v>4<!-- 3 -->2</v></c>)", 42.0);
+        numberRows();
+        digitRows();
+        textRows();
+        otherRows();
     }
 
     void cellGivesItsContent()
@@ -306,54 +386,9 @@ private Q_SLOTS:
 
     void textKeepsWhatXmlCanHold_data()
     {
-        struct Row {
-            const char *name;
-            const char *xml;
-            const char *expected;
-        };
-        constexpr std::array<Row, 27> rows = {{
-            {"line feed", "a\nb", "a\nb"},
-            {"tab", "a\tb", "a\tb"},
-            {"carriage return", "a\rb", "a\nb"},
-            {"carriage return and line feed", "a&#13;\nb", "a\nb"},
-            {"escaped carriage return", "a_x000D_b", "a\nb"},
-            {"escaped carriage return before a line feed", "a_x000D_\nb", "a\nb"},
-            {"escaped tab", "a_x0009_b", "a\tb"},
-            {"escaped page end", "a_x000C_b", "a b"},
-            {"next line",
-             "a\xC2\x85"
-             "b",
-             "a\u0085b"},
-            {"escape of small letters", "_x004a_", "J"},
-            {"escaped escape", "_x005F_x000D_", "_x000D_"},
-            {"no escape", "_x00G0_ _x00_", "_x00G0_ _x00_"},
-            {"escape at the end", "a_x0041", "a_x0041"},
-            {"escape without an end", "_x0041Ab", "_x0041Ab"},
-            {"escape of another letter", "_y0041_ _x", "_y0041_ _x"},
-            {"escaped control character", "a_x0001_b", "a\uFFFDb"},
-            {"escaped null", "a_x0000_b", "a\uFFFDb"},
-            {"control character above 127", "a&#x9B;b", "a\u009Bb"},
-            {"delete",
-             "a\x7F"
-             "b",
-             "a\x7F"
-             "b"},
-            {"last control character", "a&#x9F;b", "a\u009Fb"},
-            {"blank that does not break after a control character",
-             "_x0001_\xC2\xA0"
-             "b",
-             "\uFFFD\u00A0b"},
-            {"first half of all", "a_xD800_b", "a\uFFFDb"},
-            {"half of a pair", "a_xD83D_b", "a\uFFFDb"},
-            {"whole pair", "_xD83D__xDE00_", "\U0001F600"},
-            {"pair the wrong way round", "_xDE00__xD83D_", "\uFFFD\uFFFD"},
-            {"no character", "a_xFFFF_", "a\uFFFD"},
-            {"characters of all sizes", "A\xC4\x8D\xE2\x82\xAC\xF0\x9F\x98\x80",
-             "A\u010D\u20AC\U0001F600"},
-        }};
         QTest::addColumn<QByteArray>("xml");
         QTest::addColumn<QString>("expected");
-        for (const Row &row : rows) {
+        for (const TextRow &row : textContents) {
             QTest::newRow(row.name) << QByteArray(row.xml) << QString::fromUtf8(row.expected);
         }
     }
@@ -602,15 +637,8 @@ private Q_SLOTS:
     void brokenCellIsRefused_data()
     {
         QTest::addColumn<HandmadeWorkbook>("workbook");
-        const auto rows = [](const char *name, const QByteArray &content) {
-            HandmadeWorkbook workbook;
-            workbook.rows = content;
-            workbook.styles = dateStyles;
-            workbook.strings = "<si><t>one</t></si>";
-            QTest::newRow(name) << workbook;
-        };
-        const auto cell = [rows](const char *name, const char *content) {
-            rows(name, secondRow(content));
+        const auto cell = [](const char *name, const char *content) {
+            QTest::newRow(name) << withRows(secondRow(content));
         };
         cell("number that is none", R"(<c r="B2"><v>5,5</v></c>)");
         cell("number that is not finite", R"(<c r="B2"><v>1e999</v></c>)");
@@ -636,6 +664,19 @@ private Q_SLOTS:
         cell("reference without a row", R"(<c r="B"><v>1</v></c>)");
         cell("reference without a column", R"(<c r="2"><v>1</v></c>)");
         cell("reference with more after it", R"(<c r="B2x"><v>1</v></c>)");
+    }
+
+    void brokenCellIsRefused()
+    {
+        compareDamaged();
+    }
+
+    void brokenRowIsRefused_data()
+    {
+        QTest::addColumn<HandmadeWorkbook>("workbook");
+        const auto rows = [](const char *name, const char *content) {
+            QTest::newRow(name) << withRows(content);
+        };
         rows("same row twice",
              R"(<row r="2"><c r="A2"><v>1</v></c></row><row r="2"><c r="A2"><v>2</v></c></row>)");
         rows("row 0", R"(<row r="0"/>)");
@@ -645,7 +686,7 @@ private Q_SLOTS:
         rows("second sheet data", R"(<row r="1"/></sheetData><sheetData>)");
     }
 
-    void brokenCellIsRefused()
+    void brokenRowIsRefused()
     {
         compareDamaged();
     }

@@ -45,6 +45,8 @@ public:
 
 private:
     void writeElement(const XmlPiece &element, Bindings scope, int depth);
+    void writeBindings(const Bindings &bindings);
+    void writeContent(const XmlPiece &element, const Bindings &scope, int depth);
     void writeText(const QString &text);
     QString prefixFor(const QString &space, bool ofAttribute, Bindings *scope, Bindings *here);
     void addEscaped(const QString &text, bool ofAttribute, QString *out);
@@ -101,19 +103,32 @@ void Writer::writeElement(const XmlPiece &element, Bindings scope, int depth)
     }
     m_out += '<';
     addName(prefix, element.name, &m_out);
-    for (const auto &binding : qAsConst(here)) {
-        m_out += binding.first.isEmpty() ? " xmlns" : " xmlns:";
-        m_out += binding.first;
-        m_out += "=\"";
-        m_out += binding.second;
-        m_out += '"';
-    }
+    writeBindings(here);
     m_out += m_attributes;
     if (element.content.empty()) {
         m_out += "/>";
         return;
     }
     m_out += '>';
+    writeContent(element, scope, depth);
+    m_out += "</";
+    addName(prefix, element.name, &m_out);
+    m_out += '>';
+}
+
+void Writer::writeBindings(const Bindings &bindings)
+{
+    for (const auto &[prefix, space] : bindings) {
+        m_out += prefix.isEmpty() ? " xmlns" : " xmlns:";
+        m_out += prefix;
+        m_out += "=\"";
+        m_out += space;
+        m_out += '"';
+    }
+}
+
+void Writer::writeContent(const XmlPiece &element, const Bindings &scope, int depth)
+{
     const bool indented = m_style.indented
         && std::all_of(element.content.begin(), element.content.end(),
                        [](const XmlPiece &piece) { return piece.kind == XmlPiece::Element; });
@@ -122,9 +137,6 @@ void Writer::writeElement(const XmlPiece &element, Bindings scope, int depth)
         write(piece, scope, depth + 1);
     }
     m_out += indented ? '\n' + QString(depth, ' ') : QString();
-    m_out += "</";
-    addName(prefix, element.name, &m_out);
-    m_out += '>';
 }
 
 void Writer::writeText(const QString &text)
