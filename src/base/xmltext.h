@@ -6,7 +6,7 @@
 /// Whether the code unit at \p index and the next one are one character beyond U+FFFF.
 bool isSurrogatePairAt(const QString &text, int index);
 
-/// The first \p length code units of \p text, or one fewer where those would end within a character.
+/// The first \p length code units of \p text, or one fewer if those would end within a character.
 QString wholeCharacters(const QString &text, int length);
 
 /// Whether an XML document can hold \p character, which is no half of a surrogate pair.

@@ -415,7 +415,7 @@ private Q_SLOTS:
     {
         QFETCH(const QByteArray, moment);
         HandmadeWorkbook workbook = patient({});
-        workbook.rows = "<row r=\"2\"><c r=\"A2\" t=\"d\"><v>" + moment + "</v></c></row>";
+        workbook.rows = "<row r='2'><c r='A2' t='d'><v>" + moment + "</v></c></row>";
         const LoadedWorkbook loaded = load(workbook);
         QCOMPARE(loaded.error.reason, LoadError::None);
         QCOMPARE(readPatientId(*loaded.document, 2), QString("########"));
