@@ -148,6 +148,19 @@ private Q_SLOTS:
         QCOMPARE(loadWorkbook(path(), 1, limits).error.reason, LoadError::TooLarge);
     }
 
+    // The start of the first element is the first item, and the wrong one there ends the reading.
+    void limitOfItemsIsExact()
+    {
+        HandmadeWorkbook workbook;
+        workbook.more = {{"_rels/.rels", "<a/>"}};
+        workbook.save(path());
+        WorkbookLimits limits;
+        limits.xmlItems = 1;
+        QCOMPARE(loadWorkbook(path(), 1, limits).error.reason, LoadError::Damaged);
+        limits.xmlItems = 0;
+        QCOMPARE(loadWorkbook(path(), 1, limits).error.reason, LoadError::TooLarge);
+    }
+
     // Lists of every kind have the same limit.
     void entriesOfEachListAreBounded_data()
     {

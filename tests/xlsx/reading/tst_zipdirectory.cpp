@@ -99,9 +99,12 @@ void addReadable()
         << withPart(archive, "xl/embeddings/a.xlsx", zip64.bytes());
     QTest::newRow("Unicode path that is the name")
         << withExtras(sheetPart, unicodePath(sheetPart.toUtf8()), unicodePath(sheetPart.toUtf8()));
+    const QByteArray path = unicodePath(sheetPart.toUtf8()); // and other fields around it
+    const QByteArray time = HandmadeArchive::extra(0x5455, "\1abcd");
+    QTest::newRow("Unicode path among other fields")
+        << withExtras(sheetPart, time + path + time, time + path + time);
     QTest::newRow("other extra fields")
-        << withExtras(sheetPart, HandmadeArchive::extra(0x5455, "\1abcd"),
-                      HandmadeArchive::extra(0xa220, QByteArray(300, '\0')));
+        << withExtras(sheetPart, time, HandmadeArchive::extra(0xa220, QByteArray(300, '\0')));
 }
 
 } // namespace
