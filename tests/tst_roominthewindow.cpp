@@ -225,7 +225,7 @@ private Q_SLOTS:
         QTest::addColumn<bool>("whole");
         QTest::newRow("1600 x 1000") << QSize(1600, 1000) << true;
         QTest::newRow("1920 x 1080") << QSize(1920, 1080) << true;
-        QTest::newRow("no room for all") << QSize(1366, 730) << false;
+        QTest::newRow("no room for all") << QSize(1366, 710) << false;
         QTest::newRow("no room for the least") << QSize(1366, 600) << false;
     }
 
@@ -294,7 +294,7 @@ private Q_SLOTS:
 
     void withoutRoomForAGraphTheResultsGetNoMore()
     {
-        Tester tester(QSize(1366, 680));
+        Tester tester(QSize(1366, 660));
         QVERIFY(tester.wholeRows() < 6);
         const int withFile = tester.stripHeight();
         tester.trigger("Close file");
