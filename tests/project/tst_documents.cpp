@@ -379,6 +379,16 @@ private Q_SLOTS:
         }
     }
 
+    void testsNamedByScriptsExist()
+    {
+        const QStringList named =
+            matches(read("tests/bare/cases") + contentOf("script", {"*"}), R"(\b(tst_\w+))");
+        QVERIFY(named.size() > 10);
+        for (const QString &test : named) {
+            QVERIFY2(targets().contains(test), qPrintable(test));
+        }
+    }
+
     // Units, classes, functions and keys that the developers' pages name.
     void namesInCodeExist_data()
     {

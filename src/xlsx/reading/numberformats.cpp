@@ -28,7 +28,7 @@ const QString date = QStringLiteral(
 // Texts in quotes, and characters after one that makes them plain, wide or repeated.
 const QString literal = QStringLiteral(R"("[^"]*+"?|[\\_*].?)");
 // From a placeholder of digits on, a section holds no date.
-const QString number = QStringLiteral(R"((?:[0#?]|[gG][eE][nN][eE][rR][aA][lL](?![A-Za-z])))");
+const QString placeholder = QStringLiteral(R"((?:[0#?]|[gG][eE][nN][eE][rR][aA][lL](?![A-Za-z])))");
 
 } // namespace
 
@@ -46,7 +46,7 @@ Kind customKind(const QString &code)
     static const QRegularExpression shape(
         QStringLiteral(
             R"((?s)^(?:(?!%1)(?:%2|%3(?:%2|[^;])*+;?|\[[^]]*+\]?|[A-Za-z]++|.))*+(?:%1))")
-            .arg(date, literal, number));
+            .arg(date, literal, placeholder));
     const QRegularExpressionMatch match = shape.match(code);
     return match.hasMatch() ? Kind::Date : match.isValid() ? Kind::Number : Kind::Missing;
 }
