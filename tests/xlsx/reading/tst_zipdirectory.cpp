@@ -72,6 +72,19 @@ QByteArray withChange(QByteArray archive, int at, int by = 1)
     return archive;
 }
 
+// A zip64 archive whose end record has the numbers, too: how many entries there are, how many bytes
+// they take and where they begin.
+QByteArray withNumbers(QByteArray zip64)
+{
+    const int end = int(zip64.size()) - endSize;
+    const int record = end - 20 - 56;
+    zip64.replace(end + 8, 2, zip64.mid(record + 24, 2));
+    zip64.replace(end + 10, 2, zip64.mid(record + 32, 2));
+    zip64.replace(end + 12, 4, zip64.mid(record + 40, 4));
+    zip64.replace(end + 16, 4, zip64.mid(record + 48, 4));
+    return zip64;
+}
+
 void addReadable()
 {
     QTest::addColumn<QByteArray>("bytes");
@@ -87,6 +100,7 @@ void addReadable()
     QTest::newRow("plain") << archive.bytes();
     QTest::newRow("deflated") << deflated.bytes();
     QTest::newRow("zip64") << zip64.bytes();
+    QTest::newRow("zip64 with the numbers twice") << withNumbers(zip64.bytes());
     QTest::newRow("descriptors") << descriptors.bytes();
     QTest::newRow("zip64 with descriptors") << both.bytes();
     QTest::newRow("comment") << withComment(archive, "made by hand");
@@ -192,6 +206,26 @@ private Q_SLOTS:
         QCOMPARE(error.what, "its bytes are damaged");
     }
 
+    void readThatFailsGivesNothing()
+    {
+        QByteArray bytes = archiveOf("5").bytes();
+        const int checksumAt = int(bytes.lastIndexOf(sheetPart.toUtf8())) - entrySize + 16;
+        bytes[checksumAt] = static_cast<char>(bytes.at(checksumAt) + 1);
+        save(bytes);
+        QFile file(path());
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        ZipPackage package;
+        QVERIFY(!package.open(&file));
+        ZipPart part(&package, sheetPart.toUtf8(), bytes.size());
+        QByteArray piece(int(bytes.size()), '\0');
+        int count = 1;
+        while (!part.error() && count > 0) {
+            count = part.read(piece.data(), int(piece.size()));
+        }
+        QVERIFY(part.error());
+        QCOMPARE(count, 0);
+    }
+
     void archiveThatCanBeReadInTwoWaysIsRefused_data()
     {
         QTest::addColumn<QByteArray>("bytes");
@@ -218,6 +252,10 @@ private Q_SLOTS:
         QTest::newRow("zip64 record of another list") << withChange(zip64.bytes(), -20 - 56 + 48);
         QTest::newRow("zip64 locator elsewhere") << withChange(zip64.bytes(), -20 + 8);
         QTest::newRow("zip64 record against the end record") << withChange(zip64.bytes(), 12, 2);
+        const QByteArray twice = withNumbers(zip64.bytes());
+        QTest::newRow("zip64 record of fewer entries") << withChange(withChange(twice, 8), 10);
+        QTest::newRow("zip64 record of a shorter list") << withChange(twice, 12);
+        QTest::newRow("zip64 record of an earlier list") << withChange(twice, 16);
         QTest::newRow("Unicode path in the list")
             << withExtras(sheetPart, unicodePath("xl/a.xml"), {});
         QTest::newRow("Unicode path before the part")
