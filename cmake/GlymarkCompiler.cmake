@@ -30,6 +30,8 @@ if(GLYMARK_SANITIZE)
         list(APPEND sanitize -fsanitize=fuzzer-no-link)
     endif()
     target_compile_options(glymark_sanitizers INTERFACE ${sanitize})
+    # Each compiler has a name of its own for that.
+    target_compile_definitions(glymark_sanitizers INTERFACE GLYMARK_SANITIZED)
     target_link_options(glymark_sanitizers INTERFACE ${sanitize})
 endif()
 

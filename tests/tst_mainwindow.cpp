@@ -700,7 +700,7 @@ private Q_SLOTS:
 
     void fiftyOpensLeaveTheMemoryFlat()
     {
-#ifdef __SANITIZE_ADDRESS__
+#ifdef GLYMARK_SANITIZED
         QSKIP("the address sanitizer keeps freed memory");
 #endif
         StartedTester tester;

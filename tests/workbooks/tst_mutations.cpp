@@ -230,7 +230,7 @@ private Q_SLOTS:
     {
         qInfo("%d refused, %d loaded, the longest in %lld ms", m_refused, m_loaded, m_longest);
         QVERIFY2(m_longest < longestLoad, qPrintable(QString::number(m_longest)));
-#ifndef __SANITIZE_ADDRESS__ // which keeps memory that was given back
+#ifndef GLYMARK_SANITIZED // which keeps memory that was given back
         rusage usage = {};
         getrusage(RUSAGE_SELF, &usage);
         QVERIFY2(usage.ru_maxrss < largestMemory, qPrintable(QString::number(usage.ru_maxrss)));
