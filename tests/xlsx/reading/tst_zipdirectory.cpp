@@ -209,8 +209,8 @@ private Q_SLOTS:
     void readThatFailsGivesNothing()
     {
         QByteArray bytes = archiveOf("5").bytes();
-        const int checksumAt = int(bytes.lastIndexOf(sheetPart.toUtf8())) - entrySize + 16;
-        bytes[checksumAt] = static_cast<char>(bytes.at(checksumAt) + 1);
+        const int place = int(bytes.lastIndexOf(sheetPart.toUtf8())) - entrySize + checksumAt;
+        bytes[place] = static_cast<char>(bytes.at(place) + 1);
         save(bytes);
         QFile file(path());
         QVERIFY(file.open(QIODevice::ReadOnly));
