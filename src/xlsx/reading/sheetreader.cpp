@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "xlsx/reading/sheetreader.h"
 
-#include <map>
+#include <algorithm>
+#include <array>
+#include <cstring>
 #include <optional>
-#include <string_view>
 
 #include <QDateTime>
 #include <QRegularExpression>
@@ -162,14 +163,22 @@ bool SheetReader::moveTo(const char *reference)
 
 bool SheetReader::setType(const char *name)
 {
-    static const std::map<std::string_view, Store> stores = {
-        {"n", &SheetReader::storeNumber},        {"b", &SheetReader::storeBoolean},
-        {"e", &SheetReader::storeError},         {"s", &SheetReader::storeSharedString},
-        {"d", &SheetReader::storeIsoDate},       {"str", &SheetReader::storeString},
-        {"inlineStr", &SheetReader::storeString}};
-    const auto type = stores.find(name == nullptr ? "n" : name);
-    m_store = type == stores.end() ? nullptr : type->second;
-    m_isInline = m_store != nullptr && type->first == "inlineStr";
+    struct Type {
+        const char *name;
+        Store store;
+    };
+    static constexpr std::array<Type, 7> types = {{{"n", &SheetReader::storeNumber},
+                                                   {"b", &SheetReader::storeBoolean},
+                                                   {"e", &SheetReader::storeError},
+                                                   {"s", &SheetReader::storeSharedString},
+                                                   {"d", &SheetReader::storeIsoDate},
+                                                   {"str", &SheetReader::storeString},
+                                                   {"inlineStr", &SheetReader::storeString}}};
+    const auto *const type = std::find_if(types.begin(), types.end(), [name](const Type &known) {
+        return std::strcmp(known.name, name == nullptr ? "n" : name) == 0;
+    });
+    m_isInline = type == types.end() - 1;
+    m_store = type == types.end() ? nullptr : type->store;
     return m_store != nullptr;
 }
 
