@@ -330,14 +330,13 @@ void XmlCursor::refuseDocumentType(const char * /*name*/, const char * /*systemI
 XmlCursor::Space XmlCursor::spaceOf(std::string_view space)
 {
     static const std::map<std::string_view, Space> known = {
-        {"", Space::None},
         {"http://www.w3.org/XML/1998/namespace\n", Space::Xml},
         {compatibility, Space::Compatibility},
         {"http://schemas.openxmlformats.org/officeDocument/2006/relationships\n",
          Space::Relationships},
         {"http://purl.oclc.org/ooxml/officeDocument/relationships\n", Space::Relationships}};
-    if (space == m_main && !space.empty()) {
-        return Space::Main;
+    if (space.empty() || space == m_main) {
+        return space.empty() ? Space::None : Space::Main;
     }
     if (const auto found = known.find(space); found != known.end()) {
         return found->second;
@@ -369,11 +368,6 @@ std::string XmlCursor::uriOf(const QByteArray &prefix)
         return prefix == known.first.c_str();
     });
     return found == m_bindings.rend() ? std::string() : found->second;
-}
-
-bool XmlCursor::isAttribute(std::size_t at) const
-{
-    return at < m_events.size() && m_events[at].type == Type::Attribute;
 }
 
 bool XmlCursor::next()

@@ -173,7 +173,10 @@ private:
     // What was reported is gone through.
     const Event &event() const { return m_events[m_at]; }
     bool is(std::string_view name) const { return event().name == name; }
-    bool isAttribute(std::size_t at) const;
+    bool isAttribute(std::size_t at) const
+    {
+        return at < m_events.size() && m_events[at].type == Type::Attribute;
+    }
     bool next();
     bool nextChild(QByteArray *text = nullptr);
     void readChild(Children children, Names passedOver);
