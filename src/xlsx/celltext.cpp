@@ -32,32 +32,34 @@ int hexDigit(QChar character)
     return letter >= 'a' && letter <= 'f' ? letter - 'a' + 10 : -1;
 }
 
-// The code unit of the escape at \p position, or -1 if none begins there.
-int escapedUnit(const QString &text, int position)
+// The code unit of the escape with which \p text begins, or -1 if it begins with none.
+int escapedUnit(QStringView text)
 {
-    const QStringView escape = QStringView(text).mid(position, escapeLength);
-    const bool isFramed = escape.size() == escapeLength && escape.startsWith(escapeBegin)
-        && escape.back() == QLatin1Char('_');
+    const bool isFramed = text.size() >= escapeLength && text[0] == QLatin1Char('_')
+        && text[1] == QLatin1Char('x') && text[escapeLength - 1] == QLatin1Char('_');
     int unit = isFramed ? 0 : -1;
     for (int i = 2; i < escapeLength - 1 && unit >= 0; ++i) {
-        const int digit = hexDigit(escape.at(i));
+        const int digit = hexDigit(text[i]);
         unit = digit < 0 ? -1 : unit * 16 + digit;
     }
     return unit;
 }
 
+// In place, because files can have hundreds of megabytes of them.
 void decodeEscapes(QString *text)
 {
-    if (!text->contains(escapeBegin)) {
+    const int size = int(text->size());
+    int to = int(text->indexOf(escapeBegin));
+    if (to < 0) {
         return;
     }
-    QString decoded;
-    for (int at = 0; at < text->size();) {
-        const int unit = escapedUnit(*text, at);
-        decoded += unit < 0 ? text->at(at) : QChar(unit);
+    QChar *const units = text->data();
+    for (int at = to; at < size; ++to) {
+        const int unit = escapedUnit(QStringView(units + at, size - at));
+        units[to] = unit < 0 ? units[at] : QChar(unit);
         at += unit < 0 ? 1 : escapeLength;
     }
-    *text = decoded;
+    text->truncate(to);
 }
 
 void unifyLineEnds(QString *text)
@@ -104,7 +106,7 @@ QByteArray encode(const QString &text)
     unifyLineEnds(&content);
     content = xmlText(content.left(FormatLimits::textLength));
     for (int at = int(content.size()) - escapeLength; at >= 0; --at) {
-        if (escapedUnit(content, at) >= 0) { // or what looks like one
+        if (escapedUnit(QStringView(content).mid(at)) >= 0) { // or what looks like one
             content.replace(at, 1, QStringLiteral("_x005F_"));
         }
     }
